@@ -1,0 +1,163 @@
+/* TQColorSpace: pixel-format and colour-space conversions for progressive and
+ * interlaced video frames.
+ *
+ * Obtain the root API structure with TCS_GetAPIStuPtr(), optionally validate it
+ * with TCS_CheckAPIStu(), then call conversions through its typed tables:
+ *
+ *   const TCS_APIStu *api = TCS_GetAPIStuPtr();
+ *   if (api && TCS_CheckAPIStu(api) == TCS_CHECK_OK)
+ *     api->pRGB24->TCS_RGB24_2_YUV16_Frame(dst, dstPitch, src, srcPitch, w, h,
+ *                                          TCS_MATRIX_HD, 0, 0, 0);
+ *
+ * No conversion is exported by name. Conversions report misuse only through
+ * the log of TQCPUBase (TCB_WriteLog) and return no status; the dispatchers of
+ * the general table return 1 on success and 0 on failure.
+ */
+#ifndef TQCOLORSPACE_H
+#define TQCOLORSPACE_H
+
+#include <stdint.h>
+
+#include "TQDriverSlots.h"
+#include "TQKernelSlots.h"
+
+#if defined(TQCOLORSPACE_BUILDING)
+#define TCS_API __attribute__((visibility("default")))
+#else
+#define TCS_API
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Format codes understood by the dispatcher (general table slots 0 to 2). */
+enum {
+  TCS_FORMAT_RGB32 = 0,      /* 4 bytes a pixel: B, G, R, A */
+  TCS_FORMAT_RGB32_SWAP = 1, /* 4 bytes a pixel: R, G, B, A */
+  TCS_FORMAT_YUVA = 2,       /* 4 bytes a pixel: Y, U, V, A */
+  TCS_FORMAT_RGB24 = 3,      /* 3 bytes a pixel: B, G, R */
+  TCS_FORMAT_RGB24_SWAP = 4, /* 3 bytes a pixel: R, G, B */
+  TCS_FORMAT_YUV = 5,        /* 3 bytes a pixel: Y, U, V (4:4:4) */
+  TCS_FORMAT_YUV16 = 6,      /* packed 4:2:2, Y0 U Y1 V */
+  TCS_FORMAT_YUV16_SWAP = 7, /* packed 4:2:2, U Y0 V Y1 */
+  TCS_FORMAT_YUV422 = 8,     /* planar 4:2:2 in one buffer: Y, then U, then V */
+  TCS_FORMAT_YUV420 = 9,     /* planar 4:2:0 in one buffer: Y, then U, then V */
+  TCS_FORMAT_ALPHA = 10      /* one 8-bit key plane */
+};
+
+/* Matrix selectors. Drivers accept every value below 4; 2 and negative values
+ * pass the check but select no coefficient set. */
+enum { TCS_MATRIX_HD = 0, TCS_MATRIX_SD = 1, TCS_MATRIX_UHD = 3 };
+
+/* Results of TCS_CheckAPIStu. */
+enum { TCS_CHECK_OK = 1, TCS_CHECK_NULL_SLOT = 10, TCS_CHECK_NULL_TABLE = -1 };
+
+/* Results of the dispatchers. */
+enum { TCS_RESULT_FAILED = 0, TCS_RESULT_OK = 1 };
+
+/* Reasons passed to the module entry point. */
+enum {
+  TCS_REASON_PROCESS_DETACH = 0,
+  TCS_REASON_PROCESS_ATTACH = 1,
+  TCS_REASON_THREAD_ATTACH = 2,
+  TCS_REASON_THREAD_DETACH = 3
+};
+
+/* Slot counts of the nine sub-tables, as TCS_CheckAPIStu validates them. */
+enum {
+  TCS_GENERAL_SLOT_COUNT = 19,
+  TCS_RGB32_SLOT_COUNT = 21,
+  TCS_RGB24_SLOT_COUNT = 25,
+  TCS_YUVA_SLOT_COUNT = 15,
+  TCS_YUV16_SLOT_COUNT = 21,
+  TCS_YUV422_SLOT_COUNT = 23,
+  TCS_YUV420_SLOT_COUNT = 23,
+  TCS_YUV_SLOT_COUNT = 15,
+  TCS_KERNEL_SLOT_COUNT = 161
+};
+
+/* A frame for the descriptor-based conversions (general table slots 16 to 18):
+ * up to four planes, each a pointer to row 0 and a signed byte pitch, then the
+ * format code. Packed formats use plane 0 only; planar formats (codes 8 and 9)
+ * use planes 0, 1 and 2 for Y, U and V, which need not share one buffer.
+ * Codes 0 to 10 are converted; any other code makes the call return 0. */
+typedef struct TCS_Plane {
+  uint8_t *data;
+  int64_t pitch;
+} TCS_Plane;
+
+typedef struct TCS_FrameDesc {
+  TCS_Plane plane[4];
+  int32_t format;
+} TCS_FrameDesc;
+
+/* One typed member per slot, in slot order. */
+#define TCS_SLOT_MEMBER(n, name, ret, params) ret(*name) params;
+
+typedef struct TCS_GeneralTable {
+  TCS_GENERAL_SLOTS(TCS_SLOT_MEMBER)
+} TCS_GeneralTable;
+typedef struct TCS_RGB32Table {
+  TCS_RGB32_SLOTS(TCS_SLOT_MEMBER)
+} TCS_RGB32Table;
+typedef struct TCS_RGB24Table {
+  TCS_RGB24_SLOTS(TCS_SLOT_MEMBER)
+} TCS_RGB24Table;
+typedef struct TCS_YUVATable {
+  TCS_YUVA_SLOTS(TCS_SLOT_MEMBER)
+} TCS_YUVATable;
+typedef struct TCS_YUV16Table {
+  TCS_YUV16_SLOTS(TCS_SLOT_MEMBER)
+} TCS_YUV16Table;
+typedef struct TCS_YUV422Table {
+  TCS_YUV422_SLOTS(TCS_SLOT_MEMBER)
+} TCS_YUV422Table;
+typedef struct TCS_YUV420Table {
+  TCS_YUV420_SLOTS(TCS_SLOT_MEMBER)
+} TCS_YUV420Table;
+typedef struct TCS_YUVTable {
+  TCS_YUV_SLOTS(TCS_SLOT_MEMBER)
+} TCS_YUVTable;
+typedef struct TCS_KernelTable {
+  TCS_KERNEL_SLOTS(TCS_SLOT_MEMBER)
+} TCS_KernelTable;
+
+/* The root API structure: nine pointers to sub-tables, in this order. */
+typedef struct TCS_APIStu {
+  TCS_GeneralTable *pGeneral; /* 0: dispatcher, fields, repacking, range */
+  TCS_RGB32Table *pRGB32;     /* 1 */
+  TCS_RGB24Table *pRGB24;     /* 2 */
+  TCS_YUVATable *pYUVA;       /* 3 */
+  TCS_YUV16Table *pYUV16;     /* 4 */
+  TCS_YUV422Table *pYUV422;   /* 5 */
+  TCS_YUV420Table *pYUV420;   /* 6 */
+  TCS_YUVTable *pYUV;         /* 7 */
+  TCS_KernelTable *pKernel;   /* 8: row kernels */
+} TCS_APIStu;
+
+/* The address of the root structure; null until start-up has begun. */
+TCS_API extern TCS_APIStu *g_pColorSpaceAPI;
+
+/* Returns g_pColorSpaceAPI. */
+TCS_API TCS_APIStu *TCS_GetAPIStuPtr(void);
+
+/* Validates any structure of the root's shape: -1 when the root or one of the
+ * sub-table pointers 0 to 7 is null, 10 when a validated slot is null, else 1. */
+TCS_API int32_t TCS_CheckAPIStu(const TCS_APIStu *api);
+
+/* The module entry point. On Linux the loader calls it with reason 1 when the
+ * library is loaded and 0 when it is unloaded; a host may call it again (the
+ * build runs once). Returns 1 on success, 0 on failure. An ELF load cannot be
+ * refused: when start-up fails the library stays loaded, logs
+ * "DLL Loading Failed", g_pColorSpaceAPI points at the partly filled structure
+ * and TCS_CheckAPIStu on it does not return 1. */
+TCS_API int32_t TCS_DllMain(void *module, uint32_t reason, void *reserved);
+
+#ifdef __cplusplus
+}
+#endif
+
+#include "TQColorTables.h"
+
+#endif

@@ -1,0 +1,101 @@
+#include "kernels/kernel_table.hpp"
+
+#include <TQMemProc.h>
+
+#include "kernels/kernel_slots.hpp"
+
+namespace tqcs {
+namespace {
+
+#define TQCS_PORTABLE_ENTRY(n, name, ret, params) {n, Erase(&portable::name)},
+const SlotEntry kEveryPortable[] = {TCS_KERNEL_SLOTS(TQCS_PORTABLE_ENTRY)};
+#undef TQCS_PORTABLE_ENTRY
+
+// The portable tier: the same routine list restricted to the tiered slots.
+// Slot 144 shares the routine of slot 124.
+const auto kPortable = [] {
+  struct List {
+    SlotEntry entries[153];
+    int32_t size = 0;
+  } list{};
+  for (const SlotEntry &e : kEveryPortable) {
+    if (!IsTieredSlot(e.slot)) continue;
+    const bool shared = e.slot == static_cast<int32_t>(K::Int32_2_Int16_Deinterleave_Row);
+    list.entries[list.size++] = {e.slot, shared ? Erase(&portable::Deinterleave_Pairs_Row) : e.fn};
+  }
+  return list;
+}();
+
+// The SSE2 set leaves three kernels as the empty stub: on levels 1 to 4 those
+// operations do nothing. Kept for compatibility.
+const SlotEntry kSSE2[] = {
+    {static_cast<int32_t>(K::UYVY_Key_2_YUVA_Row), Erase(&EmptyStub)},
+    {static_cast<int32_t>(K::YUVA_2_UYVY_Key_Row), Erase(&EmptyStub)},
+    {static_cast<int32_t>(K::RGB24_2_RGB48_Expand_Row), Erase(&EmptyStub)},
+};
+
+constexpr Tier kLevel4[] = {Tier::SSE41, Tier::SSSE3, Tier::SSE2, Tier::Portable};
+constexpr Tier kLevel2[] = {Tier::SSSE3, Tier::SSE2, Tier::Portable};
+constexpr Tier kLevel1[] = {Tier::SSE2, Tier::Portable};
+constexpr Tier kLevel0[] = {Tier::Portable};
+
+}  // namespace
+
+std::span<const Tier> TiersForLevel(uint32_t level) {
+  switch (level) {
+    case 4:
+      return kLevel4;
+    case 2:
+    case 3:
+      return kLevel2;
+    case 1:
+      return kLevel1;
+    default:
+      return kLevel0;
+  }
+}
+
+std::span<const SlotEntry> TierEntries(Tier tier) {
+  switch (tier) {
+    case Tier::SSE2:
+      return kSSE2;
+    case Tier::Portable:
+      return {kPortable.entries, static_cast<size_t>(kPortable.size)};
+    case Tier::SSE41:
+    case Tier::SSSE3:
+      break;
+  }
+  return {};
+}
+
+void FillTier(Tier tier, TCS_KernelTable &table) { FillNullSlots(table, TierEntries(tier)); }
+
+void FillKernelTable(uint32_t level, TCS_KernelTable &table) {
+  for (Tier tier : TiersForLevel(level)) FillTier(tier, table);
+}
+
+void FillFixedKernelSlots(TCS_KernelTable &table) {
+  const SlotEntry fixed[] = {
+      {static_cast<int32_t>(K::GetFormatBitsPerPixel), Erase(&portable::GetFormatBitsPerPixel)},
+      {static_cast<int32_t>(K::GetFormatClass), Erase(&portable::GetFormatClass)},
+      {static_cast<int32_t>(K::ConvertColorValue), Erase(&portable::ConvertColorValue)},
+      // Taken from TQMemProc as it stands; its pointers are not checked here.
+      {static_cast<int32_t>(K::RGB32_2_RGB24_Row),
+       Erase(g_pMemProcAPI->pPixel->TMP_RGB32_2_RGB24_Row)},
+  };
+  FillNullSlots(table, fixed);
+}
+
+void FillWholePlaneKernelSlots(TCS_KernelTable &table) {
+  const SlotEntry wholePlane[] = {
+      {static_cast<int32_t>(K::YUV420_2_YUV422_UV_Frame), Erase(&portable::YUV420_2_YUV422_UV_Frame)},
+      {static_cast<int32_t>(K::YUV420_16_2_YUV422_16_UV_Frame),
+       Erase(&portable::YUV420_16_2_YUV422_16_UV_Frame)},
+      {static_cast<int32_t>(K::YUV422_2_YUV420_UV_Frame), Erase(&portable::YUV422_2_YUV420_UV_Frame)},
+      {static_cast<int32_t>(K::YUV422_16_2_YUV420_16_UV_Frame),
+       Erase(&portable::YUV422_16_2_YUV420_16_UV_Frame)},
+  };
+  FillNullSlots(table, wholePlane);
+}
+
+}  // namespace tqcs

@@ -1,0 +1,32 @@
+#include "support/buffers.hpp"
+
+namespace tqcs::test {
+
+GuardedBuffer::GuardedBuffer(size_t size, size_t offset, size_t guard)
+    : storage_(offset + size + guard, kCanary), size_(size), offset_(offset) {}
+
+void GuardedBuffer::Randomize(uint32_t seed) {
+  std::mt19937 rng(seed);
+  for (size_t i = 0; i < size_; ++i) data()[i] = static_cast<uint8_t>(rng());
+}
+
+void GuardedBuffer::Fill(uint8_t value) {
+  for (size_t i = 0; i < size_; ++i) data()[i] = value;
+}
+
+bool GuardedBuffer::CanariesIntact() const {
+  for (size_t i = 0; i < offset_; ++i)
+    if (storage_[i] != kCanary) return false;
+  for (size_t i = offset_ + size_; i < storage_.size(); ++i)
+    if (storage_[i] != kCanary) return false;
+  return true;
+}
+
+std::vector<uint8_t> RandomBytes(size_t size, uint32_t seed) {
+  std::mt19937 rng(seed);
+  std::vector<uint8_t> out(size);
+  for (auto &b : out) b = static_cast<uint8_t>(rng());
+  return out;
+}
+
+}  // namespace tqcs::test
