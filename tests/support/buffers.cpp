@@ -30,3 +30,27 @@ std::vector<uint8_t> RandomBytes(size_t size, uint32_t seed) {
 }
 
 }  // namespace tqcs::test
+
+#include <map>
+#include <mutex>
+
+#include "kernels/kernel_table.hpp"
+
+namespace tqcs::test {
+
+const TCS_KernelTable &KernelTableForLevel(uint32_t level) {
+  static std::mutex lock;
+  static std::map<uint32_t, TCS_KernelTable> tables;
+  std::lock_guard<std::mutex> guard(lock);
+  auto [it, inserted] = tables.try_emplace(level);
+  if (inserted) {
+    FillFixedKernelSlots(it->second);
+    FillWholePlaneKernelSlots(it->second);
+    FillKernelTable(level, it->second);
+  }
+  return it->second;
+}
+
+std::vector<uint32_t> KernelTestLevels() { return {0, 1, 4}; }
+
+}  // namespace tqcs::test

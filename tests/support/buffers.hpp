@@ -38,3 +38,17 @@ class GuardedBuffer {
 std::vector<uint8_t> RandomBytes(size_t size, uint32_t seed);
 
 }  // namespace tqcs::test
+
+#include <TQColorSpace/TQColorSpace.h>
+
+namespace tqcs::test {
+
+// A kernel table as start-up would fill it for a processor level (fixed slots,
+// whole-plane routines and the tiers of that level), built once per level.
+const TCS_KernelTable &KernelTableForLevel(uint32_t level);
+
+// The levels whose tables kernel tests run against: portable (0), SSE2 (1),
+// and the highest (4). Slots 53, 55 and 113 hold the empty stub on 1 to 4.
+std::vector<uint32_t> KernelTestLevels();
+
+}  // namespace tqcs::test
