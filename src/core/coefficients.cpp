@@ -35,7 +35,8 @@ alignas(16) const int16_t g_sSafe_Offset_UYVY[8] = {498, 512, 498, 512, -567, -5
 
 // Standard-to-standard increments. The float tables follow the matrices; the
 // Q15 tables are stored as published, with the U-to-V entries of HD2SD and
-// UHD2SD positive although the matrices have them negative: kept so.
+// UHD2SD positive although the matrices have them negative, and SD2HD's
+// V-to-U entry 3574 where the matrix gives 3754: kept so, clients read these.
 #define TQCS_DEFINE_DIRECTION(dir, uy, uu, uv, vy, vu, vv) \
   alignas(16) const float g_fYUVA_##dir##_U[4] = {g_matYUVA_##dir[0][1], g_matYUVA_##dir[1][1] - 1.0f, g_matYUVA_##dir[2][1], 0}; \
   alignas(16) const float g_fYUVA_##dir##_V[4] = {g_matYUVA_##dir[0][2], g_matYUVA_##dir[1][2], g_matYUVA_##dir[2][2] - 1.0f, 0}; \
