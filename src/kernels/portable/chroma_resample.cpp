@@ -1,0 +1,402 @@
+// Chroma resampling between 4:2:0 and 4:2:2: the two-row kernels (up and down,
+// 8-bit, 10-bit in 16-bit samples, and from packed 4:2:2 rows) and the
+// whole-plane routines that walk a frame or its fields with them.
+#include <cstring>
+#include <type_traits>
+
+#include "core/api.hpp"
+#include "kernels/kernel_slots.hpp"
+
+namespace tqcs::portable {
+namespace {
+
+// Samples go through memcpy: rows may start at any address.
+template <class T>
+T Load(const T *row, int64_t i) {
+  T v;
+  std::memcpy(&v, reinterpret_cast<const char *>(row) + i * int64_t{sizeof(T)}, sizeof v);
+  return v;
+}
+
+template <class T>
+void Store(T *row, int64_t i, T v) {
+  std::memcpy(reinterpret_cast<char *>(row) + i * int64_t{sizeof(T)}, &v, sizeof v);
+}
+
+// The row `bytes` away: pitches are byte offsets, for 16-bit samples too.
+template <class T>
+T *Step(T *row, int64_t bytes) {
+  using Byte = std::conditional_t<std::is_const_v<T>, const char, char>;
+  return reinterpret_cast<T *>(reinterpret_cast<Byte *>(row) + bytes);
+}
+
+// How a family sees its samples: In() is the value the weights apply to, Out()
+// stores a result.
+struct Bytes {
+  using Src = uint8_t;
+  using Dst = uint8_t;
+  static int In(uint8_t s) { return s; }
+  static uint8_t Out(int v) { return static_cast<uint8_t>(v); }
+};
+
+// 10-bit values in bits 6-15 of 16-bit samples.
+struct TenBit16 {
+  using Src = uint16_t;
+  using Dst = uint16_t;
+  static int In(uint16_t s) { return s >> 6; }
+  static uint16_t Out(int v) { return static_cast<uint16_t>(v << 6); }
+};
+
+// Raw 16-bit samples, weighted as they stand.
+struct Raw16 {
+  using Src = uint16_t;
+  using Dst = uint16_t;
+  static int In(uint16_t s) { return s; }
+  static uint16_t Out(int v) { return static_cast<uint16_t>(v); }
+};
+
+// Raw 16-bit samples to bytes. Kept for compatibility: the weighted raw sample
+// is shifted by 5 in all (3 for the weights, 2 more), not by 3 + 8, so the
+// result can reach 16383 and the stored byte is its low 8 bits (a plain
+// truncating cast), not the top 8 bits of the 10-bit value.
+struct Raw16To8 {
+  using Src = uint16_t;
+  using Dst = uint8_t;
+  static int In(uint16_t s) { return s; }
+  static uint8_t Out(int v) { return static_cast<uint8_t>(v); }
+};
+
+// ---------------------------------------------------------------------------
+// 4:2:0 -> 4:2:2: one chroma row `a` gives two destination rows.
+//   First:    a,                  (5a + 3b + r) >> s   with b at +srcPitch
+//   Last:     a,                  (7a + b + r) >> s    with b at +srcPitch
+//   Interior: (7a + p + r) >> s,  (5a + 3n + r) >> s   with p at -srcPitch,
+//                                                      n at +srcPitch
+// The second destination row is at +dstPitch; r is half of 1 << s.
+enum class Edge { First, Last, Interior };
+
+template <Edge E, class P, int kShift>
+void UpsamplePlane(typename P::Dst *dst, int64_t dstPitch, const typename P::Src *src,
+                   int64_t srcPitch, int32_t width) {
+  constexpr int kRound = 1 << (kShift - 1);
+  typename P::Dst *dst2 = Step(dst, dstPitch);
+  const typename P::Src *next = Step(src, srcPitch);
+  for (int32_t i = 0; i < width; ++i) {
+    const int a = P::In(Load(src, i));
+    const int n = P::In(Load(next, i));
+    if constexpr (E == Edge::Interior) {
+      const int p = P::In(Load(Step(src, -srcPitch), i));
+      Store(dst, i, P::Out((7 * a + p + kRound) >> kShift));
+      Store(dst2, i, P::Out((5 * a + 3 * n + kRound) >> kShift));
+    } else {
+      constexpr int kWa = E == Edge::First ? 5 : 7;
+      Store(dst, i, P::Out(a));
+      Store(dst2, i, P::Out((kWa * a + (8 - kWa) * n + kRound) >> kShift));
+    }
+  }
+}
+
+template <Edge E, class P, int kShift = 3>
+void Upsample(typename P::Dst *dstU, int64_t dstUPitch, typename P::Dst *dstV, int64_t dstVPitch,
+              const typename P::Src *srcU, int64_t srcUPitch, const typename P::Src *srcV,
+              int64_t srcVPitch, int32_t width) {
+  UpsamplePlane<E, P, kShift>(dstU, dstUPitch, srcU, srcUPitch, width);
+  UpsamplePlane<E, P, kShift>(dstV, dstVPitch, srcV, srcVPitch, width);
+}
+
+// 4:2:2 -> 4:2:0: (3a + b + 2) >> 2, a the given row, b the row at +srcPitch.
+template <class P>
+void DownsamplePlane(typename P::Dst *dst, const typename P::Src *src, int64_t srcPitch,
+                     int32_t width) {
+  const typename P::Src *b = Step(src, srcPitch);
+  for (int32_t i = 0; i < width; ++i)
+    Store(dst, i, P::Out((3 * P::In(Load(src, i)) + P::In(Load(b, i)) + 2) >> 2));
+}
+
+template <class P>
+void Downsample(typename P::Dst *dstU, typename P::Dst *dstV, const typename P::Src *srcU,
+                int64_t srcUPitch, const typename P::Src *srcV, int64_t srcVPitch, int32_t width) {
+  DownsamplePlane<P>(dstU, srcU, srcUPitch, width);
+  DownsamplePlane<P>(dstV, srcV, srcVPitch, width);
+}
+
+// Sample positions in a packed 4:2:2 pair.
+struct Yuyv {
+  static constexpr int kY0 = 0, kU = 1, kY1 = 2, kV = 3;
+};
+struct Uyvy {
+  static constexpr int kU = 0, kY0 = 1, kV = 2, kY1 = 3;
+};
+
+// Two packed 4:2:2 rows (src and src + srcPitch) to 4:2:0: both luma rows (to
+// dstY and dstY + dstYPitch) and one chroma row (3a + b + kRound) >> 2, a from
+// the first row. Every sample is shifted right by kDown first. count / 2 whole
+// pairs: an odd last pixel is not written.
+template <class Order, class Dst, class Src, int kDown, int kRound>
+void PackedTo420(Dst *dstY, int64_t dstYPitch, Dst *dstU, Dst *dstV, const Src *src,
+                 int64_t srcPitch, int32_t count) {
+  const Src *src2 = Step(src, srcPitch);
+  Dst *dstY2 = Step(dstY, dstYPitch);
+  auto get = [](const Src *row, int64_t i) { return static_cast<int>(Load(row, i) >> kDown); };
+  const int32_t pairs = count / 2;
+  for (int32_t k = 0; k < pairs; ++k) {
+    const int64_t q = 4 * int64_t{k};
+    Store(dstY, 2 * k, static_cast<Dst>(get(src, q + Order::kY0)));
+    Store(dstY, 2 * k + 1, static_cast<Dst>(get(src, q + Order::kY1)));
+    Store(dstY2, 2 * k, static_cast<Dst>(get(src2, q + Order::kY0)));
+    Store(dstY2, 2 * k + 1, static_cast<Dst>(get(src2, q + Order::kY1)));
+    const int u = (3 * get(src, q + Order::kU) + get(src2, q + Order::kU) + kRound) >> 2;
+    const int v = (3 * get(src, q + Order::kV) + get(src2, q + Order::kV) + kRound) >> 2;
+    Store(dstU, k, static_cast<Dst>(u));
+    Store(dstV, k, static_cast<Dst>(v));
+  }
+}
+
+// ---------------------------------------------------------------------------
+// Whole planes. width and height are luma dimensions: chroma rows hold
+// width / 2 samples. Flip starts the destination planes at their last row and
+// walks them with negated pitches.
+
+// 4:2:0 -> 4:2:2 chroma, through the first-row, last-row and interior kernels.
+// Interlaced: each field's chroma rows are walked with doubled pitches; the
+// bottom field of the interior and last groups is walked bottom-up.
+template <class Dst, class Src, class Kernel>
+void UpsampleFrame(Kernel first, Kernel last, Kernel interior, Dst *dstU, int64_t dstUPitch,
+                   Dst *dstV, int64_t dstVPitch, const Src *srcU, int64_t srcUPitch,
+                   const Src *srcV, int64_t srcVPitch, int32_t width, int32_t height,
+                   uint8_t interlaced, uint8_t flip) {
+  const int32_t chromaWidth = width / 2;
+  if (chromaWidth < 1 || height < 2) return;
+  if (flip) {
+    dstU = Step(dstU, int64_t{height - 1} * dstUPitch);
+    dstV = Step(dstV, int64_t{height - 1} * dstVPitch);
+    dstUPitch = -dstUPitch;
+    dstVPitch = -dstVPitch;
+  }
+  // One kernel call: destination row and row step, source row and row step.
+  auto call = [&](Kernel kernel, int64_t dstRow, int64_t dstStep, int64_t srcRow, int64_t srcStep) {
+    kernel(Step(dstU, dstRow * dstUPitch), dstStep * dstUPitch, Step(dstV, dstRow * dstVPitch),
+           dstStep * dstVPitch, Step(srcU, srcRow * srcUPitch), srcStep * srcUPitch,
+           Step(srcV, srcRow * srcVPitch), srcStep * srcVPitch, chromaWidth);
+  };
+  if (interlaced) {
+    // Group g: 4:2:2 rows 4g..4g+3 from top-field row 2g and bottom-field row
+    // 2g + 1 of the 4:2:0 plane.
+    const int64_t groups = height >> 2;
+    for (int64_t g = 0; g < groups; ++g) {
+      const int64_t top = 2 * g, bottom = 2 * g + 1;
+      if (groups == 1) {
+        // A field with one chroma row copies it to both of its rows.
+        call(first, 0, 2, top, 0);
+        call(last, 1, 2, bottom, 0);
+      } else if (g == 0) {
+        call(first, 4 * g, 2, top, 2);
+        call(last, 4 * g + 1, 2, bottom, 2);
+      } else if (g == groups - 1) {
+        call(last, 4 * g + 2, -2, top, -2);
+        call(first, 4 * g + 3, -2, bottom, -2);
+      } else {
+        call(interior, 4 * g, 2, top, 2);
+        call(interior, 4 * g + 3, -2, bottom, -2);
+      }
+    }
+    // Two remaining rows both copy the last 4:2:0 chroma row; a last single
+    // row of an odd height is not written.
+    if (height & 2) call(last, 4 * groups, 1, 2 * groups, 0);
+  } else {
+    // Chroma row c serves rows 2c and 2c + 1; the last one is walked upward.
+    const int64_t rows = height >> 1;
+    if (rows == 1) {
+      call(first, 0, 1, 0, 0);
+      return;
+    }
+    for (int64_t c = 0; c < rows; ++c) {
+      if (c == 0)
+        call(first, 0, 1, 0, 1);
+      else if (c == rows - 1)
+        call(last, 2 * c + 1, -1, c, -1);
+      else
+        call(interior, 2 * c, 1, c, 1);
+    }
+  }
+}
+
+// 4:2:2 -> 4:2:0 chroma through the one-row merge kernel (a weighted 3:1).
+// Interlaced: destination row 2g from source rows 4g (a) and 4g + 2, row
+// 2g + 1 from rows 4g + 3 (a) and 4g + 1, so chroma never mixes fields; two
+// remaining rows merge as a progressive pair.
+template <class Dst, class Src, class Kernel>
+void DownsampleFrame(Kernel merge, Dst *dstU, int64_t dstUPitch, Dst *dstV, int64_t dstVPitch,
+                     const Src *srcU, int64_t srcUPitch, const Src *srcV, int64_t srcVPitch,
+                     int32_t width, int32_t height, uint8_t interlaced, uint8_t flip) {
+  const int32_t chromaWidth = width / 2;
+  const int32_t rows = height >> 1;
+  if (chromaWidth < 1 || rows < 1) return;
+  if (flip) {
+    dstU = Step(dstU, int64_t{rows - 1} * dstUPitch);
+    dstV = Step(dstV, int64_t{rows - 1} * dstVPitch);
+    dstUPitch = -dstUPitch;
+    dstVPitch = -dstVPitch;
+  }
+  auto call = [&](int64_t dstRow, int64_t srcRow, int64_t srcStep) {
+    merge(Step(dstU, dstRow * dstUPitch), Step(dstV, dstRow * dstVPitch),
+          Step(srcU, srcRow * srcUPitch), srcStep * srcUPitch, Step(srcV, srcRow * srcVPitch),
+          srcStep * srcVPitch, chromaWidth);
+  };
+  if (interlaced) {
+    const int64_t groups = height >> 2;
+    for (int64_t g = 0; g < groups; ++g) {
+      call(2 * g, 4 * g, 2);
+      call(2 * g + 1, 4 * g + 3, -2);
+    }
+    if (height & 2) call(2 * groups, 4 * groups, 1);
+  } else {
+    for (int64_t c = 0; c < rows; ++c) call(c, 2 * c, 1);
+  }
+}
+
+}  // namespace
+
+// 4:2:0 -> 4:2:2 chroma rows.
+void YUV420_2_YUV422_UV_FirstRow(uint8_t *dstU, int64_t dstUPitch, uint8_t *dstV, int64_t dstVPitch,
+                                 const uint8_t *srcU, int64_t srcUPitch, const uint8_t *srcV,
+                                 int64_t srcVPitch, int32_t width) {
+  Upsample<Edge::First, Bytes>(dstU, dstUPitch, dstV, dstVPitch, srcU, srcUPitch, srcV, srcVPitch,
+                               width);
+}
+
+void YUV420_2_YUV422_UV_LastRow(uint8_t *dstU, int64_t dstUPitch, uint8_t *dstV, int64_t dstVPitch,
+                                const uint8_t *srcU, int64_t srcUPitch, const uint8_t *srcV,
+                                int64_t srcVPitch, int32_t width) {
+  Upsample<Edge::Last, Bytes>(dstU, dstUPitch, dstV, dstVPitch, srcU, srcUPitch, srcV, srcVPitch,
+                              width);
+}
+
+void YUV420_2_YUV422_UV_Row(uint8_t *dstU, int64_t dstUPitch, uint8_t *dstV, int64_t dstVPitch,
+                            const uint8_t *srcU, int64_t srcUPitch, const uint8_t *srcV,
+                            int64_t srcVPitch, int32_t width) {
+  Upsample<Edge::Interior, Bytes>(dstU, dstUPitch, dstV, dstVPitch, srcU, srcUPitch, srcV,
+                                  srcVPitch, width);
+}
+
+void YUV420_16_2_YUV422_16_UV_FirstRow(uint16_t *dstU, int64_t dstUPitch, uint16_t *dstV,
+                                       int64_t dstVPitch, const uint16_t *srcU, int64_t srcUPitch,
+                                       const uint16_t *srcV, int64_t srcVPitch, int32_t width) {
+  Upsample<Edge::First, TenBit16>(dstU, dstUPitch, dstV, dstVPitch, srcU, srcUPitch, srcV,
+                                  srcVPitch, width);
+}
+
+void YUV420_16_2_YUV422_16_UV_LastRow(uint16_t *dstU, int64_t dstUPitch, uint16_t *dstV,
+                                      int64_t dstVPitch, const uint16_t *srcU, int64_t srcUPitch,
+                                      const uint16_t *srcV, int64_t srcVPitch, int32_t width) {
+  Upsample<Edge::Last, TenBit16>(dstU, dstUPitch, dstV, dstVPitch, srcU, srcUPitch, srcV, srcVPitch,
+                                 width);
+}
+
+void YUV420_16_2_YUV422_16_UV_Row(uint16_t *dstU, int64_t dstUPitch, uint16_t *dstV,
+                                  int64_t dstVPitch, const uint16_t *srcU, int64_t srcUPitch,
+                                  const uint16_t *srcV, int64_t srcVPitch, int32_t width) {
+  Upsample<Edge::Interior, TenBit16>(dstU, dstUPitch, dstV, dstVPitch, srcU, srcUPitch, srcV,
+                                     srcVPitch, width);
+}
+
+// The interior rule on raw 16-bit samples, rounded by 16 and shifted by 5 into
+// bytes (see Raw16To8).
+void YUV420_10Bit_2_YUV422_UV_Row(uint8_t *dstU, int64_t dstUPitch, uint8_t *dstV,
+                                  int64_t dstVPitch, const uint16_t *srcU, int64_t srcUPitch,
+                                  const uint16_t *srcV, int64_t srcVPitch, int32_t width) {
+  Upsample<Edge::Interior, Raw16To8, 5>(dstU, dstUPitch, dstV, dstVPitch, srcU, srcUPitch, srcV,
+                                        srcVPitch, width);
+}
+
+// The interior rule on raw 16-bit samples. Kept for compatibility: the low six
+// bits take part in the weighting and the result keeps whatever they give.
+void YUV420_10Bit_2_YUV422_10Bit_UV_Row(uint16_t *dstU, int64_t dstUPitch, uint16_t *dstV,
+                                        int64_t dstVPitch, const uint16_t *srcU, int64_t srcUPitch,
+                                        const uint16_t *srcV, int64_t srcVPitch, int32_t width) {
+  Upsample<Edge::Interior, Raw16>(dstU, dstUPitch, dstV, dstVPitch, srcU, srcUPitch, srcV,
+                                  srcVPitch, width);
+}
+
+// 4:2:2 -> 4:2:0 chroma rows.
+void YUV422_2_YUV420_UV_Row(uint8_t *dstU, uint8_t *dstV, const uint8_t *srcU, int64_t srcUPitch,
+                            const uint8_t *srcV, int64_t srcVPitch, int32_t width) {
+  Downsample<Bytes>(dstU, dstV, srcU, srcUPitch, srcV, srcVPitch, width);
+}
+
+void YUV422_16_2_YUV420_16_UV_Row(uint16_t *dstU, uint16_t *dstV, const uint16_t *srcU,
+                                  int64_t srcUPitch, const uint16_t *srcV, int64_t srcVPitch,
+                                  int32_t width) {
+  Downsample<TenBit16>(dstU, dstV, srcU, srcUPitch, srcV, srcVPitch, width);
+}
+
+// Two packed 4:2:2 rows to 4:2:0. The 8-bit kernels round the chroma merge;
+// the 16-bit-source kernels do not (kept for compatibility).
+void YUYV_2_YUV420_UV_Row(uint8_t *dstY, int64_t dstYPitch, uint8_t *dstU, uint8_t *dstV,
+                          const uint8_t *src, int64_t srcPitch, int32_t count) {
+  PackedTo420<Yuyv, uint8_t, uint8_t, 0, 2>(dstY, dstYPitch, dstU, dstV, src, srcPitch, count);
+}
+
+void UYVY_2_YUV420_UV_Row(uint8_t *dstY, int64_t dstYPitch, uint8_t *dstU, uint8_t *dstV,
+                          const uint8_t *src, int64_t srcPitch, int32_t count) {
+  PackedTo420<Uyvy, uint8_t, uint8_t, 0, 2>(dstY, dstYPitch, dstU, dstV, src, srcPitch, count);
+}
+
+void YUYV16_2_YUV420_Row(uint8_t *dstY, int64_t dstYPitch, uint8_t *dstU, uint8_t *dstV,
+                         const uint16_t *src, int64_t srcPitch, int32_t count) {
+  PackedTo420<Yuyv, uint8_t, uint16_t, 8, 0>(dstY, dstYPitch, dstU, dstV, src, srcPitch, count);
+}
+
+void UYVY16_2_YUV420_Row(uint8_t *dstY, int64_t dstYPitch, uint8_t *dstU, uint8_t *dstV,
+                         const uint16_t *src, int64_t srcPitch, int32_t count) {
+  PackedTo420<Uyvy, uint8_t, uint16_t, 8, 0>(dstY, dstYPitch, dstU, dstV, src, srcPitch, count);
+}
+
+void UYVY16_2_YUV420_16_Row(uint16_t *dstY, int64_t dstYPitch, uint16_t *dstU, uint16_t *dstV,
+                            const uint16_t *src, int64_t srcPitch, int32_t count) {
+  PackedTo420<Uyvy, uint16_t, uint16_t, 0, 0>(dstY, dstYPitch, dstU, dstV, src, srcPitch, count);
+}
+
+void YUYV16_2_YUV420_16_Row(uint16_t *dstY, int64_t dstYPitch, uint16_t *dstU, uint16_t *dstV,
+                            const uint16_t *src, int64_t srcPitch, int32_t count) {
+  PackedTo420<Yuyv, uint16_t, uint16_t, 0, 0>(dstY, dstYPitch, dstU, dstV, src, srcPitch, count);
+}
+
+// Whole planes, through the live kernel table.
+void YUV420_2_YUV422_UV_Frame(uint8_t *dstU, int64_t dstUPitch, uint8_t *dstV, int64_t dstVPitch,
+                              const uint8_t *srcU, int64_t srcUPitch, const uint8_t *srcV,
+                              int64_t srcVPitch, int32_t width, int32_t height, uint8_t interlaced,
+                              uint8_t flip) {
+  const TCS_KernelTable &k = Kernels();
+  UpsampleFrame(k.YUV420_2_YUV422_UV_FirstRow, k.YUV420_2_YUV422_UV_LastRow,
+                k.YUV420_2_YUV422_UV_Row, dstU, dstUPitch, dstV, dstVPitch, srcU, srcUPitch, srcV,
+                srcVPitch, width, height, interlaced, flip);
+}
+
+void YUV420_16_2_YUV422_16_UV_Frame(uint16_t *dstU, int64_t dstUPitch, uint16_t *dstV,
+                                    int64_t dstVPitch, const uint16_t *srcU, int64_t srcUPitch,
+                                    const uint16_t *srcV, int64_t srcVPitch, int32_t width,
+                                    int32_t height, uint8_t interlaced, uint8_t flip) {
+  const TCS_KernelTable &k = Kernels();
+  UpsampleFrame(k.YUV420_16_2_YUV422_16_UV_FirstRow, k.YUV420_16_2_YUV422_16_UV_LastRow,
+                k.YUV420_16_2_YUV422_16_UV_Row, dstU, dstUPitch, dstV, dstVPitch, srcU, srcUPitch,
+                srcV, srcVPitch, width, height, interlaced, flip);
+}
+
+void YUV422_2_YUV420_UV_Frame(uint8_t *dstU, int64_t dstUPitch, uint8_t *dstV, int64_t dstVPitch,
+                              const uint8_t *srcU, int64_t srcUPitch, const uint8_t *srcV,
+                              int64_t srcVPitch, int32_t width, int32_t height, uint8_t interlaced,
+                              uint8_t flip) {
+  DownsampleFrame(Kernels().YUV422_2_YUV420_UV_Row, dstU, dstUPitch, dstV, dstVPitch, srcU,
+                  srcUPitch, srcV, srcVPitch, width, height, interlaced, flip);
+}
+
+void YUV422_16_2_YUV420_16_UV_Frame(uint16_t *dstU, int64_t dstUPitch, uint16_t *dstV,
+                                    int64_t dstVPitch, const uint16_t *srcU, int64_t srcUPitch,
+                                    const uint16_t *srcV, int64_t srcVPitch, int32_t width,
+                                    int32_t height, uint8_t interlaced, uint8_t flip) {
+  DownsampleFrame(Kernels().YUV422_16_2_YUV420_16_UV_Row, dstU, dstUPitch, dstV, dstVPitch, srcU,
+                  srcUPitch, srcV, srcVPitch, width, height, interlaced, flip);
+}
+
+}  // namespace tqcs::portable
