@@ -602,7 +602,7 @@ TEST_P(ColorSpaceOps, NoCountNoWrite) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Objects, ColorSpaceOps, ::testing::ValuesIn(kObjects),
+INSTANTIATE_TEST_SUITE_P(ColorSpaceObjects, ColorSpaceOps, ::testing::ValuesIn(kObjects),
                          [](const auto &info) { return std::string(info.param.name); });
 
 }  // namespace
