@@ -8,9 +8,8 @@
 //   ceil(count / 2) pairs; an odd last pixel becomes a whole pair with its own
 //   luma twice and its own chroma.
 // - Planar 4:2:2 / 4:2:0 chroma rows hold count / 2 samples, 4:1:1 count / 4.
-// - A V210 row holds the words that carry its count pixels: whole groups of
-//   four words for six pixels, then 1, 2, 2, 3 or 4 words for a last group of
-//   1 to 5 pixels (the word holding the last pixel's luma ends the row).
+// - V210 rows are packed 4:2:2 rows too: they hold the ceil(4 * (count / 2) / 3)
+//   words that carry count / 2 pairs; an odd last pixel is not converted.
 // - The chroma-row operations (11 to 14) count samples of the chroma row.
 #include <cstddef>
 #include <cstring>
@@ -86,53 +85,44 @@ void Yuv411ToPacked(uint8_t *dst, const uint8_t *srcY, const uint8_t *srcU, cons
 }
 
 // ---- Ops 2, 3, 4: V210 ---------------------------------------------------
-// A group of six pixels is twelve 10-bit fields in four little-endian words,
-// three fields a word at bits 0, 10 and 20 (bits 30 and 31 zero), in the
-// order Cb0 Y0 Cr0 Y1 Cb1 Y2 Cr1 Y3 Cb2 Y4 Cr2 Y5.
+// A group of six pixels is four little-endian words, three 10-bit fields a
+// word at bits 0, 10 and 20 (bits 30 and 31 zero): (Cb0 Y0 Cr0) (Y1 Cb1 Y2)
+// (Cr1 Y3 Cb2) (Y4 Cr2 Y5). Read as one stream that is U Y V Y order, so
+// component c of the row is field c % 3 of word c / 3, and pair p holds
+// components 4p (U), 4p + 1 (Y0), 4p + 2 (V), 4p + 3 (Y1).
+// V210 is packed 4:2:2: count / 2 pairs are converted (an odd last pixel is
+// not), carried by ceil(4 * (count / 2) / 3) words.
 
-inline ptrdiff_t V210LumaField(ptrdiff_t k) { return 12 * (k / 6) + 2 * (k % 6) + 1; }
-inline ptrdiff_t V210CbField(ptrdiff_t j) { return 12 * (j / 3) + 4 * (j % 3); }
-inline ptrdiff_t V210CrField(ptrdiff_t j) { return V210CbField(j) + 2; }
-
-inline int V210Field(const uint8_t *src, ptrdiff_t field) {
-  const uint8_t *w = src + 4 * (field / 3);
+inline int V210Field(const uint8_t *src, ptrdiff_t c) {
+  const uint8_t *w = src + 4 * (c / 3);
   const uint32_t word =
       uint32_t(w[0]) | uint32_t(w[1]) << 8 | uint32_t(w[2]) << 16 | uint32_t(w[3]) << 24;
-  return int(word >> (10 * (field % 3))) & 0x3FF;
+  return int(word >> (10 * (c % 3))) & 0x3FF;
 }
 
 // The 8-bit value of a field.
-inline int V210Byte(const uint8_t *src, ptrdiff_t field) { return V210Field(src, field) >> 2; }
+inline int V210Byte(const uint8_t *src, ptrdiff_t c) { return V210Field(src, c) >> 2; }
 
 void V210ToPlanar(uint8_t *dstY, uint8_t *dstU, uint8_t *dstV, const uint8_t *src, int32_t count) {
-  for (ptrdiff_t k = 0; k < count; ++k) dstY[k] = uint8_t(V210Byte(src, V210LumaField(k)));
-  for (ptrdiff_t j = 0; j < count / 2; ++j) {
-    dstU[j] = uint8_t(V210Byte(src, V210CbField(j)));
-    dstV[j] = uint8_t(V210Byte(src, V210CrField(j)));
+  for (ptrdiff_t p = 0; p < count / 2; ++p) {
+    dstU[p] = uint8_t(V210Byte(src, 4 * p));
+    dstY[2 * p] = uint8_t(V210Byte(src, 4 * p + 1));
+    dstV[p] = uint8_t(V210Byte(src, 4 * p + 2));
+    dstY[2 * p + 1] = uint8_t(V210Byte(src, 4 * p + 3));
   }
 }
 
-// Writes the words that carry count pixels. Fields of those words with no
-// source sample (luma past the count, chroma of a pair past count / 2, which
-// includes an odd last pixel's chroma) are written as zero.
+// Writes the words that carry count / 2 pairs; the fields of the last word
+// past the row's components are zero.
 void PlanarToV210(uint8_t *dst, const uint8_t *srcY, const uint8_t *srcU, const uint8_t *srcV,
                   int32_t count) {
-  if (count < 1) return;
-  const ptrdiff_t n = count, pairs = count / 2;
-  const ptrdiff_t words = V210LumaField(n - 1) / 3 + 1;
-  for (ptrdiff_t w = 0; w < words; ++w) {
+  const ptrdiff_t components = 4 * ptrdiff_t(count / 2);
+  for (ptrdiff_t w = 0; w < (components + 2) / 3; ++w) {
     uint32_t word = 0;
-    for (ptrdiff_t f = 3 * w; f < 3 * w + 3; ++f) {
-      const ptrdiff_t group = f / 12, r = f % 12;
-      int value = 0;
-      if (r % 2) {
-        const ptrdiff_t k = 6 * group + r / 2;
-        if (k < n) value = srcY[k];
-      } else {
-        const ptrdiff_t j = 3 * group + r / 4;
-        if (j < pairs) value = (r % 4 ? srcV : srcU)[j];
-      }
-      word |= uint32_t(value << 2) << (10 * (f % 3));
+    for (ptrdiff_t c = 3 * w; c < 3 * w + 3 && c < components; ++c) {
+      const ptrdiff_t p = c / 4;
+      const int value = c % 4 == 0 ? srcU[p] : c % 4 == 2 ? srcV[p] : srcY[2 * p + (c % 4 == 3)];
+      word |= uint32_t(value << 2) << (10 * (c % 3));
     }
     for (int b = 0; b < 4; ++b) dst[4 * w + b] = uint8_t(word >> (8 * b));
   }
@@ -143,14 +133,14 @@ void V210ToYuv420(uint8_t *dstY, int64_t dstYPitch, uint8_t *dstU, uint8_t *dstV
                   const uint8_t *src, int64_t srcPitch, int32_t count) {
   const uint8_t *src2 = Step(src, srcPitch);
   uint8_t *dstY2 = Step(dstY, dstYPitch);
-  for (ptrdiff_t k = 0; k < count; ++k) {
-    dstY[k] = uint8_t(V210Byte(src, V210LumaField(k)));
-    dstY2[k] = uint8_t(V210Byte(src2, V210LumaField(k)));
-  }
-  for (ptrdiff_t j = 0; j < count / 2; ++j) {
-    const ptrdiff_t cb = V210CbField(j), cr = V210CrField(j);
-    dstU[j] = uint8_t((3 * V210Byte(src, cb) + V210Byte(src2, cb) + 2) >> 2);
-    dstV[j] = uint8_t((3 * V210Byte(src, cr) + V210Byte(src2, cr) + 2) >> 2);
+  auto mix = [&](ptrdiff_t c) { return (3 * V210Byte(src, c) + V210Byte(src2, c) + 2) >> 2; };
+  for (ptrdiff_t p = 0; p < count / 2; ++p) {
+    dstU[p] = uint8_t(mix(4 * p));
+    dstV[p] = uint8_t(mix(4 * p + 2));
+    for (int k = 0; k < 2; ++k) {
+      dstY[2 * p + k] = uint8_t(V210Byte(src, 4 * p + 1 + 2 * k));
+      dstY2[2 * p + k] = uint8_t(V210Byte(src2, 4 * p + 1 + 2 * k));
+    }
   }
 }
 
