@@ -1,0 +1,447 @@
+// The shapes every frame driver shares, written once.
+//
+// A conversion is a small struct (see the source-format units) that names its
+// image layouts, its parameter check, which side its _Frame form flips, when
+// the whole image goes through one kernel call, what an odd height does in the
+// field forms, and how its options pick a row operation. The adapters below
+// turn such a struct into the three C functions of its table slots, with the
+// exact signatures of the public slot list; the walkers do the rest.
+#pragma once
+
+#include <TQColorSpace/TQColorSpace.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <tuple>
+#include <type_traits>
+#include <utility>
+
+#include "core/api.hpp"
+#include "core/log.hpp"
+#include "core/startup.hpp"
+
+namespace tqcs::drivers {
+
+enum class Form { kFrame, kSplit, kCompose, kSingle };
+
+// One plane: a pointer to row 0 and a signed byte pitch.
+// Row addresses are formed as integers: a refused or flipped call may hold a
+// null base, and nothing is dereferenced before the checks pass.
+struct Plane {
+  uint8_t *p;
+  int64_t pitch;
+  uint8_t *Row(int64_t y) const {
+    return reinterpret_cast<uint8_t *>(reinterpret_cast<uintptr_t>(p) +
+                                       static_cast<uintptr_t>(y * pitch));
+  }
+};
+
+template <int N>
+using Planes = std::array<Plane, N>;
+
+// Row pointers handed to a row operation, one per plane.
+using Rows = uint8_t *const *;
+
+// ---------------------------------------------------------------------------
+// Image layouts: how many planes, and the natural row length of each plane.
+
+template <int32_t kBytes>
+struct Packed {
+  static constexpr int kPlanes = 1;
+  static int64_t RowBytes(int, int32_t width) { return int64_t{kBytes} * width; }
+};
+
+// Packed 4:2:2: 2 bytes a pixel.
+using PackedYUV16 = Packed<2>;
+
+// Planar 4:2:2 with 8-bit (kSample = 1) or 16-bit samples: chroma rows hold
+// width / 2 samples, rounded down.
+template <int32_t kSample>
+struct Planar422 {
+  static constexpr int kPlanes = 3;
+  static int64_t RowBytes(int plane, int32_t width) {
+    return int64_t{kSample} * (plane == 0 ? width : width / 2);
+  }
+};
+
+// Hue (16-bit), saturation and value planes.
+struct HSVPlanes {
+  static constexpr int kPlanes = 3;
+  static int64_t RowBytes(int plane, int32_t width) {
+    return plane == 0 ? 2 * int64_t{width} : width;
+  }
+};
+
+// The two chroma planes of planar 4:2:2 or 4:2:0.
+struct ChromaPlanes {
+  static constexpr int kPlanes = 2;
+  static int64_t RowBytes(int, int32_t width) { return width / 2; }
+};
+
+// ---------------------------------------------------------------------------
+// Parameter checks.
+
+enum class Style {
+  kLogReturn,    // one level-1 record, nothing converted
+  kSilent,       // nothing logged, nothing converted
+  kLogContinue,  // one record, then the conversion runs anyway
+};
+
+struct Rule {
+  Style style = Style::kLogReturn;
+  bool pitches = true;  // every pitch must be above 0
+  bool size = true;     // width and height must reach their minimums
+  int32_t minWidth = 1;
+  int32_t minHeight = 1;
+};
+
+inline constexpr Rule kLogged{};
+inline constexpr Rule kSilentRule{Style::kSilent};
+
+enum class Side { kSource, kDestination };
+enum class Fast { kNone, kNatural, kNaturalEvenWidth };
+enum class Odd {
+  kDrop,          // the last row of an odd height is not converted
+  kCopyToField2,  // converted into field 1, then copied into field 2
+  kField1Only,    // converted into (or from) field 1 only
+};
+
+struct Names {
+  const char16_t *frame;
+  const char16_t *split;
+  const char16_t *compose;
+};
+#define TQCS_DRIVER_NAMES(base)                                                    \
+  static constexpr ::tqcs::drivers::Names kNames {                                 \
+    u"TCS_" #base "_Frame()", u"TCS_" #base "_Split()", u"TCS_" #base "_Compose()" \
+  }
+
+// What a conversion inherits unless it says otherwise.
+struct Defaults {
+  static constexpr const char16_t *kUnit = log::unit::kVideoColor;
+  static constexpr Side kFrameFlip = Side::kSource;
+  static constexpr Fast kFast = Fast::kNone;
+  static constexpr Odd kOdd = Odd::kCopyToField2;
+  static constexpr Rule RuleFor(Form) { return kLogged; }
+  template <class... Opts>
+  static bool OptionsPass(Form, Opts...) {
+    return true;
+  }
+};
+
+// The matrix test of the checks: a signed comparison with 4, so 2 and negative
+// values pass and select no coefficient set.
+inline bool MatrixBelow4(int32_t matrix) { return matrix < 4; }
+
+// ---------------------------------------------------------------------------
+// Coefficient rows picked by the matrix selector (0 HD, 1 SD, 3 UHD) and the
+// channel order of the RGB side. Any other selector gives null rows.
+
+struct RgbToYuvRows {
+  const int16_t *y = nullptr, *u = nullptr, *v = nullptr;
+};
+struct YuvToRgbRows {
+  const int16_t *rv = nullptr, *gu = nullptr, *gv = nullptr, *bu = nullptr;
+};
+
+// Rows in the per-component layout: luma from element 2, chroma from element 0.
+RgbToYuvRows RgbToYuv(int32_t matrix, uint8_t bgrOrder);
+// The same limited to the sets 0 and 1 (the planar 4:2:2 destinations).
+RgbToYuvRows RgbToYuvHdSd(int32_t matrix, uint8_t bgrOrder);
+// Rows in the component-pair layout of the RGB32 to packed 4:2:2 kernels.
+RgbToYuvRows RgbToYuvPairs(int32_t matrix, uint8_t bgrOrder);
+YuvToRgbRows YuvToRgb(int32_t matrix);
+// True for the selectors that name a set.
+bool NamesASet(int32_t matrix);
+
+// ---------------------------------------------------------------------------
+// Working buffers of the 4:2:0 conversions: allocated per call, released on
+// every path. The allocator is replaceable so tests can make it fail.
+
+using ScratchAllocator = void *(*)(size_t bytes);
+uint8_t *AllocateScratch(size_t bytes);
+void FreeScratch(uint8_t *p);
+ScratchAllocator SetScratchAllocatorForTesting(ScratchAllocator allocator);
+
+// ---------------------------------------------------------------------------
+// The checks and walkers.
+
+void WriteRecord(log::Level level, const char16_t *unit, const char16_t *function,
+                 const char16_t *message);
+
+// Starts every plane at its last row and negates its pitch.
+template <size_t N>
+void TurnUpsideDown(std::array<Plane, N> &planes, int32_t height) {
+  for (Plane &pl : planes) {
+    pl.p = pl.Row(height - 1);
+    pl.pitch = -pl.pitch;
+  }
+}
+
+template <size_t N>
+std::array<uint8_t *, N> RowsAt(const std::array<Plane, N> &planes, int64_t y) {
+  std::array<uint8_t *, N> rows{};
+  for (size_t i = 0; i < N; ++i) rows[i] = planes[i].Row(y);
+  return rows;
+}
+
+// Copies the converted row y of field 1 into row y of field 2, plane by plane,
+// with TQMemProc's byte copy.
+template <class Layout, size_t N>
+void CopyRowToField2(const std::array<Plane, N> &f1, const std::array<Plane, N> &f2, int64_t y,
+                     int32_t width) {
+  for (size_t i = 0; i < N; ++i)
+    g_pMemProcRoot->pMem->TMP_MemCopy(f2[i].Row(y), f1[i].Row(y),
+                                      Layout::RowBytes(static_cast<int>(i), width));
+}
+
+template <class Conv, size_t ND, size_t NS>
+bool NaturalPitches(const std::array<Plane, ND> &dst, const std::array<Plane, NS> &src,
+                    int32_t width) {
+  if (Conv::kFast == Fast::kNone) return false;
+  if (Conv::kFast == Fast::kNaturalEvenWidth && (width & 1)) return false;
+  for (size_t i = 0; i < ND; ++i)
+    if (dst[i].pitch != Conv::Dst::RowBytes(static_cast<int>(i), width)) return false;
+  for (size_t i = 0; i < NS; ++i)
+    if (src[i].pitch != Conv::Src::RowBytes(static_cast<int>(i), width)) return false;
+  return true;
+}
+
+// The generic _Frame walk: one kernel call per row, or one for the whole image.
+template <class Conv, class Row, size_t ND, size_t NS>
+void WalkFrame(std::array<Plane, ND> dst, std::array<Plane, NS> src, int32_t width, int32_t height,
+               uint8_t flip, const Row &row) {
+  if (flip) {
+    if (Conv::kFrameFlip == Side::kSource) TurnUpsideDown(src, height);
+    if (Conv::kFrameFlip == Side::kDestination) TurnUpsideDown(dst, height);
+  }
+  if (NaturalPitches<Conv>(dst, src, width)) {
+    // The count is a 32-bit product, as the kernels take it.
+    const auto count =
+        static_cast<int32_t>(static_cast<uint32_t>(width) * static_cast<uint32_t>(height));
+    row(RowsAt(dst, 0).data(), RowsAt(src, 0).data(), count);
+    return;
+  }
+  for (int32_t y = 0; y < height; ++y) row(RowsAt(dst, y).data(), RowsAt(src, y).data(), width);
+}
+
+// The generic _Split walk: the source frame (flipped when asked) to two fields.
+template <class Conv, class Row, size_t ND, size_t NS>
+void WalkSplit(const std::array<Plane, ND> &f1, const std::array<Plane, ND> &f2,
+               std::array<Plane, NS> src, int32_t width, int32_t height, uint8_t flip,
+               const Row &row) {
+  if (flip) TurnUpsideDown(src, height);
+  const int32_t pairs = height >> 1;
+  for (int32_t i = 0; i < pairs; ++i) {
+    row(RowsAt(f1, i).data(), RowsAt(src, 2 * int64_t{i}).data(), width);
+    row(RowsAt(f2, i).data(), RowsAt(src, 2 * int64_t{i} + 1).data(), width);
+  }
+  if ((height & 1) && Conv::kOdd != Odd::kDrop) {
+    row(RowsAt(f1, pairs).data(), RowsAt(src, height - 1).data(), width);
+    if (Conv::kOdd == Odd::kCopyToField2) CopyRowToField2<typename Conv::Dst>(f1, f2, pairs, width);
+  }
+}
+
+// The generic _Compose walk: two fields to the destination frame (flipped when
+// asked).
+template <class Conv, class Row, size_t ND, size_t NS>
+void WalkCompose(std::array<Plane, ND> dst, const std::array<Plane, NS> &f1,
+                 const std::array<Plane, NS> &f2, int32_t width, int32_t height, uint8_t flip,
+                 const Row &row) {
+  if (flip) TurnUpsideDown(dst, height);
+  const int32_t pairs = height >> 1;
+  for (int32_t i = 0; i < pairs; ++i) {
+    row(RowsAt(dst, 2 * int64_t{i}).data(), RowsAt(f1, i).data(), width);
+    row(RowsAt(dst, 2 * int64_t{i} + 1).data(), RowsAt(f2, i).data(), width);
+  }
+  if ((height & 1) && Conv::kOdd != Odd::kDrop)
+    row(RowsAt(dst, height - 1).data(), RowsAt(f1, pairs).data(), width);
+}
+
+// ---------------------------------------------------------------------------
+// From C arguments to planes, options and flip.
+
+template <class T>
+uint8_t *Bytes(T *p) {
+  return reinterpret_cast<uint8_t *>(const_cast<std::remove_const_t<T> *>(p));
+}
+
+template <size_t kFirst, size_t N, class Tuple>
+std::array<Plane, N> TakePlanes(const Tuple &args) {
+  return [&]<size_t... I>(std::index_sequence<I...>) {
+    return std::array<Plane, N>{
+        Plane{Bytes(std::get<kFirst + 2 * I>(args)), std::get<kFirst + 2 * I + 1>(args)}...};
+  }
+  (std::make_index_sequence<N>{});
+}
+
+// Elements kBegin to kEnd - 1 of a tuple, copied.
+template <size_t kBegin, size_t kEnd, class Tuple>
+auto Slice(const Tuple &t) {
+  return [&]<size_t... I>(std::index_sequence<I...>) {
+    return std::make_tuple(std::get<kBegin + I>(t)...);
+  }
+  (std::make_index_sequence<kEnd - kBegin>{});
+}
+
+template <size_t N>
+bool AllPresent(const std::array<Plane, N> &planes, bool pitches) {
+  for (const Plane &pl : planes)
+    if (!pl.p || (pitches && pl.pitch <= 0)) return false;
+  return true;
+}
+
+// The parameter check of a driver: true when the conversion goes ahead.
+template <class Conv, Form F, class Opts, class... Images>
+bool Check(int32_t width, int32_t height, const Opts &opts, const Images &...images) {
+  constexpr Rule rule = Conv::RuleFor(F);
+  bool ok = (AllPresent(images, rule.pitches) && ...);
+  if (rule.size) ok = ok && width >= rule.minWidth && height >= rule.minHeight;
+  ok = ok && std::apply([](auto... o) { return Conv::OptionsPass(F, o...); }, opts);
+  if (ok) return true;
+  const char16_t *name = F == Form::kSplit     ? Conv::kNames.split
+                         : F == Form::kCompose ? Conv::kNames.compose
+                                               : Conv::kNames.frame;
+  switch (rule.style) {
+    case Style::kLogReturn:
+      WriteRecord(log::kInvalid, Conv::kUnit, name, log::msg::kInvalidParams);
+      return false;
+    case Style::kSilent:
+      return false;
+    case Style::kLogContinue:
+      WriteRecord(log::kInvalid, Conv::kUnit, name, log::msg::kInvalidParamKey);
+      return true;
+  }
+  return false;
+}
+
+// Runs one form of a conversion on the C arguments of its slot. A conversion
+// with a walk of its own (the 4:2:0 ones) provides Walk(form, ...); the others
+// provide MakeRow(form, options...) and use the generic walkers.
+template <class Conv, Form F, class Tuple>
+void Run(const Tuple &args) {
+  constexpr size_t ND = Conv::Dst::kPlanes;
+  constexpr size_t NS = Conv::Src::kPlanes;
+  constexpr size_t kPlaneArgs = 2 * (F == Form::kSplit     ? 2 * ND + NS
+                                     : F == Form::kCompose ? ND + 2 * NS
+                                                           : ND + NS);
+  const int32_t width = std::get<kPlaneArgs>(args);
+  const int32_t height = std::get<kPlaneArgs + 1>(args);
+  const auto opts = Slice<kPlaneArgs + 2, std::tuple_size_v<Tuple> - 1>(args);
+  const uint8_t flip = std::get<std::tuple_size_v<Tuple> - 1>(args);
+
+  auto go = [&](const auto &...images) {
+    if (!Check<Conv, F>(width, height, opts, images...)) return;
+    std::apply([&](auto... o) { Conv::template Walk<F>(width, height, flip, images..., o...); },
+               opts);
+  };
+  if constexpr (F == Form::kFrame) {
+    go(TakePlanes<0, ND>(args), TakePlanes<2 * ND, NS>(args));
+  } else if constexpr (F == Form::kSplit) {
+    go(TakePlanes<0, ND>(args), TakePlanes<2 * ND, ND>(args), TakePlanes<4 * ND, NS>(args));
+  } else {
+    go(TakePlanes<0, ND>(args), TakePlanes<2 * ND, NS>(args),
+       TakePlanes<2 * ND + 2 * NS, NS>(args));
+  }
+}
+
+// The generic walk of a conversion that provides MakeRow(form, options...):
+// the row operation is made once before the loop; no operation (a selector
+// that the driver refuses silently) means nothing is converted.
+template <class Conv, class Base = Defaults>
+struct Generic : Base {
+  template <Form F, class... Rest>
+  static void Walk(int32_t width, int32_t height, uint8_t flip, const Rest &...rest) {
+    constexpr size_t kImages = F == Form::kFrame ? 2 : 3;
+    const auto all = std::forward_as_tuple(rest...);
+    const auto opts = Slice<kImages, sizeof...(Rest)>(all);
+    const auto row = std::apply([](auto... o) { return Conv::MakeRow(F, o...); }, opts);
+    if (!row) return;
+    const auto &a = std::get<0>(all);
+    const auto &b = std::get<1>(all);
+    if constexpr (F == Form::kFrame) {
+      WalkFrame<Conv>(a, b, width, height, flip, *row);
+    } else if constexpr (F == Form::kSplit) {
+      WalkSplit<Conv>(a, b, std::get<2>(all), width, height, flip, *row);
+    } else {
+      WalkCompose<Conv>(a, b, std::get<2>(all), width, height, flip, *row);
+    }
+  }
+};
+
+// The C function of one slot: its exact signature comes from the typed table
+// member it is stored in.
+template <class Conv, Form F, class Sig>
+struct Adapter;
+template <class Conv, Form F, class Ret, class... A>
+struct Adapter<Conv, F, Ret (*)(A...)> {
+  static Ret Call(A... args) {
+    if constexpr (F == Form::kSingle) {
+      return Conv::Single(args...);
+    } else {
+      Run<Conv, F>(std::tuple<A...>(args...));
+      return Ret();
+    }
+  }
+};
+
+// A slot whose operation exists only as a name: one "Not Implemented" record.
+template <const Names &kNames, Form F, class Sig>
+struct NotImplementedAdapter;
+template <const Names &kNames, Form F, class... A>
+struct NotImplementedAdapter<kNames, F, void (*)(A...)> {
+  static void Call(A...) {
+    WriteRecord(log::kInvalid, log::unit::kVideoColor,
+                F == Form::kSplit     ? kNames.split
+                : F == Form::kCompose ? kNames.compose
+                                      : kNames.frame,
+                log::msg::kNotImplemented);
+  }
+};
+
+// Table entries: the slot is the member's position in its typed table.
+template <class Table, class M>
+int32_t SlotOf(M Table::*member) {
+  static const Table probe{};
+  return static_cast<int32_t>(
+      (reinterpret_cast<const char *>(&(probe.*member)) - reinterpret_cast<const char *>(&probe)) /
+      sizeof(Fn));
+}
+
+template <class Conv, Form F, class Table, class M>
+SlotEntry Entry(M Table::*member) {
+  return {SlotOf(member), Erase(&Adapter<Conv, F, M>::Call)};
+}
+
+template <const Names &kNames, Form F, class Table, class M>
+SlotEntry NotImplementedEntry(M Table::*member) {
+  return {SlotOf(member), Erase(&NotImplementedAdapter<kNames, F, M>::Call)};
+}
+
+// The three slots of a conversion triple, named after its base:
+// TQCS_TRIPLE(TCS_RGB24Table, RGB24_2_YUV16) stores TCS_RGB24_2_YUV16_Frame,
+// _Split and _Compose, all carried by the conversion struct RGB24_2_YUV16.
+#define TQCS_TRIPLE(Table, base)                                                               \
+  ::tqcs::drivers::Entry<base, ::tqcs::drivers::Form::kFrame>(&Table::TCS_##base##_Frame),     \
+      ::tqcs::drivers::Entry<base, ::tqcs::drivers::Form::kSplit>(&Table::TCS_##base##_Split), \
+      ::tqcs::drivers::Entry<base, ::tqcs::drivers::Form::kCompose>(&Table::TCS_##base##_Compose)
+
+#define TQCS_SINGLE(Table, name) \
+  ::tqcs::drivers::Entry<name, ::tqcs::drivers::Form::kSingle>(&Table::TCS_##name)
+
+#define TQCS_NOT_IMPLEMENTED(Table, base)                                                  \
+  ::tqcs::drivers::NotImplementedEntry<base##_Names, ::tqcs::drivers::Form::kFrame>(       \
+      &Table::TCS_##base##_Frame),                                                         \
+      ::tqcs::drivers::NotImplementedEntry<base##_Names, ::tqcs::drivers::Form::kSplit>(   \
+          &Table::TCS_##base##_Split),                                                     \
+      ::tqcs::drivers::NotImplementedEntry<base##_Names, ::tqcs::drivers::Form::kCompose>( \
+          &Table::TCS_##base##_Compose)
+
+#define TQCS_NAMES_OF(base)                                                        \
+  inline constexpr ::tqcs::drivers::Names base##_Names {                           \
+    u"TCS_" #base "_Frame()", u"TCS_" #base "_Split()", u"TCS_" #base "_Compose()" \
+  }
+
+}  // namespace tqcs::drivers
