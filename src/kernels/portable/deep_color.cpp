@@ -84,11 +84,15 @@ struct YuvMath {
   static uint32_t Out(int32_t v) { return static_cast<uint32_t>(Clamp(v, kMax)) << kUp; }
 };
 
+// Three consecutive weights w[0..2] applied to components 0, 1, 2, rounded.
+template <class Src>
+inline int32_t Weigh(const Src &s, ptrdiff_t i, const int16_t *w) {
+  return (w[0] * s.C(i, 0) + w[1] * s.C(i, 1) + w[2] * s.C(i, 2) + 8192) >> 14;
+}
+
 template <class Src>
 inline uint32_t LumaOf(const Src &s, ptrdiff_t i, const int16_t *cy) {
-  using M = YuvMath<Src::kBits>;
-  const int32_t sum = cy[2] * s.C(i, 0) + cy[3] * s.C(i, 1) + cy[4] * s.C(i, 2) + 8192;
-  return M::Out(sum >> 14);
+  return YuvMath<Src::kBits>::Out(Weigh(s, i, cy + 2));
 }
 
 struct Chroma16 {
@@ -98,10 +102,7 @@ struct Chroma16 {
 template <class Src>
 inline Chroma16 ChromaOf(const Src &s, ptrdiff_t i, const int16_t *cuv) {
   using M = YuvMath<Src::kBits>;
-  const int32_t c0 = s.C(i, 0), c1 = s.C(i, 1), c2 = s.C(i, 2);
-  const int32_t u = (cuv[0] * c0 + cuv[1] * c1 + cuv[2] * c2 + 8192) >> 14;
-  const int32_t v = (cuv[4] * c0 + cuv[5] * c1 + cuv[6] * c2 + 8192) >> 14;
-  return {M::Out(u + M::kHalf), M::Out(v + M::kHalf)};
+  return {M::Out(Weigh(s, i, cuv) + M::kHalf), M::Out(Weigh(s, i, cuv + 4) + M::kHalf)};
 }
 
 // Packed output: ceil(count / 2) pairs. With an odd count the last pixel is
