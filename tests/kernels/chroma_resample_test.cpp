@@ -85,39 +85,25 @@ struct UpCase {
   Pair (*model)(uint32_t a, uint32_t p, uint32_t n);
 };
 using T = TCS_KernelTable;
+Pair First8(uint32_t a, uint32_t, uint32_t n) { return {a, W8(5, a, 3, n)}; }
+Pair Last8(uint32_t a, uint32_t, uint32_t n) { return {a, W8(7, a, 1, n)}; }
+Pair Inner8(uint32_t a, uint32_t p, uint32_t n) { return {W8(7, a, 1, p), W8(5, a, 3, n)}; }
+Pair First10(uint32_t a, uint32_t, uint32_t n) { return {a >> 6 << 6, W10(5, a, 3, n)}; }
+Pair Last10(uint32_t a, uint32_t, uint32_t n) { return {a >> 6 << 6, W10(7, a, 1, n)}; }
+Pair Inner10(uint32_t a, uint32_t p, uint32_t n) { return {W10(7, a, 1, p), W10(5, a, 3, n)}; }
+// Kept for compatibility: raw samples shifted by 5, low byte stored.
+Pair Raw16To8(uint32_t a, uint32_t p, uint32_t n) {
+  return {((7 * a + p + 16) >> 5) & 255, ((5 * a + 3 * n + 16) >> 5) & 255};
+}
 const UpCase kUp[] = {
-    {"First", 8, 8, Up<uint8_t, uint8_t, &T::YUV420_2_YUV422_UV_FirstRow>,
-     [](uint32_t a, uint32_t, uint32_t n) {
-       return Pair{a, W8(5, a, 3, n)};
-     }},
-    {"Last", 8, 8, Up<uint8_t, uint8_t, &T::YUV420_2_YUV422_UV_LastRow>,
-     [](uint32_t a, uint32_t, uint32_t n) {
-       return Pair{a, W8(7, a, 1, n)};
-     }},
-    {"Interior", 8, 8, Up<uint8_t, uint8_t, &T::YUV420_2_YUV422_UV_Row>,
-     [](uint32_t a, uint32_t p, uint32_t n) {
-       return Pair{W8(7, a, 1, p), W8(5, a, 3, n)};
-     }},
-    {"First16", 16, 16, Up<uint16_t, uint16_t, &T::YUV420_16_2_YUV422_16_UV_FirstRow>,
-     [](uint32_t a, uint32_t, uint32_t n) {
-       return Pair{a >> 6 << 6, W10(5, a, 3, n)};
-     }},
-    {"Last16", 16, 16, Up<uint16_t, uint16_t, &T::YUV420_16_2_YUV422_16_UV_LastRow>,
-     [](uint32_t a, uint32_t, uint32_t n) {
-       return Pair{a >> 6 << 6, W10(7, a, 1, n)};
-     }},
-    {"Interior16", 16, 16, Up<uint16_t, uint16_t, &T::YUV420_16_2_YUV422_16_UV_Row>,
-     [](uint32_t a, uint32_t p, uint32_t n) {
-       return Pair{W10(7, a, 1, p), W10(5, a, 3, n)};
-     }},
-    {"Raw16To8", 16, 8, Up<uint8_t, uint16_t, &T::YUV420_10Bit_2_YUV422_UV_Row>,
-     [](uint32_t a, uint32_t p, uint32_t n) {
-       return Pair{((7 * a + p + 16) >> 5) & 255, ((5 * a + 3 * n + 16) >> 5) & 255};
-     }},
-    {"Raw16", 16, 16, Up<uint16_t, uint16_t, &T::YUV420_10Bit_2_YUV422_10Bit_UV_Row>,
-     [](uint32_t a, uint32_t p, uint32_t n) {
-       return Pair{W8(7, a, 1, p), W8(5, a, 3, n)};
-     }},
+    {"First", 8, 8, Up<uint8_t, uint8_t, &T::YUV420_2_YUV422_UV_FirstRow>, First8},
+    {"Last", 8, 8, Up<uint8_t, uint8_t, &T::YUV420_2_YUV422_UV_LastRow>, Last8},
+    {"Interior", 8, 8, Up<uint8_t, uint8_t, &T::YUV420_2_YUV422_UV_Row>, Inner8},
+    {"First16", 16, 16, Up<uint16_t, uint16_t, &T::YUV420_16_2_YUV422_16_UV_FirstRow>, First10},
+    {"Last16", 16, 16, Up<uint16_t, uint16_t, &T::YUV420_16_2_YUV422_16_UV_LastRow>, Last10},
+    {"Interior16", 16, 16, Up<uint16_t, uint16_t, &T::YUV420_16_2_YUV422_16_UV_Row>, Inner10},
+    {"Raw16To8", 16, 8, Up<uint8_t, uint16_t, &T::YUV420_10Bit_2_YUV422_UV_Row>, Raw16To8},
+    {"Raw16", 16, 16, Up<uint16_t, uint16_t, &T::YUV420_10Bit_2_YUV422_10Bit_UV_Row>, Inner8},
 };
 
 // level, case, width, source pitch sign (0: one row for a, p and n), fill (-1 random)
@@ -155,20 +141,6 @@ INSTANTIATE_TEST_SUITE_P(AllLevels, UpRows,
                                  Values(-3, 0, 1, 2, 5, 16, 33), Values(1, -1, 0),
                                  Values(-1, 0xFF)),
                          UpName);
-
-// Kept for compatibility: raw 16-bit samples shifted by 5 store their low byte.
-class UpRowsCompat : public ::testing::TestWithParam<uint32_t> {};
-
-TEST_P(UpRowsCompat, Raw16To8KeepsLowByteOfShiftedSample) {
-  const uint16_t rows[3] = {0x4000, 0x4000, 0x0040};  // p, a, n
-  uint8_t out[2] = {kCanary, kCanary};
-  KernelTableForLevel(GetParam())
-      .YUV420_10Bit_2_YUV422_UV_Row(out, 1, out, 1, rows + 1, 2, rows + 1, 2, 1);
-  EXPECT_EQ(out[0], 0x00);  // (7 * 0x4000 + 0x4000 + 16) >> 5 = 0x1000
-  EXPECT_EQ(out[1], 0x06);  // (5 * 0x4000 + 3 * 0x40 + 16) >> 5 = 0xA06
-}
-
-INSTANTIATE_TEST_SUITE_P(AllLevels, UpRowsCompat, ValuesIn(KernelTestLevels()));
 
 // ---- 4:2:2 -> 4:2:0 rows: (3a + b + 2) >> 2 -------------------------------
 using DownFn = void (*)(const TCS_KernelTable &, void *, void *, const void *, int64_t,
