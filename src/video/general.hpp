@@ -1,0 +1,55 @@
+// The general video operations of root sub-table 0: the format-code
+// dispatchers (frame, field and descriptor forms), the 24/32-bit repackers and
+// the channel split, the format-free field split and compose, and the
+// full/video range scaling.
+#pragma once
+
+#include <TQColorSpace/TQColorSpace.h>
+
+#include <cstdint>
+#include <span>
+
+#include "core/api.hpp"
+#include "drivers/driver_kit.hpp"
+
+namespace tqcs::video {
+
+// Every operation of the sub-table, declared from the public slot list so each
+// has exactly the signature of its typed table member.
+#define TQCS_VIDEO_DECLARE(n, name, ret, params) ret name params;
+TCS_GENERAL_SLOTS(TQCS_VIDEO_DECLARE)
+#undef TQCS_VIDEO_DECLARE
+
+// The 19 entries of sub-table 0, for the table fill at start-up.
+std::span<const SlotEntry> GeneralOperations();
+
+using drivers::Plane;
+
+// Row y of a plane whose pitch may be negative; the address is formed as an
+// integer, so a refused call's null base is never used for arithmetic on a
+// pointer.
+inline uint8_t *RowAt(const Plane &pl, int64_t y) { return pl.Row(y); }
+
+// A byte offset from a pointer, formed as an integer.
+inline uint8_t *Offset(uint8_t *p, int64_t bytes) {
+  return reinterpret_cast<uint8_t *>(reinterpret_cast<uintptr_t>(p) +
+                                     static_cast<uintptr_t>(bytes));
+}
+
+// A product formed in 32 bits and sign-extended, as the counts and offsets of
+// several operations here are: kept for compatibility, so values past the
+// signed 32-bit range wrap.
+inline int32_t Mul32(int64_t a, int64_t b) {
+  return static_cast<int32_t>(static_cast<uint32_t>(a) * static_cast<uint32_t>(b));
+}
+
+// Starts a plane at its last row and negates its pitch: the flip of every
+// operation here. The offset is a 64-bit product.
+inline Plane UpsideDown(Plane pl, int32_t height) {
+  return {pl.Row(int64_t{height} - 1), -pl.pitch};
+}
+
+// Byte pointers of the C arguments: sources are never written.
+inline uint8_t *Bytes(const uint8_t *p) { return const_cast<uint8_t *>(p); }
+
+}  // namespace tqcs::video
