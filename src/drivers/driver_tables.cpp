@@ -1,4 +1,5 @@
 #include "drivers/driver_tables.hpp"
+#include "video/general.hpp"
 
 namespace tqcs {
 
@@ -12,6 +13,7 @@ void FillDriverTables(StaticTables &t) {
   FillNullSlots(t.yuva, yuvaStubs);
   FillNullSlots(t.yuv422, stubs);
 
+  FillNullSlots(t.general, video::GeneralOperations());
   FillNullSlots(t.rgb32, drivers::RGB32Drivers());
   FillNullSlots(t.rgb24, drivers::RGB24Drivers());
   FillNullSlots(t.yuva, drivers::YUVADrivers());

@@ -1,0 +1,524 @@
+// The format-code dispatcher (slots 0 to 2) and its descriptor-based forms
+// (slots 16 to 18). A pair of format codes names one route; the frame, split
+// and compose forms share every route and differ only in the images they hand
+// on and how they check their arguments.
+#include <array>
+#include <cassert>
+#include <optional>
+#include <span>
+#include <tuple>
+#include <type_traits>
+#include <utility>
+
+#include "core/log.hpp"
+#include "core/startup.hpp"
+#include "video/general.hpp"
+
+namespace tqcs::video {
+namespace {
+
+using drivers::Form;
+
+// ---------------------------------------------------------------------------
+// Format codes 0 to 10.
+
+constexpr int32_t kFormatCount = 11;
+constexpr int32_t kYUV16Swap = 7, kYUV422 = 8, kYUV420 = 9;
+
+// Bytes a pixel of each code (a plane's byte per sample for the planar ones).
+constexpr int32_t kBytesPerPixel[kFormatCount] = {4, 4, 4, 3, 3, 3, 2, 2, 1, 1, 1};
+
+bool Known(int32_t code) { return static_cast<uint32_t>(code) < kFormatCount; }
+bool Planar(int32_t code) { return code == kYUV422 || code == kYUV420; }
+// Codes 0 and 3 hold B, G, R: the drivers' channel-order flag is set for them.
+bool BlueFirst(int32_t code) { return code == 0 || code == 3; }
+
+// One image: a packed plane, or the Y, U and V planes of a planar format.
+struct Image {
+  std::array<Plane, 3> planes{};
+  int count = 1;
+};
+
+// The planes of an image held in one buffer: Y at the base, U after `rows`
+// luma rows with half the pitch, V after U's rows (all `rows` of them for
+// 4:2:2, rows / 2 for 4:2:0). `rows` is the frame height for a frame buffer and
+// half of it for a field buffer. With `narrowOffset` the offset of U is a
+// 32-bit product (the same-code planar field copies, kept for compatibility).
+Image Derive(int32_t code, const uint8_t *base, int64_t pitch, int32_t rows, bool narrowOffset) {
+  if (!Planar(code)) return {{Plane{Bytes(base), pitch}}, 1};
+  const int64_t chromaPitch = pitch >> 1;
+  const int32_t chromaRows = code == kYUV422 ? rows : rows >> 1;
+  uint8_t *u = Offset(Bytes(base), narrowOffset ? Mul32(pitch, rows) : pitch * rows);
+  uint8_t *v = Offset(u, chromaPitch * chromaRows);
+  return {{Plane{Bytes(base), pitch}, Plane{u, chromaPitch}, Plane{v, chromaPitch}}, 3};
+}
+
+// ---------------------------------------------------------------------------
+// Routes.
+
+enum class Kind : uint8_t {
+  kRefuse,      // Alpha to any other code: result 0, nothing written
+  kCopy,        // equal codes: rows copied, plane by plane for 8 and 9
+  kFill,        // to Alpha from a source without alpha: 255 everywhere
+  kDriver,      // a driver triple: slot n, n + 1 for the split, n + 2 to compose
+  kLumaChroma,  // 4:2:2 <-> 4:2:0: luma copied, chroma through the _UV triple
+};
+
+// The options a driver takes after width and height, in its order.
+enum class Extra : uint8_t {
+  kMatrix,        // the caller's matrix selector, unchanged
+  kOrderOfSrc,    // channel order of the source: 1 for codes 0 and 3
+  kOrderOfDst,    // the same for the destination
+  kPackingOfSrc,  // packed 4:2:2 order: 1 for code 7
+  kPackingOfDst,
+  kSwap,          // 1 when the red/blue orders of the two codes differ
+  kNoSwap,        // 0
+  kAlpha,         // 255, the alpha of a source that has none
+  kAlphaChannel,  // 3, the alpha byte of a 32-bit pixel
+};
+
+struct Route {
+  Kind kind = Kind::kRefuse;
+  int8_t table = 0;  // position of the driver's sub-table in the root
+  int8_t slot = 0;   // the triple's _Frame slot
+  uint8_t extraCount = 0;
+  std::array<Extra, 4> extras{};
+};
+
+template <class... E>
+constexpr Route Drv(int table, int slot, E... extras) {
+  return {Kind::kDriver,
+          static_cast<int8_t>(table),
+          static_cast<int8_t>(slot),
+          static_cast<uint8_t>(sizeof...(E)),
+          {extras...}};
+}
+constexpr Route UV(int table) { return {Kind::kLumaChroma, static_cast<int8_t>(table), 18}; }
+
+constexpr Route Cp{Kind::kCopy};
+constexpr Route Fl{Kind::kFill};
+constexpr Route No{};
+
+// Root positions of the driver sub-tables.
+enum : int { kGen = 0, kR32 = 1, kR24 = 2, kYA = 3, kY16 = 4, kY422 = 5, kY420 = 6, kYUV = 7 };
+
+constexpr Extra M = Extra::kMatrix, OS = Extra::kOrderOfSrc, OD = Extra::kOrderOfDst,
+                PS = Extra::kPackingOfSrc, PD = Extra::kPackingOfDst, SW = Extra::kSwap,
+                NS = Extra::kNoSwap, A = Extra::kAlpha, CH = Extra::kAlphaChannel;
+
+// Source code by row, destination code by column. The empty-stub slots
+// (RGB32 to YUV, YUVA to YUV420, YUV422 to YUV) are routed like any driver:
+// they write nothing and the call reports success.
+// clang-format off
+constexpr Route kRoutes[kFormatCount][kFormatCount] = {
+  /* 0 RGB32 */ {Cp, Drv(kR32, 0), Drv(kR32, 3, M, OS), Drv(kGen, 9, SW), Drv(kGen, 9, SW),
+                 Drv(kR32, 15, M, OS), Drv(kR32, 6, M, PD, OS), Drv(kR32, 6, M, PD, OS),
+                 Drv(kR32, 9, M, OS), Drv(kR32, 12, M, OS), Drv(kGen, 3, CH)},
+  /* 1 RGB32_Swap */ {Drv(kR32, 0), Cp, Drv(kR32, 3, M, OS), Drv(kGen, 9, SW), Drv(kGen, 9, SW),
+                 Drv(kR32, 15, M, OS), Drv(kR32, 6, M, PD, OS), Drv(kR32, 6, M, PD, OS),
+                 Drv(kR32, 9, M, OS), Drv(kR32, 12, M, OS), Drv(kGen, 3, CH)},
+  /* 2 YUVA */  {Drv(kYA, 0, M, OD), Drv(kYA, 0, M, OD), Cp, Drv(kYA, 3, M, OD),
+                 Drv(kYA, 3, M, OD), Drv(kGen, 9, NS), Drv(kYA, 6, PD), Drv(kYA, 6, PD),
+                 Drv(kYA, 9), Drv(kYA, 12), Drv(kGen, 3, CH)},
+  /* 3 RGB24 */ {Drv(kGen, 6, SW, A), Drv(kGen, 6, SW, A), Drv(kR24, 3, M, OS, A), Cp,
+                 Drv(kR24, 0), Drv(kR24, 15, M, OS), Drv(kR24, 6, M, PD, OS),
+                 Drv(kR24, 6, M, PD, OS), Drv(kR24, 9, M, OS), Drv(kR24, 12, M, OS), Fl},
+  /* 4 RGB24_Swap */ {Drv(kGen, 6, SW, A), Drv(kGen, 6, SW, A), Drv(kR24, 3, M, OS, A),
+                 Drv(kR24, 0), Cp, Drv(kR24, 15, M, OS), Drv(kR24, 6, M, PD, OS),
+                 Drv(kR24, 6, M, PD, OS), Drv(kR24, 9, M, OS), Drv(kR24, 12, M, OS), Fl},
+  /* 5 YUV */   {Drv(kYUV, 0, M, OD, A), Drv(kYUV, 0, M, OD, A), Drv(kGen, 6, NS, A),
+                 Drv(kYUV, 3, M, OD), Drv(kYUV, 3, M, OD), Cp, Drv(kYUV, 6, PD), Drv(kYUV, 6, PD),
+                 Drv(kYUV, 9), Drv(kYUV, 12), Fl},
+  /* 6 YUV16 */ {Drv(kY16, 3, M, OD, PS, A), Drv(kY16, 3, M, OD, PS, A), Drv(kY16, 9, PS, A),
+                 Drv(kY16, 6, M, OD, PS), Drv(kY16, 6, M, OD, PS), Drv(kY16, 18, PS), Cp,
+                 Drv(kY16, 0), Drv(kY16, 12, PS), Drv(kY16, 15, PS), Fl},
+  /* 7 YUV16_Swap */ {Drv(kY16, 3, M, OD, PS, A), Drv(kY16, 3, M, OD, PS, A),
+                 Drv(kY16, 9, PS, A), Drv(kY16, 6, M, OD, PS), Drv(kY16, 6, M, OD, PS),
+                 Drv(kY16, 18, PS), Drv(kY16, 0), Cp, Drv(kY16, 12, PS), Drv(kY16, 15, PS), Fl},
+  /* 8 YUV422 */ {Drv(kY422, 0, M, OD, A), Drv(kY422, 0, M, OD, A), Drv(kY422, 6, A),
+                 Drv(kY422, 3, M, OD), Drv(kY422, 3, M, OD), Drv(kY422, 15), Drv(kY422, 9, PD),
+                 Drv(kY422, 9, PD), Cp, UV(kY422), Fl},
+  /* 9 YUV420 */ {Drv(kY420, 0, M, OD, A), Drv(kY420, 0, M, OD, A), Drv(kY420, 6, A),
+                 Drv(kY420, 3, M, OD), Drv(kY420, 3, M, OD), Drv(kY420, 15), Drv(kY420, 9, PD),
+                 Drv(kY420, 9, PD), UV(kY420), Cp, Fl},
+  /* 10 Alpha */ {No, No, No, No, No, No, No, No, No, No, Cp},
+};
+// clang-format on
+
+// ---------------------------------------------------------------------------
+// Calling a driver slot with the exact signature of its typed table member.
+
+struct DriverCall {
+  std::array<Plane, 9> planes{};  // in the driver's argument order
+  size_t planeCount = 0;
+  std::array<int32_t, 4> extras{};
+  size_t extraCount = 0;
+  int32_t width = 0, height = 0;
+  uint8_t flip = 0;
+};
+using Forwarder = void (*)(const DriverCall &);
+
+// The number of leading (pointer, 64-bit pitch) pairs of a parameter list.
+template <class... P>
+constexpr size_t PlanePairs() {
+  constexpr size_t n = sizeof...(P);
+  constexpr bool pointer[] = {std::is_pointer_v<P>..., false};
+  constexpr bool pitch[] = {std::is_same_v<P, int64_t>..., false};
+  size_t pairs = 0;
+  while (2 * pairs + 1 < n && pointer[2 * pairs] && pitch[2 * pairs + 1]) ++pairs;
+  return pairs;
+}
+
+// The shapes a route can reach: planes, width, height, integer options, flip;
+// or no parameters at all (the empty stub).
+template <class... P>
+constexpr bool Routable() {
+  constexpr size_t n = sizeof...(P);
+  if (n == 0) return true;
+  constexpr size_t pairs = PlanePairs<P...>();
+  constexpr bool is32[] = {std::is_same_v<P, int32_t>..., false};
+  constexpr bool integral[] = {std::is_integral_v<P>..., false};
+  constexpr bool byte[] = {std::is_same_v<P, uint8_t>..., false};
+  if (pairs == 0 || n < 2 * pairs + 3 || !is32[2 * pairs] || !is32[2 * pairs + 1] || !byte[n - 1])
+    return false;
+  for (size_t i = 2 * pairs + 2; i < n; ++i)
+    if (!integral[i]) return false;
+  return true;
+}
+
+template <size_t I, size_t kPairs, size_t N, class T>
+T Argument(const DriverCall &c) {
+  if constexpr (I < 2 * kPairs && I % 2 == 0) {
+    return reinterpret_cast<T>(c.planes[I / 2].p);
+  } else if constexpr (I < 2 * kPairs) {
+    return c.planes[I / 2].pitch;
+  } else if constexpr (I == 2 * kPairs) {
+    return c.width;
+  } else if constexpr (I == 2 * kPairs + 1) {
+    return c.height;
+  } else if constexpr (I == N - 1) {
+    return c.flip;
+  } else {
+    return static_cast<T>(c.extras[I - 2 * kPairs - 2]);
+  }
+}
+
+template <class R, class... P>
+void Invoke(R (*fn)(P...), const DriverCall &c) {
+  if constexpr (sizeof...(P) == 0) {
+    fn();  // the empty stub takes nothing and does nothing
+  } else {
+    constexpr size_t kPairs = PlanePairs<P...>();
+    constexpr size_t kCount = sizeof...(P);
+    assert(c.planeCount == kPairs && c.extraCount == kCount - 2 * kPairs - 3);
+    [&]<size_t... I>(std::index_sequence<I...>) { fn(Argument<I, kPairs, kCount, P>(c)...); }
+    (std::make_index_sequence<kCount>{});
+  }
+}
+
+template <class M>
+struct SlotType;
+template <class Table, class F>
+struct SlotType<F Table::*> {
+  using Type = F;
+};
+template <class F>
+struct RoutableFn;
+template <class R, class... P>
+struct RoutableFn<R (*)(P...)> : std::bool_constant<Routable<P...>()> {};
+
+// Reads the slot through the root structure at every call.
+template <auto kRoot, auto kMember>
+void Forward(const DriverCall &c) {
+  Invoke((g_pColorSpaceAPI->*kRoot)->*kMember, c);
+}
+
+template <auto kRoot, auto kMember>
+constexpr Forwarder ForwarderOf() {
+  if constexpr (RoutableFn<typename SlotType<decltype(kMember)>::Type>::value)
+    return &Forward<kRoot, kMember>;
+  else
+    return nullptr;  // a shape no route reaches (descriptors, histogram ...)
+}
+
+#define TQCS_FORWARD_SLOT(n, name, ret, params) ForwarderOf<kRoot, &Table::name>(),
+#define TQCS_FORWARD_TABLE(ns, TableType, member, SLOTS)     \
+  namespace ns {                                             \
+  using Table = TableType;                                   \
+  constexpr auto kRoot = &TCS_APIStu::member;                \
+  constexpr Forwarder kSlots[] = {SLOTS(TQCS_FORWARD_SLOT)}; \
+  }
+TQCS_FORWARD_TABLE(general, TCS_GeneralTable, pGeneral, TCS_GENERAL_SLOTS)
+TQCS_FORWARD_TABLE(rgb32, TCS_RGB32Table, pRGB32, TCS_RGB32_SLOTS)
+TQCS_FORWARD_TABLE(rgb24, TCS_RGB24Table, pRGB24, TCS_RGB24_SLOTS)
+TQCS_FORWARD_TABLE(yuva, TCS_YUVATable, pYUVA, TCS_YUVA_SLOTS)
+TQCS_FORWARD_TABLE(yuv16, TCS_YUV16Table, pYUV16, TCS_YUV16_SLOTS)
+TQCS_FORWARD_TABLE(yuv422, TCS_YUV422Table, pYUV422, TCS_YUV422_SLOTS)
+TQCS_FORWARD_TABLE(yuv420, TCS_YUV420Table, pYUV420, TCS_YUV420_SLOTS)
+TQCS_FORWARD_TABLE(yuv, TCS_YUVTable, pYUV, TCS_YUV_SLOTS)
+#undef TQCS_FORWARD_TABLE
+#undef TQCS_FORWARD_SLOT
+
+// By root position, slot by slot.
+constexpr std::span<const Forwarder> kForwarders[] = {
+    general::kSlots, rgb32::kSlots,  rgb24::kSlots,  yuva::kSlots,
+    yuv16::kSlots,   yuv422::kSlots, yuv420::kSlots, yuv::kSlots};
+
+// ---------------------------------------------------------------------------
+// Running a route.
+
+// One call: the images in the order of the arguments (frame: destination,
+// source; split: field 1, field 2, source; compose: destination, field 1,
+// field 2).
+struct Job {
+  Form form;
+  int32_t srcCode, dstCode, matrix, width, height;
+  uint8_t flip;
+  std::array<Image, 3> images;
+};
+
+int ImageCount(Form form) { return form == Form::kFrame ? 2 : 3; }
+int Outputs(Form form) { return form == Form::kSplit ? 2 : 1; }
+int SlotOffset(Form form) { return form == Form::kFrame ? 0 : form == Form::kSplit ? 1 : 2; }
+
+int32_t Value(Extra e, const Job &j) {
+  switch (e) {
+    case Extra::kMatrix:
+      return j.matrix;
+    case Extra::kOrderOfSrc:
+      return BlueFirst(j.srcCode);
+    case Extra::kOrderOfDst:
+      return BlueFirst(j.dstCode);
+    case Extra::kPackingOfSrc:
+      return j.srcCode == kYUV16Swap;
+    case Extra::kPackingOfDst:
+      return j.dstCode == kYUV16Swap;
+    case Extra::kSwap:
+      return BlueFirst(j.srcCode) != BlueFirst(j.dstCode);
+    case Extra::kNoSwap:
+      return 0;
+    case Extra::kAlpha:
+      return 255;
+    case Extra::kAlphaChannel:
+      return 3;
+  }
+  return 0;
+}
+
+// Planes `first` to `last` of every image, image by image: a split hands on
+// field 1's Y, U, V, then field 2's, then the source's; a compose the frame's,
+// then field 1's, then field 2's. This follows the drivers' signatures, which
+// win over a plane-major order (Y of both fields, then U, then V) that older
+// notes on this dispatcher give.
+void CallDriver(int table, int slot, const Job &j, int first, int last,
+                std::span<const Extra> extras) {
+  DriverCall c;
+  for (int i = 0; i < ImageCount(j.form); ++i)
+    for (int k = first; k <= last && k < j.images[i].count; ++k)
+      c.planes[c.planeCount++] = j.images[i].planes[k];
+  for (Extra e : extras) c.extras[c.extraCount++] = Value(e, j);
+  c.width = j.width;
+  c.height = j.height;
+  c.flip = j.flip;
+  const Forwarder forward = kForwarders[table][slot + SlotOffset(j.form)];
+  assert(forward);
+  forward(c);
+}
+
+// Plane k of every image copied: a plane copy for the frame form, the field
+// split or compose of slots 12 and 13 for the others. Width and height in
+// pixels of that plane.
+void CopyPlane(const Job &j, int k, int32_t width, int32_t height, int32_t bytesPerPixel) {
+  const Plane &a = j.images[0].planes[k], &b = j.images[1].planes[k], &c = j.images[2].planes[k];
+  switch (j.form) {
+    case Form::kFrame:
+      g_pMemProcRoot->pMem->TMP_PlaneCopy(a.p, a.pitch, b.p, b.pitch, Mul32(width, bytesPerPixel),
+                                          height, j.flip);
+      return;
+    case Form::kSplit:
+      g_pColorSpaceAPI->pGeneral->TCS_SplitFrame(a.p, a.pitch, b.p, b.pitch, c.p, c.pitch, width,
+                                                 height, bytesPerPixel, j.flip);
+      return;
+    default:
+      g_pColorSpaceAPI->pGeneral->TCS_ComposeFields(a.p, a.pitch, b.p, b.pitch, c.p, c.pitch, width,
+                                                    height, bytesPerPixel, j.flip);
+      return;
+  }
+}
+
+// Every plane of an equal-code pair: a packed plane at its bytes per pixel;
+// Y, then U and V at width / 2 and the chroma height, one byte a sample.
+void CopyImage(const Job &j) {
+  if (!Planar(j.srcCode)) return CopyPlane(j, 0, j.width, j.height, kBytesPerPixel[j.srcCode]);
+  const int32_t chromaHeight = j.srcCode == kYUV422 ? j.height : j.height >> 1;
+  CopyPlane(j, 0, j.width, j.height, 1);
+  CopyPlane(j, 1, j.width / 2, chromaHeight, 1);
+  CopyPlane(j, 2, j.width / 2, chromaHeight, 1);
+}
+
+// Each output image filled with 255, width bytes a row: the frame's height,
+// or half of it for each field.
+void FillAlpha(const Job &j) {
+  const int32_t rows = j.form == Form::kSplit ? j.height >> 1 : j.height;
+  for (int i = 0; i < Outputs(j.form); ++i) {
+    const Plane &pl = j.images[i].planes[0];
+    g_pMemProcRoot->pFill->TMP_PlaneFill(pl.p, pl.pitch, j.width, 255, rows);
+  }
+}
+
+// Runs the route; 1 once it was handed on (whatever the callee did), 0 for a
+// pair that has no conversion.
+uint64_t Execute(const Route &r, const Job &j) {
+  switch (r.kind) {
+    case Kind::kRefuse:
+      return 0;
+    case Kind::kCopy:
+      CopyImage(j);
+      break;
+    case Kind::kFill:
+      FillAlpha(j);
+      break;
+    case Kind::kDriver:
+      CallDriver(r.table, r.slot, j, 0, 2, std::span(r.extras).first(r.extraCount));
+      break;
+    case Kind::kLumaChroma:
+      CopyPlane(j, 0, j.width, j.height, 1);
+      CallDriver(r.table, r.slot, j, 1, 2, {});
+      break;
+  }
+  return 1;
+}
+
+const Route &RouteOf(int32_t srcCode, int32_t dstCode) { return kRoutes[srcCode][dstCode]; }
+
+// Field buffers of the same-code planar copies place U with a 32-bit offset.
+bool NarrowFieldOffsets(const Route &r) { return r.kind == Kind::kCopy; }
+
+bool Present(const uint8_t *p, int64_t pitch) { return p && pitch > 0; }
+
+// The descriptor forms take each plane from the descriptor: a packed format
+// plane 0, a planar one planes 0, 1 and 2 for Y, U and V. Null when the
+// descriptor is missing, its code is not one of 0 to 10, or a plane the format
+// uses is null or has a pitch below 1.
+std::optional<Image> FromDescriptor(const TCS_FrameDesc *d) {
+  if (!d || !Known(d->format)) return std::nullopt;
+  Image image;
+  image.count = Planar(d->format) ? 3 : 1;
+  for (int k = 0; k < image.count; ++k) {
+    if (!Present(d->plane[k].data, d->plane[k].pitch)) return std::nullopt;
+    image.planes[k] = {d->plane[k].data, d->plane[k].pitch};
+  }
+  return image;
+}
+
+// The checks shared by the silent forms after their images.
+bool OptionsPass(int32_t matrix, int32_t width, int32_t height) {
+  return matrix < 4 && width >= 1 && height >= 1;
+}
+
+const log::Site kFrameSite{log::unit::kVideoColor, TQCS_FN_NAME(TCS_ColorConvFrame)};
+
+}  // namespace
+
+uint64_t TCS_ColorConvFrame(uint8_t *dst, int64_t dstPitch, int32_t dstFormat, const uint8_t *src,
+                            int64_t srcPitch, int32_t srcFormat, int32_t matrix, int32_t width,
+                            int32_t height, uint8_t flip) {
+  if (!Present(dst, dstPitch) || dstFormat >= INT32_MAX || !Present(src, srcPitch) ||
+      srcFormat >= INT32_MAX || matrix >= 4 || width <= 0 || height <= 0) {
+    log::Write(log::kInvalid, kFrameSite, log::msg::kInvalidParams);
+    return 0;
+  }
+  if (!Known(srcFormat) || !Known(dstFormat)) return 0;
+  const Route &r = RouteOf(srcFormat, dstFormat);
+  return Execute(r, {Form::kFrame,
+                     srcFormat,
+                     dstFormat,
+                     matrix,
+                     width,
+                     height,
+                     flip,
+                     {Derive(dstFormat, dst, dstPitch, height, false),
+                      Derive(srcFormat, src, srcPitch, height, false)}});
+}
+
+// The field forms check silently. Field buffers hold height / 2 rows.
+uint64_t TCS_ColorConvSplit(uint8_t *field1, int64_t field1Pitch, uint8_t *field2,
+                            int64_t field2Pitch, int32_t dstFormat, const uint8_t *src,
+                            int64_t srcPitch, int32_t srcFormat, int32_t matrix, int32_t width,
+                            int32_t height, uint8_t flip) {
+  if (!Present(field1, field1Pitch) || !Present(field2, field2Pitch) || !Present(src, srcPitch) ||
+      !OptionsPass(matrix, width, height) || !Known(srcFormat) || !Known(dstFormat))
+    return 0;
+  const Route &r = RouteOf(srcFormat, dstFormat);
+  const int32_t rows = height >> 1;
+  const bool narrow = NarrowFieldOffsets(r);
+  return Execute(r, {Form::kSplit,
+                     srcFormat,
+                     dstFormat,
+                     matrix,
+                     width,
+                     height,
+                     flip,
+                     {Derive(dstFormat, field1, field1Pitch, rows, narrow),
+                      Derive(dstFormat, field2, field2Pitch, rows, narrow),
+                      Derive(srcFormat, src, srcPitch, height, false)}});
+}
+
+uint64_t TCS_ColorConvCompose(uint8_t *dst, int64_t dstPitch, int32_t dstFormat,
+                              const uint8_t *field1, int64_t field1Pitch, const uint8_t *field2,
+                              int64_t field2Pitch, int32_t srcFormat, int32_t matrix, int32_t width,
+                              int32_t height, uint8_t flip) {
+  if (!Present(dst, dstPitch) || !Present(field1, field1Pitch) || !Present(field2, field2Pitch) ||
+      !OptionsPass(matrix, width, height) || !Known(srcFormat) || !Known(dstFormat))
+    return 0;
+  const Route &r = RouteOf(srcFormat, dstFormat);
+  const int32_t rows = height >> 1;
+  const bool narrow = NarrowFieldOffsets(r);
+  return Execute(r, {Form::kCompose,
+                     srcFormat,
+                     dstFormat,
+                     matrix,
+                     width,
+                     height,
+                     flip,
+                     {Derive(dstFormat, dst, dstPitch, height, false),
+                      Derive(srcFormat, field1, field1Pitch, rows, narrow),
+                      Derive(srcFormat, field2, field2Pitch, rows, narrow)}});
+}
+
+// The descriptor forms: codes 0 to 10 route exactly as above with the planes
+// taken from the descriptors (planar planes need not share a buffer); every
+// other code, and every failed check, returns 0 silently without writing.
+uint64_t TCS_ColorConvFrameEx(const TCS_FrameDesc *dst, const TCS_FrameDesc *src, int32_t matrix,
+                              int32_t width, int32_t height, uint8_t flip) {
+  const auto d = FromDescriptor(dst), s = FromDescriptor(src);
+  if (!d || !s || !OptionsPass(matrix, width, height)) return 0;
+  return Execute(RouteOf(src->format, dst->format),
+                 {Form::kFrame, src->format, dst->format, matrix, width, height, flip, {*d, *s}});
+}
+
+uint64_t TCS_ColorConvSplitEx(const TCS_FrameDesc *field1, const TCS_FrameDesc *field2,
+                              const TCS_FrameDesc *src, int32_t matrix, int32_t width,
+                              int32_t height, uint8_t flip) {
+  const auto f1 = FromDescriptor(field1), f2 = FromDescriptor(field2), s = FromDescriptor(src);
+  // Both fields are written in one format: the first field's code names it.
+  if (!f1 || !f2 || !s || field2->format != field1->format || !OptionsPass(matrix, width, height))
+    return 0;
+  return Execute(
+      RouteOf(src->format, field1->format),
+      {Form::kSplit, src->format, field1->format, matrix, width, height, flip, {*f1, *f2, *s}});
+}
+
+uint64_t TCS_ColorConvComposeEx(const TCS_FrameDesc *dst, const TCS_FrameDesc *field1,
+                                const TCS_FrameDesc *field2, int32_t matrix, int32_t width,
+                                int32_t height, uint8_t flip) {
+  const auto d = FromDescriptor(dst), f1 = FromDescriptor(field1), f2 = FromDescriptor(field2);
+  // Both fields are read in one format: the first field's code names it.
+  if (!d || !f1 || !f2 || field2->format != field1->format || !OptionsPass(matrix, width, height))
+    return 0;
+  return Execute(
+      RouteOf(field1->format, dst->format),
+      {Form::kCompose, field1->format, dst->format, matrix, width, height, flip, {*d, *f1, *f2}});
+}
+
+}  // namespace tqcs::video
