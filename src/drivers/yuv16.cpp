@@ -40,7 +40,9 @@ Member ByOrders(uint8_t packing, uint8_t order, Member yuyvRgb, Member yuyvBgr, 
   return packing ? (order ? uyvyBgr : uyvyRgb) : (order ? yuyvBgr : yuyvRgb);
 }
 
-// 3-5: to RGB32 with a constant alpha.
+// 3-5: to RGB32 with a constant alpha. The whole-image call of contiguous
+// frames joins the rows, so the odd pixel ending each row blends with the next
+// row's first pair rather than repeating its own: kept for compatibility.
 struct YUV16_2_RGB32 : Generic<YUV16_2_RGB32, FromYUV16> {
   TQCS_DRIVER_NAMES(YUV16_2_RGB32);
   using Dst = Packed<4>;
@@ -78,6 +80,9 @@ struct YUV16_2_RGB24 : Generic<YUV16_2_RGB24, FromYUV16> {
 struct YUV16_2_YUVA : Generic<YUV16_2_YUVA, FromYUV16> {
   TQCS_DRIVER_NAMES(YUV16_2_YUVA);
   using Dst = Packed<4>;
+  // Row by row only: the odd pixel of a row's last pair repeats that pair's
+  // chroma, which a joined run of rows would take from the next row instead.
+  static constexpr Fast kFast = Fast::kNone;
   static auto MakeRow(Form, uint8_t packing, uint8_t alpha) {
     const auto kernel =
         packing ? &TCS_KernelTable::UYVY_2_YUVA_Row : &TCS_KernelTable::YUYV_2_YUVA_Row;
