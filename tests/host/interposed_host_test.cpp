@@ -15,9 +15,10 @@ struct HostRecord {
   std::u16string function;
   std::u16string message;
 };
+// Outlives every static destructor: unloading logs after main has returned.
 std::vector<HostRecord> &HostLog() {
-  static std::vector<HostRecord> log;
-  return log;
+  static auto *log = new std::vector<HostRecord>;
+  return *log;
 }
 int g_levelCalls = 0;
 }  // namespace
