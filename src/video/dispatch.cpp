@@ -3,7 +3,6 @@
 // and compose forms share every route and differ only in the images they hand
 // on and how they check their arguments.
 #include <array>
-#include <cassert>
 #include <optional>
 #include <span>
 #include <tuple>
@@ -28,10 +27,10 @@ constexpr int32_t kYUV16Swap = 7, kYUV422 = 8, kYUV420 = 9;
 // Bytes a pixel of each code (a plane's byte per sample for the planar ones).
 constexpr int32_t kBytesPerPixel[kFormatCount] = {4, 4, 4, 3, 3, 3, 2, 2, 1, 1, 1};
 
-bool Known(int32_t code) { return static_cast<uint32_t>(code) < kFormatCount; }
-bool Planar(int32_t code) { return code == kYUV422 || code == kYUV420; }
+constexpr bool Known(int32_t code) { return static_cast<uint32_t>(code) < kFormatCount; }
+constexpr bool Planar(int32_t code) { return code == kYUV422 || code == kYUV420; }
 // Codes 0 and 3 hold B, G, R: the drivers' channel-order flag is set for them.
-bool BlueFirst(int32_t code) { return code == 0 || code == 3; }
+constexpr bool BlueFirst(int32_t code) { return code == 0 || code == 3; }
 
 // One image: a packed plane, or the Y, U and V planes of a planar format.
 struct Image {
@@ -210,7 +209,6 @@ void Invoke(R (*fn)(P...), const DriverCall &c) {
   } else {
     constexpr size_t kPairs = PlanePairs<P...>();
     constexpr size_t kCount = sizeof...(P);
-    assert(c.planeCount == kPairs && c.extraCount == kCount - 2 * kPairs - 3);
     [&]<size_t... I>(std::index_sequence<I...>) { fn(Argument<I, kPairs, kCount, P>(c)...); }
     (std::make_index_sequence<kCount>{});
   }
@@ -222,10 +220,15 @@ template <class Table, class F>
 struct SlotType<F Table::*> {
   using Type = F;
 };
-template <class F>
-struct RoutableFn;
-template <class R, class... P>
-struct RoutableFn<R (*)(P...)> : std::bool_constant<Routable<P...>()> {};
+
+// What a route may do with one slot: call it through `forward`, handing on
+// `planes` planes and `extras` options; no forwarder for a shape no route
+// reaches (descriptors, histogram ...). The empty stub takes 0 and 0.
+struct Slot {
+  Forwarder forward = nullptr;
+  bool routable = false;
+  int planes = 0, extras = 0;
+};
 
 // Reads the slot through the root structure at every call.
 template <auto kRoot, auto kMember>
@@ -233,36 +236,64 @@ void Forward(const DriverCall &c) {
   Invoke((g_pColorSpaceAPI->*kRoot)->*kMember, c);
 }
 
-template <auto kRoot, auto kMember>
-constexpr Forwarder ForwarderOf() {
-  if constexpr (RoutableFn<typename SlotType<decltype(kMember)>::Type>::value)
-    return &Forward<kRoot, kMember>;
-  else
-    return nullptr;  // a shape no route reaches (descriptors, histogram ...)
+template <auto kRoot, auto kMember, class R, class... P>
+constexpr Slot SlotOf(R (*)(P...)) {
+  if constexpr (Routable<P...>()) {
+    constexpr int pairs = static_cast<int>(PlanePairs<P...>());
+    constexpr int extras = sizeof...(P) ? static_cast<int>(sizeof...(P)) - 2 * pairs - 3 : 0;
+    return {&Forward<kRoot, kMember>, true, pairs, extras};
+  } else {
+    return {};
+  }
 }
 
-#define TQCS_FORWARD_SLOT(n, name, ret, params) ForwarderOf<kRoot, &Table::name>(),
-#define TQCS_FORWARD_TABLE(ns, TableType, member, SLOTS)     \
-  namespace ns {                                             \
-  using Table = TableType;                                   \
-  constexpr auto kRoot = &TCS_APIStu::member;                \
-  constexpr Forwarder kSlots[] = {SLOTS(TQCS_FORWARD_SLOT)}; \
+#define TQCS_SLOT(n, name, ret, params) \
+  SlotOf<kRoot, &Table::name>(typename SlotType<decltype(&Table::name)>::Type{}),
+#define TQCS_SLOTS_OF(ns, TableType, member, SLOTS) \
+  namespace ns {                                    \
+  using Table = TableType;                          \
+  constexpr auto kRoot = &TCS_APIStu::member;       \
+  constexpr Slot kSlots[] = {SLOTS(TQCS_SLOT)};     \
   }
-TQCS_FORWARD_TABLE(general, TCS_GeneralTable, pGeneral, TCS_GENERAL_SLOTS)
-TQCS_FORWARD_TABLE(rgb32, TCS_RGB32Table, pRGB32, TCS_RGB32_SLOTS)
-TQCS_FORWARD_TABLE(rgb24, TCS_RGB24Table, pRGB24, TCS_RGB24_SLOTS)
-TQCS_FORWARD_TABLE(yuva, TCS_YUVATable, pYUVA, TCS_YUVA_SLOTS)
-TQCS_FORWARD_TABLE(yuv16, TCS_YUV16Table, pYUV16, TCS_YUV16_SLOTS)
-TQCS_FORWARD_TABLE(yuv422, TCS_YUV422Table, pYUV422, TCS_YUV422_SLOTS)
-TQCS_FORWARD_TABLE(yuv420, TCS_YUV420Table, pYUV420, TCS_YUV420_SLOTS)
-TQCS_FORWARD_TABLE(yuv, TCS_YUVTable, pYUV, TCS_YUV_SLOTS)
-#undef TQCS_FORWARD_TABLE
-#undef TQCS_FORWARD_SLOT
+TQCS_SLOTS_OF(general, TCS_GeneralTable, pGeneral, TCS_GENERAL_SLOTS)
+TQCS_SLOTS_OF(rgb32, TCS_RGB32Table, pRGB32, TCS_RGB32_SLOTS)
+TQCS_SLOTS_OF(rgb24, TCS_RGB24Table, pRGB24, TCS_RGB24_SLOTS)
+TQCS_SLOTS_OF(yuva, TCS_YUVATable, pYUVA, TCS_YUVA_SLOTS)
+TQCS_SLOTS_OF(yuv16, TCS_YUV16Table, pYUV16, TCS_YUV16_SLOTS)
+TQCS_SLOTS_OF(yuv422, TCS_YUV422Table, pYUV422, TCS_YUV422_SLOTS)
+TQCS_SLOTS_OF(yuv420, TCS_YUV420Table, pYUV420, TCS_YUV420_SLOTS)
+TQCS_SLOTS_OF(yuv, TCS_YUVTable, pYUV, TCS_YUV_SLOTS)
+#undef TQCS_SLOTS_OF
+#undef TQCS_SLOT
 
-// By root position, slot by slot.
-constexpr std::span<const Forwarder> kForwarders[] = {
-    general::kSlots, rgb32::kSlots,  rgb24::kSlots,  yuva::kSlots,
-    yuv16::kSlots,   yuv422::kSlots, yuv420::kSlots, yuv::kSlots};
+// By root position.
+constexpr std::span<const Slot> kSlots[] = {general::kSlots, rgb32::kSlots, rgb24::kSlots,
+                                            yuva::kSlots,    yuv16::kSlots, yuv422::kSlots,
+                                            yuv420::kSlots,  yuv::kSlots};
+
+// Every route fits the typed slots it reaches in all three forms: the planes
+// its images give and the options it lists are exactly what each slot takes
+// (or the slot is the empty stub, which takes nothing).
+constexpr bool RoutesFitTheirSlots() {
+  for (int s = 0; s < kFormatCount; ++s)
+    for (int d = 0; d < kFormatCount; ++d) {
+      const Route &r = kRoutes[s][d];
+      if (r.kind != Kind::kDriver && r.kind != Kind::kLumaChroma) continue;
+      const bool chroma = r.kind == Kind::kLumaChroma;
+      const int out = chroma ? 2 : Planar(d) ? 3 : 1, in = chroma ? 2 : Planar(s) ? 3 : 1;
+      const int planes[3] = {out + in, 2 * out + in, out + 2 * in};
+      for (int f = 0; f < 3; ++f) {
+        if (r.table < 0 || r.table >= 8 || r.slot + f >= static_cast<int>(kSlots[r.table].size()))
+          return false;
+        const Slot &slot = kSlots[r.table][r.slot + f];
+        const bool stub = slot.routable && slot.planes == 0 && slot.extras == 0;
+        if (!slot.routable || (!stub && (slot.planes != planes[f] || slot.extras != r.extraCount)))
+          return false;
+      }
+    }
+  return true;
+}
+static_assert(RoutesFitTheirSlots());
 
 // ---------------------------------------------------------------------------
 // Running a route.
@@ -320,9 +351,7 @@ void CallDriver(int table, int slot, const Job &j, int first, int last,
   c.width = j.width;
   c.height = j.height;
   c.flip = j.flip;
-  const Forwarder forward = kForwarders[table][slot + SlotOffset(j.form)];
-  assert(forward);
-  forward(c);
+  kSlots[table][slot + SlotOffset(j.form)].forward(c);
 }
 
 // Plane k of every image copied: a plane copy for the frame form, the field
