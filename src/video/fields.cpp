@@ -29,8 +29,8 @@ void Interleave(Plane frame, Plane top, Plane bottom, int32_t width, int32_t hei
                 int32_t bytesPerPixel) {
   const int64_t length = Mul32(width, bytesPerPixel);
   auto copy = [&](int64_t frameRow, const Plane &field, int64_t fieldRow) {
-    uint8_t *f = RowAt(frame, frameRow);
-    uint8_t *g = RowAt(field, fieldRow);
+    uint8_t *f = frame.Row(frameRow);
+    uint8_t *g = field.Row(fieldRow);
     if (kSplit)
       g_pMemProcRoot->pMem->TMP_MemCopy(g, f, length);
     else

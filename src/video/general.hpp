@@ -23,12 +23,9 @@ TCS_GENERAL_SLOTS(TQCS_VIDEO_DECLARE)
 // The 19 entries of sub-table 0, for the table fill at start-up.
 std::span<const SlotEntry> GeneralOperations();
 
+// A plane: row 0 and a signed byte pitch; Row(y) forms its address as an
+// integer, so a flipped or refused call never does arithmetic on a null base.
 using drivers::Plane;
-
-// Row y of a plane whose pitch may be negative; the address is formed as an
-// integer, so a refused call's null base is never used for arithmetic on a
-// pointer.
-inline uint8_t *RowAt(const Plane &pl, int64_t y) { return pl.Row(y); }
 
 // A byte offset from a pointer, formed as an integer.
 inline uint8_t *Offset(uint8_t *p, int64_t bytes) {

@@ -87,7 +87,7 @@ void Scale(bool expand, uint8_t *dst, int64_t dstPitch, const uint8_t *src, int6
       }
       const Plane in{Bytes(src), srcPitch};
       for (int32_t y = 0; y < height; ++y)
-        pixel.TMP_Scale_Run(RowAt(out, y), RowAt(in, y), gain[0], offset[0], rowBytes);
+        pixel.TMP_Scale_Run(out.Row(y), in.Row(y), gain[0], offset[0], rowBytes);
       return;
     }
     case Way::kNone:

@@ -51,7 +51,7 @@ void RepackFrame(const char16_t *function, Plane dst, int32_t dstBytes, Plane sr
     row(dst.p, src.p, Mul32(width, height));
     return;
   }
-  for (int32_t y = 0; y < height; ++y) row(RowAt(dst, y), RowAt(src, y), width);
+  for (int32_t y = 0; y < height; ++y) row(dst.Row(y), src.Row(y), width);
 }
 
 // The one field walker of all six field forms. Frame row 2i goes with row i
@@ -69,9 +69,9 @@ void RepackFields(const char16_t *function, Plane frame, Plane field1, Plane fie
   if (flip) frame = UpsideDown(frame, height);
   auto convert = [&](int64_t frameRow, const Plane &field, int64_t fieldRow) {
     if (F == Form::kSplit)
-      row(RowAt(field, fieldRow), RowAt(frame, frameRow), width);
+      row(field.Row(fieldRow), frame.Row(frameRow), width);
     else
-      row(RowAt(frame, frameRow), RowAt(field, fieldRow), width);
+      row(frame.Row(frameRow), field.Row(fieldRow), width);
   };
   const int32_t pairs = height >> 1;
   for (int32_t i = 0; i < pairs; ++i) {
@@ -81,8 +81,7 @@ void RepackFields(const char16_t *function, Plane frame, Plane field1, Plane fie
   if (!(height & 1)) return;
   convert(height - 1, field1, pairs);
   if (F == Form::kSplit) {
-    g_pMemProcRoot->pMem->TMP_MemCopy(RowAt(field2, pairs), RowAt(field1, pairs),
-                                      Mul32(dstBytes, width));
+    g_pMemProcRoot->pMem->TMP_MemCopy(field2.Row(pairs), field1.Row(pairs), Mul32(dstBytes, width));
   }
 }
 
