@@ -452,6 +452,11 @@ TEST(Descriptors, CheckTheUsedPlanesSilently) {
   EXPECT_EQ(General().TCS_ColorConvFrameEx(nullptr, &src, 0, z.w, z.h, 0), 0u);
   EXPECT_EQ(General().TCS_ColorConvFrameEx(&dst, &src, 4, z.w, z.h, 0), 0u);
   EXPECT_EQ(General().TCS_ColorConvFrameEx(&dst, &src, 0, z.w, 0, 0), 0u);
+  // The two fields of one call are in one format.
+  TCS_FrameDesc other = dst;
+  other.format = 4;
+  EXPECT_EQ(General().TCS_ColorConvSplitEx(&dst, &other, &src, 0, z.w, z.h, 0), 0u);
+  EXPECT_EQ(General().TCS_ColorConvComposeEx(&src, &dst, &other, 0, z.w, z.h, 0), 0u);
   EXPECT_TRUE(log.records().empty());
   EXPECT_EQ(io[0].Bytes(), before[0]);
   EXPECT_EQ(io[1].Bytes(), before[1]);
