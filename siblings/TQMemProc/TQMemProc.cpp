@@ -47,8 +47,8 @@ void SwapRow(uint8_t *dst, const uint8_t *src, int32_t count) {
   }
 }
 
-void SwapFrame(uint8_t *dst, int64_t dstPitch, const uint8_t *src, int64_t srcPitch,
-               int64_t width, int32_t height, uint8_t flip) {
+void SwapFrame(uint8_t *dst, int64_t dstPitch, const uint8_t *src, int64_t srcPitch, int64_t width,
+               int32_t height, uint8_t flip) {
   if (!dst || !src || width <= 0 || height <= 0) return;
   Orient(dst, dstPitch, height, flip);
   for (int32_t y = 0; y < height; ++y, dst += dstPitch, src += srcPitch)
@@ -99,7 +99,7 @@ void RGB32ToRGB24Row(uint8_t *dst, const uint8_t *src, int32_t count) {
   }
 }
 
-TMP_MemTable g_mem = {MemCopy,  {},           PlaneCopy, ExtractChannelRow, ExtractChannelPlane,
+TMP_MemTable g_mem = {MemCopy, {},        PlaneCopy, ExtractChannelRow, ExtractChannelPlane,
                       nullptr, SwapFrame, SwapRow};
 TMP_FillTable g_fill = {{}, PlaneFill};
 TMP_PixelTable g_pixel = {{}, ScaleYUV16, nullptr, Scale32, {}, RGB32ToRGB24Row, {}, ScaleRun};

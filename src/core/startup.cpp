@@ -53,8 +53,8 @@ bool BuildColorSpaceAPI() {
   // The guard is set before anything is filled.
   StaticTables &t = Tables();
   g_pColorSpaceAPI = &t.root;
-  t.root = {&t.general, &t.rgb32, &t.rgb24, &t.yuva, &t.yuv16, &t.yuv422, &t.yuv420, &t.yuv,
-            &t.kernel};
+  t.root = {&t.general, &t.rgb32,  &t.rgb24, &t.yuva,  &t.yuv16,
+            &t.yuv422,  &t.yuv420, &t.yuv,   &t.kernel};
 
   DeriveCoefficientTables();
   FillFixedKernelSlots(t.kernel);

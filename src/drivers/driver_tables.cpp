@@ -1,4 +1,5 @@
 #include "drivers/driver_tables.hpp"
+
 #include "video/general.hpp"
 
 namespace tqcs {

@@ -31,13 +31,12 @@ class ColorSpace {
   virtual void RGB_2_YUV_Matrix(uint8_t *dst, const uint8_t *src, const int16_t *coef,
                                 int32_t count) = 0;
   // 6, 7: 8-bit packed 4:2:2 to 16-bit planes (<< 8).
-  virtual void YUYV_2_YUV422_16(uint16_t *dstY, uint16_t *dstU, uint16_t *dstV,
-                                const uint8_t *src, int32_t count) = 0;
-  virtual void UYVY_2_YUV422_16(uint16_t *dstY, uint16_t *dstU, uint16_t *dstV,
-                                const uint8_t *src, int32_t count) = 0;
+  virtual void YUYV_2_YUV422_16(uint16_t *dstY, uint16_t *dstU, uint16_t *dstV, const uint8_t *src,
+                                int32_t count) = 0;
+  virtual void UYVY_2_YUV422_16(uint16_t *dstY, uint16_t *dstU, uint16_t *dstV, const uint8_t *src,
+                                int32_t count) = 0;
   // 8: each byte times a Q14 coefficient (coef[i % 8]), + 8192, >> 14, clamped.
-  virtual void Scale_Q14(uint8_t *dst, const uint8_t *src, const int16_t *coef,
-                         int32_t count) = 0;
+  virtual void Scale_Q14(uint8_t *dst, const uint8_t *src, const int16_t *coef, int32_t count) = 0;
   // 9, 10: 16-bit RGB (10 significant bits) to 16-bit packed 4:2:2.
   virtual void RGB48_2_YUYV16_Matrix(uint16_t *dst, const uint16_t *src, const int16_t *coefY,
                                      const int16_t *coefUV, int32_t count) = 0;
@@ -46,8 +45,8 @@ class ColorSpace {
   // 11, 12: two chroma rows (src, src + srcPitch) to one, (a + b + 1) >> 1.
   virtual void YUV422_2_YUV420_UV_Avg(uint8_t *dst, const uint8_t *src, int64_t srcPitch,
                                       int32_t count) = 0;
-  virtual void YUV422_16_2_YUV420_16_UV_Avg(uint16_t *dst, const uint16_t *src,
-                                            int64_t srcPitch, int32_t count) = 0;
+  virtual void YUV422_16_2_YUV420_16_UV_Avg(uint16_t *dst, const uint16_t *src, int64_t srcPitch,
+                                            int32_t count) = 0;
   // 13, 14: a new row between rows b and c of a, b, c, d (src + k * srcPitch):
   // (9(b + c) - a - d + 8) >> 4, clamped.
   virtual void UV_Interpolate_4Tap(uint8_t *dst, const uint8_t *src, int64_t srcPitch,
@@ -66,12 +65,10 @@ class ColorSpace {
   virtual void UYVY16_2_YUV420_16_Avg(uint16_t *dstY, int64_t dstYPitch, uint16_t *dstU,
                                       uint16_t *dstV, const uint16_t *src, int64_t srcPitch,
                                       int32_t count) = 0;
-  virtual void YUYV_2_YUV420_16(uint16_t *dstY, int64_t dstYPitch, uint16_t *dstU,
-                                uint16_t *dstV, const uint8_t *src, int64_t srcPitch,
-                                int32_t count) = 0;
-  virtual void UYVY_2_YUV420_16(uint16_t *dstY, int64_t dstYPitch, uint16_t *dstU,
-                                uint16_t *dstV, const uint8_t *src, int64_t srcPitch,
-                                int32_t count) = 0;
+  virtual void YUYV_2_YUV420_16(uint16_t *dstY, int64_t dstYPitch, uint16_t *dstU, uint16_t *dstV,
+                                const uint8_t *src, int64_t srcPitch, int32_t count) = 0;
+  virtual void UYVY_2_YUV420_16(uint16_t *dstY, int64_t dstYPitch, uint16_t *dstU, uint16_t *dstV,
+                                const uint8_t *src, int64_t srcPitch, int32_t count) = 0;
   virtual void YUYV16_2_YUV420(uint8_t *dstY, int64_t dstYPitch, uint8_t *dstU, uint8_t *dstV,
                                const uint16_t *src, int64_t srcPitch, int32_t count) = 0;
   virtual void UYVY16_2_YUV420(uint8_t *dstY, int64_t dstYPitch, uint8_t *dstU, uint8_t *dstV,

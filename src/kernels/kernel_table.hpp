@@ -2,10 +2,10 @@
 // tier, each stored only into slots that are still null.
 #pragma once
 
-#include "core/api.hpp"
-
 #include <cstdint>
 #include <span>
+
+#include "core/api.hpp"
 
 namespace tqcs {
 

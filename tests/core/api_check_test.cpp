@@ -13,8 +13,8 @@ void Dummy() {}
 struct SyntheticApi {
   StaticTables t{};
   SyntheticApi() {
-    t.root = {&t.general, &t.rgb32, &t.rgb24, &t.yuva, &t.yuv16, &t.yuv422, &t.yuv420, &t.yuv,
-              &t.kernel};
+    t.root = {&t.general, &t.rgb32,  &t.rgb24, &t.yuva,  &t.yuv16,
+              &t.yuv422,  &t.yuv420, &t.yuv,   &t.kernel};
     FillAll(t.general);
     FillAll(t.rgb32);
     FillAll(t.rgb24);

@@ -1,12 +1,12 @@
 // The coefficient tables: derived Q14 values against the published results,
 // lane patterns, the private SIMD vectors and the initialised tables.
+#include "core/coefficients.hpp"
+
 #include <TQColorSpace/TQColorSpace.h>
 #include <gtest/gtest.h>
 
 #include <array>
 #include <cmath>
-
-#include "core/coefficients.hpp"
 
 namespace tqcs {
 namespace {
@@ -102,8 +102,10 @@ TEST_F(Coefficients, PrivateVectorsCarryTheConstantLanes) {
       EXPECT_EQ(p.yu257[order][7], 257);
       EXPECT_EQ(p.yv257[order][7], 257);
     }
-  EXPECT_EQ(L(g_private[kHD].buRv), (Lanes{30402, 30402, 30402, 30402, 25800, 25800, 25800, 25800}));
-  EXPECT_EQ(L(g_private[kHD].guGv), (Lanes{-3069, -3069, -3069, -3069, -7671, -7671, -7671, -7671}));
+  EXPECT_EQ(L(g_private[kHD].buRv),
+            (Lanes{30402, 30402, 30402, 30402, 25800, 25800, 25800, 25800}));
+  EXPECT_EQ(L(g_private[kHD].guGv),
+            (Lanes{-3069, -3069, -3069, -3069, -7671, -7671, -7671, -7671}));
 }
 
 TEST_F(Coefficients, StandardConversionTablesKeepTheirPublishedSigns) {

@@ -1,5 +1,7 @@
 // Start-up: the tier fill rule, the kernel object per level, the entry point's
 // records and the build-once guard.
+#include "core/startup.hpp"
+
 #include <TQCPUBase.h>
 #include <TQColorSpace/TQColorSpace.h>
 #include <TQMemProc.h>
@@ -8,7 +10,6 @@
 #include <cstdlib>
 
 #include "core/api.hpp"
-#include "core/startup.hpp"
 #include "kernels/kernel_slots.hpp"
 #include "kernels/kernel_table.hpp"
 #include "support/log_capture.hpp"
@@ -134,11 +135,9 @@ TEST_F(StartupAtForcedLevel, EntryPointRecordsLoadAndUnload) {
   EXPECT_EQ(TCS_DllMain(nullptr, TCS_REASON_THREAD_ATTACH, nullptr), 1);
   EXPECT_EQ(TCS_DllMain(nullptr, TCS_REASON_THREAD_DETACH, nullptr), 1);
   EXPECT_EQ(TCS_DllMain(nullptr, TCS_REASON_PROCESS_DETACH, nullptr), 1);
-  const test::LogRecord load = complete
-                                   ? test::LogRecord{0, u"TQColorSpace", u"DllMain()", u"%s",
-                                                     u"DLL Loading Succeed"}
-                                   : test::LogRecord{3, u"TQColorSpace", u"DllMain()", u"%s",
-                                                     u"DLL Loading Failed"};
+  const test::LogRecord load =
+      complete ? test::LogRecord{0, u"TQColorSpace", u"DllMain()", u"%s", u"DLL Loading Succeed"}
+               : test::LogRecord{3, u"TQColorSpace", u"DllMain()", u"%s", u"DLL Loading Failed"};
   const test::LogRecord unload{0, u"TQColorSpace", u"DllMain()", u"%s", u"DLL Unloading Succeed"};
   EXPECT_EQ(log.records(), (std::vector<test::LogRecord>{load, unload}));
   // Detach tears nothing down.

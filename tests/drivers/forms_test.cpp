@@ -18,8 +18,12 @@ const Layout kP1 = [](int64_t w, int64_t h) { return std::vector<PlaneShape>{{w,
 const Layout kP3 = [](int64_t w, int64_t h) { return std::vector<PlaneShape>{{3 * w, h}}; };
 const Layout kP4 = [](int64_t w, int64_t h) { return std::vector<PlaneShape>{{4 * w, h}}; };
 // Packed 4:2:2 rows hold whole pairs.
-const Layout kYUV16 = [](int64_t w, int64_t h) { return std::vector<PlaneShape>{{4 * ((w + 1) / 2), h}}; };
-const Layout kP422 = [](int64_t w, int64_t h) { return std::vector<PlaneShape>{{w, h}, {w / 2, h}, {w / 2, h}}; };
+const Layout kYUV16 = [](int64_t w, int64_t h) {
+  return std::vector<PlaneShape>{{4 * ((w + 1) / 2), h}};
+};
+const Layout kP422 = [](int64_t w, int64_t h) {
+  return std::vector<PlaneShape>{{w, h}, {w / 2, h}, {w / 2, h}};
+};
 const Layout kP422x16 = [](int64_t w, int64_t h) {
   return std::vector<PlaneShape>{{2 * w, h}, {2 * (w / 2), h}, {2 * (w / 2), h}};
 };
@@ -29,9 +33,15 @@ const Layout kP420 = [](int64_t w, int64_t h) {
 const Layout kP420x16 = [](int64_t w, int64_t h) {
   return std::vector<PlaneShape>{{2 * w, h}, {2 * (w / 2), h / 2}, {2 * (w / 2), h / 2}};
 };
-const Layout kHSV = [](int64_t w, int64_t h) { return std::vector<PlaneShape>{{2 * w, h}, {w, h}, {w, h}}; };
-const Layout kUV422 = [](int64_t w, int64_t h) { return std::vector<PlaneShape>{{w / 2, h}, {w / 2, h}}; };
-const Layout kUV420 = [](int64_t w, int64_t h) { return std::vector<PlaneShape>{{w / 2, h / 2}, {w / 2, h / 2}}; };
+const Layout kHSV = [](int64_t w, int64_t h) {
+  return std::vector<PlaneShape>{{2 * w, h}, {w, h}, {w, h}};
+};
+const Layout kUV422 = [](int64_t w, int64_t h) {
+  return std::vector<PlaneShape>{{w / 2, h}, {w / 2, h}};
+};
+const Layout kUV420 = [](int64_t w, int64_t h) {
+  return std::vector<PlaneShape>{{w / 2, h / 2}, {w / 2, h / 2}};
+};
 
 enum class OddRow { kCopyToField2, kField1Only, kDrop };
 
@@ -142,7 +152,8 @@ TEST_P(Forms, SplitGivesTheFrameFormsRowsInTwoFields) {
       const int64_t rows = Rows(whole, p);
       for (int64_t y = 0; y + 1 < rows; y += 2) {
         EXPECT_EQ(f1.Row(p, y / 2), whole.Row(p, y)) << c.base << " h " << h << " row " << y;
-        EXPECT_EQ(f2.Row(p, y / 2), whole.Row(p, y + 1)) << c.base << " h " << h << " row " << y + 1;
+        EXPECT_EQ(f2.Row(p, y / 2), whole.Row(p, y + 1))
+            << c.base << " h " << h << " row " << y + 1;
       }
       if (!(rows & 1) || c.dst420 || c.src420) continue;
       const int64_t last = rows / 2;
@@ -151,8 +162,8 @@ TEST_P(Forms, SplitGivesTheFrameFormsRowsInTwoFields) {
       } else {
         EXPECT_EQ(f1.Row(p, last), whole.Row(p, rows - 1)) << c.base;
       }
-      EXPECT_EQ(f2.Row(p, last), c.odd == OddRow::kCopyToField2 ? whole.Row(p, rows - 1)
-                                                                  : untouched.Row(p, last))
+      EXPECT_EQ(f2.Row(p, last),
+                c.odd == OddRow::kCopyToField2 ? whole.Row(p, rows - 1) : untouched.Row(p, last))
           << c.base;
     }
   }
@@ -169,7 +180,8 @@ TEST_P(Forms, ComposeOfTheSourceFieldsGivesTheFrameForm) {
     for (size_t p = 0; p < a.size(); ++p)
       for (int64_t y = 0; y < Rows(src, p); ++y) {
         const auto row = src.Row(p, y);
-        std::copy(row.begin(), row.end(), ((y & 1) ? b : a)[p].p + (y / 2) * ((y & 1) ? b : a)[p].pitch);
+        std::copy(row.begin(), row.end(),
+                  ((y & 1) ? b : a)[p].p + (y / 2) * ((y & 1) ? b : a)[p].pitch);
       }
     Image dst(c.dst(w, h), 16);
     const Image blank = dst;
@@ -180,7 +192,8 @@ TEST_P(Forms, ComposeOfTheSourceFieldsGivesTheFrameForm) {
       const bool oddLuma = (h & 1) && !c.dst420 && c.odd == OddRow::kDrop;
       for (int64_t y = 0; y < rows; ++y) {
         const bool dropped = oddLuma && y == rows - 1;
-        EXPECT_EQ(dst.Row(p, y), dropped ? blank.Row(p, y) : whole.Row(p, y)) << c.base << " h " << h << " row " << y;
+        EXPECT_EQ(dst.Row(p, y), dropped ? blank.Row(p, y) : whole.Row(p, y))
+            << c.base << " h " << h << " row " << y;
       }
     }
   }
@@ -194,7 +207,8 @@ TEST_P(Forms, FlipMirrorsTheFrame) {
       for (size_t p = 0; p < up.planes(); ++p) {
         const int64_t rows = Rows(up, p);
         for (int64_t y = 0; y < rows; ++y)
-          EXPECT_EQ(down.Row(p, y), up.Row(p, rows - 1 - y)) << c.base << " w " << w << " row " << y;
+          EXPECT_EQ(down.Row(p, y), up.Row(p, rows - 1 - y))
+              << c.base << " w " << w << " row " << y;
       }
     }
   }

@@ -36,8 +36,8 @@ typedef struct TMP_MemTable {
   TMP_Fn reserved8;
   /* 9: packed 4:2:2 byte-order swap YUYV <-> UYVY over a frame; flip writes the
    * destination bottom-up */
-  void (*TMP_YUV16_Swap_Frame)(uint8_t *dst, int64_t dstPitch, const uint8_t *src,
-                               int64_t srcPitch, int64_t width, int32_t height, uint8_t flip);
+  void (*TMP_YUV16_Swap_Frame)(uint8_t *dst, int64_t dstPitch, const uint8_t *src, int64_t srcPitch,
+                               int64_t width, int32_t height, uint8_t flip);
   /* 10: the same over one row of `count` pixels */
   void (*TMP_YUV16_Swap_Row)(uint8_t *dst, const uint8_t *src, int32_t count);
 } TMP_MemTable;
@@ -56,8 +56,8 @@ typedef struct TMP_PixelTable {
   TMP_Fn reserved0[5];
   /* 5: packed 4:2:2 rows of `width` bytes; coefficients cycle every 4 bytes */
   void (*TMP_Scale_YUV16)(uint8_t *dst, int64_t dstPitch, const uint8_t *src, int64_t srcPitch,
-                          const int16_t *gain, const int16_t *offset, int32_t width,
-                          int32_t height, uint8_t flip);
+                          const int16_t *gain, const int16_t *offset, int32_t width, int32_t height,
+                          uint8_t flip);
   TMP_Fn reserved6;
   /* 7: 32-bit pixels, `width` pixels a row; one coefficient per byte position */
   void (*TMP_Scale_32)(uint8_t *dst, int64_t dstPitch, const uint8_t *src, int64_t srcPitch,
