@@ -8,39 +8,13 @@
 //  - YUVA 4:4:4 to 3- or 4-byte RGB.
 // Byte orders, sample layouts and the origin of alpha are small policy
 // structs; the arithmetic exists once per direction.
-#include <algorithm>
-#include <cstddef>
-#include <cstdint>
-
 #include "kernels/kernel_slots.hpp"
+#include "kernels/portable/pixels.hpp"
 
 namespace tqcs::portable {
 namespace {
 
-using Index = std::ptrdiff_t;
-
-inline uint8_t Clamp8(int32_t v) { return static_cast<uint8_t>(std::clamp(v, 0, 255)); }
-
-// Alpha of pixel i: a constant, or one byte per pixel at a fixed stride (a key
-// plane, or byte 3 of 4-byte source pixels).
-struct ConstAlpha {
-  uint8_t value;
-  uint8_t operator()(Index) const { return value; }
-};
-struct StridedAlpha {
-  const uint8_t *base;
-  Index stride;
-  Index offset;
-  uint8_t operator()(Index i) const { return base[i * stride + offset]; }
-};
-
 // ---------------------------------------------------------------- RGB -> YUV
-
-// Three weights applied to the first three bytes of a pixel, in memory order.
-struct Weights {
-  int32_t w0, w1, w2;
-  int32_t Dot(const uint8_t *s) const { return w0 * s[0] + w1 * s[1] + w2 * s[2]; }
-};
 
 // A matrix as the kernels apply it: a luma and two chroma weight triples and
 // the term added before the >> 14 (8192 to round, 0 to truncate). Chroma is
@@ -67,40 +41,6 @@ Matrix PairMatrix(const int16_t *r1, const int16_t *r2, const int16_t *r3) {
   return {{r1[0], r2[1], r1[1]}, {r3[0], r2[0], r3[1]}, {r3[2], r2[2], r3[3]}, 0};
 }
 
-// Packed 4:2:2 byte positions within a pair.
-struct YUYV {
-  static constexpr int kY0 = 0, kU = 1, kY1 = 2, kV = 3;
-};
-struct UYVY {
-  static constexpr int kU = 0, kY0 = 1, kV = 2, kY1 = 3;
-};
-
-template <class Order>
-struct PackedSink {
-  uint8_t *dst;
-  void Pair(Index p, uint8_t y0, uint8_t y1, uint8_t u, uint8_t v) const {
-    uint8_t *d = dst + 4 * p;
-    d[Order::kY0] = y0;
-    d[Order::kU] = u;
-    d[Order::kY1] = y1;
-    d[Order::kV] = v;
-  }
-  // An odd last pixel becomes a whole pair carrying its own Y twice.
-  void Tail(Index p, uint8_t y, uint8_t u, uint8_t v) const { Pair(p, y, y, u, v); }
-};
-
-struct PlanarSink {
-  uint8_t *dstY, *dstU, *dstV;
-  void Pair(Index p, uint8_t y0, uint8_t y1, uint8_t u, uint8_t v) const {
-    dstY[2 * p] = y0;
-    dstY[2 * p + 1] = y1;
-    dstU[p] = u;
-    dstV[p] = v;
-  }
-  // The chroma rows hold count / 2 samples: an odd last pixel has luma only.
-  void Tail(Index p, uint8_t y, uint8_t, uint8_t) const { dstY[2 * p] = y; }
-};
-
 template <int kSrcBytes, class Alpha>
 void RgbToYuva(uint8_t *dst, const uint8_t *src, int32_t count, const Matrix &m, Alpha alpha) {
   for (Index i = 0; i < count; ++i) {
@@ -115,44 +55,27 @@ void RgbToYuva(uint8_t *dst, const uint8_t *src, int32_t count, const Matrix &m,
 
 // Luma of every pixel; the chroma of each pair comes from its even pixel, the
 // odd pixel's is dropped.
-template <int kSrcBytes, class Sink>
-void RgbTo422(Sink sink, const uint8_t *src, int32_t count, const Matrix &m) {
-  if (count < 1) return;
-  const Index pairs = count / 2;
-  for (Index p = 0; p < pairs; ++p) {
-    const uint8_t *s = src + 2 * p * kSrcBytes;
-    sink.Pair(p, m.Y(s), m.Y(s + kSrcBytes), m.U(s), m.V(s));
-  }
-  if (count & 1) {
-    const uint8_t *s = src + 2 * pairs * kSrcBytes;
-    sink.Tail(pairs, m.Y(s), m.U(s), m.V(s));
-  }
+template <int kSrcBytes, class Writer>
+void RgbTo422(Writer dst, const uint8_t *src, int32_t count, const Matrix &m) {
+  PixelsTo422(
+      dst, count, [&](Index i) { return m.Y(src + i * kSrcBytes); },
+      [&](Index i) {
+        const uint8_t *s = src + i * kSrcBytes;
+        return Chroma{m.U(s), m.V(s)};
+      });
 }
 
 // Byte 3 of each 4-byte source pixel into a key plane, one byte per pixel.
 void ExtractKey(uint8_t *dstKey, const uint8_t *src, int32_t count) {
-  const StridedAlpha alpha{src, 4, 3};
+  const KeyAlpha<4, 3> alpha{src};
   for (Index i = 0; i < count; ++i) dstKey[i] = alpha(i);
 }
 
 // ---------------------------------------------------------------- YUV -> RGB
 
 // Element 0 of the four rows: R from V, G from U, G from V, B from U.
-struct RgbRows {
-  int32_t rv, gu, gv, bu;
-};
-RgbRows LoadRows(const int16_t *rv, const int16_t *gu, const int16_t *gv, const int16_t *bu) {
+ChromaWeights LoadRows(const int16_t *rv, const int16_t *gu, const int16_t *gv, const int16_t *bu) {
   return {rv[0], gu[0], gv[0], bu[0]};
-}
-
-// What each colour adds to Y for centred chroma u, v (or sums of two centred
-// samples with a shift one larger). `add` is 8192 to round, 0 to truncate.
-struct Deltas {
-  int32_t r, g, b;
-};
-Deltas ChromaDeltas(const RgbRows &k, int32_t u, int32_t v, int shift, int32_t add) {
-  return {(k.rv * v + add) >> shift, (k.gu * u + k.gv * v + add) >> shift,
-          (k.bu * u + add) >> shift};
 }
 
 template <int kBytesPerPixel, bool kBlueFirst>
@@ -174,43 +97,27 @@ void PutRgb(uint8_t *d, int32_t y, const Deltas &c, uint8_t alpha) {
   if constexpr (Layout::kBytes == 4) d[3] = alpha;
 }
 
-template <class Order>
-struct PackedSource {
-  const uint8_t *src;
-  int32_t Y0(Index p) const { return src[4 * p + Order::kY0]; }
-  int32_t Y1(Index p) const { return src[4 * p + Order::kY1]; }
-  int32_t U(Index p) const { return src[4 * p + Order::kU] - 128; }
-  int32_t V(Index p) const { return src[4 * p + Order::kV] - 128; }
-};
-
-struct PlanarSource {
-  const uint8_t *srcY, *srcU, *srcV;
-  int32_t Y0(Index p) const { return srcY[2 * p]; }
-  int32_t Y1(Index p) const { return srcY[2 * p + 1]; }
-  int32_t U(Index p) const { return srcU[p] - 128; }
-  int32_t V(Index p) const { return srcV[p] - 128; }
-};
-
 // count / 2 pairs; an odd last pixel has no chroma and is not written. The
 // even pixel takes its pair's chroma, truncating; the odd pixel the sum of its
 // pair's and the next pair's centred chroma with a shift of 15, also
 // truncating. The last pair has no next pair and repeats its own chroma.
-template <class Layout, class Source, class Alpha>
-void Yuv422ToRgb(uint8_t *dst, Source s, int32_t count, Alpha alpha, const RgbRows &k) {
+template <class Layout, class Reader, class Alpha>
+void Yuv422ToRgb(uint8_t *dst, Reader s, int32_t count, Alpha alpha, const ChromaWeights &k) {
   const Index pairs = count / 2;
   for (Index p = 0; p < pairs; ++p) {
-    const Index n = p + 1 < pairs ? p + 1 : p;
-    const int32_t u = s.U(p), v = s.V(p);
+    const Index n = NextOrLast(p, pairs);
+    const int32_t u = s.U(p) - 128, v = s.V(p) - 128;
+    const int32_t uSum = u + (s.U(n) - 128), vSum = v + (s.V(n) - 128);
     uint8_t *d = dst + 2 * p * Layout::kBytes;
     PutRgb<Layout>(d, s.Y0(p), ChromaDeltas(k, u, v, 14, 0), alpha(2 * p));
-    PutRgb<Layout>(d + Layout::kBytes, s.Y1(p), ChromaDeltas(k, u + s.U(n), v + s.V(n), 15, 0),
+    PutRgb<Layout>(d + Layout::kBytes, s.Y1(p), ChromaDeltas(k, uSum, vSum, 15, 0),
                    alpha(2 * p + 1));
   }
 }
 
 // 4:4:4 rounds; alpha is the source's own (unused for 3-byte output).
 template <class Layout>
-void YuvaToRgb(uint8_t *dst, const uint8_t *src, int32_t count, const RgbRows &k) {
+void YuvaToRgb(uint8_t *dst, const uint8_t *src, int32_t count, const ChromaWeights &k) {
   for (Index i = 0; i < count; ++i) {
     const uint8_t *s = src + 4 * i;
     PutRgb<Layout>(dst + i * Layout::kBytes, s[0],
@@ -226,7 +133,7 @@ namespace tqcs {
 
 // RGB -> YUV, rounding pattern.
 void portable::RGB32_2_YUVA_Row(uint8_t *dst, const uint8_t *src, int32_t count, TCS_R3) {
-  RgbToYuva<4>(dst, src, count, RoundedMatrix(r1, r2, r3), StridedAlpha{src, 4, 3});
+  RgbToYuva<4>(dst, src, count, RoundedMatrix(r1, r2, r3), KeyAlpha<4, 3>{src});
 }
 void portable::RGB24_2_YUVA_Row(uint8_t *dst, const uint8_t *src, int32_t count, uint8_t alpha,
                                 TCS_R3) {
@@ -234,117 +141,116 @@ void portable::RGB24_2_YUVA_Row(uint8_t *dst, const uint8_t *src, int32_t count,
 }
 void portable::RGB32_2_YUV422_Row(uint8_t *dstY, uint8_t *dstU, uint8_t *dstV, const uint8_t *src,
                                   int32_t count, TCS_R3) {
-  RgbTo422<4>(PlanarSink{dstY, dstU, dstV}, src, count, RoundedMatrix(r1, r2, r3));
+  RgbTo422<4>(PlanarWriter{dstY, dstU, dstV}, src, count, RoundedMatrix(r1, r2, r3));
 }
 void portable::RGB24_2_YUV422_Row(uint8_t *dstY, uint8_t *dstU, uint8_t *dstV, const uint8_t *src,
                                   int32_t count, TCS_R3) {
-  RgbTo422<3>(PlanarSink{dstY, dstU, dstV}, src, count, RoundedMatrix(r1, r2, r3));
+  RgbTo422<3>(PlanarWriter{dstY, dstU, dstV}, src, count, RoundedMatrix(r1, r2, r3));
 }
 void portable::RGB24_2_YUYV_Row(uint8_t *dst, const uint8_t *src, int32_t count, TCS_R3) {
-  RgbTo422<3>(PackedSink<YUYV>{dst}, src, count, RoundedMatrix(r1, r2, r3));
+  RgbTo422<3>(PackedWriter<YUYV>{dst}, src, count, RoundedMatrix(r1, r2, r3));
 }
 void portable::RGB24_2_UYVY_Row(uint8_t *dst, const uint8_t *src, int32_t count, TCS_R3) {
-  RgbTo422<3>(PackedSink<UYVY>{dst}, src, count, RoundedMatrix(r1, r2, r3));
+  RgbTo422<3>(PackedWriter<UYVY>{dst}, src, count, RoundedMatrix(r1, r2, r3));
 }
 void portable::RGB24_2_Gray_Row(uint8_t *dst, const uint8_t *src, const int16_t *coef,
                                 int32_t count) {
-  const Weights y{coef[2], coef[3], coef[4]};
-  for (Index i = 0; i < count; ++i) dst[i] = Clamp8((y.Dot(src + 3 * i) + 8192) >> 14);
+  LumaRow<3>(dst, src, coef, count);
 }
 
 // RGB32 -> packed 4:2:2, pair pattern, truncating.
 void portable::RGB32_2_YUYV_Row(uint8_t *dst, const uint8_t *src, int32_t count, TCS_R3) {
-  RgbTo422<4>(PackedSink<YUYV>{dst}, src, count, PairMatrix(r1, r2, r3));
+  RgbTo422<4>(PackedWriter<YUYV>{dst}, src, count, PairMatrix(r1, r2, r3));
 }
 void portable::RGB32_2_UYVY_Row(uint8_t *dst, const uint8_t *src, int32_t count, TCS_R3) {
-  RgbTo422<4>(PackedSink<UYVY>{dst}, src, count, PairMatrix(r1, r2, r3));
+  RgbTo422<4>(PackedWriter<UYVY>{dst}, src, count, PairMatrix(r1, r2, r3));
 }
 void portable::RGB32_2_YUYV_Key_Row(uint8_t *dst, uint8_t *dstKey, const uint8_t *src,
                                     int32_t count, TCS_R3) {
-  RgbTo422<4>(PackedSink<YUYV>{dst}, src, count, PairMatrix(r1, r2, r3));
+  RgbTo422<4>(PackedWriter<YUYV>{dst}, src, count, PairMatrix(r1, r2, r3));
   ExtractKey(dstKey, src, count);
 }
 void portable::RGB32_2_UYVY_Key_Row(uint8_t *dst, uint8_t *dstKey, const uint8_t *src,
                                     int32_t count, TCS_R3) {
-  RgbTo422<4>(PackedSink<UYVY>{dst}, src, count, PairMatrix(r1, r2, r3));
+  RgbTo422<4>(PackedWriter<UYVY>{dst}, src, count, PairMatrix(r1, r2, r3));
   ExtractKey(dstKey, src, count);
 }
 
 // Packed 4:2:2 -> RGB.
 void portable::YUYV_2_RGB32_Row(uint8_t *dst, const uint8_t *src, int32_t count, uint8_t alpha,
                                 TCS_T4) {
-  Yuv422ToRgb<RGB32>(dst, PackedSource<YUYV>{src}, count, ConstAlpha{alpha},
+  Yuv422ToRgb<RGB32>(dst, PackedReader<YUYV>{src}, count, ConstAlpha{alpha},
                      LoadRows(rv, gu, gv, bu));
 }
 void portable::YUYV_2_BGR32_Row(uint8_t *dst, const uint8_t *src, int32_t count, uint8_t alpha,
                                 TCS_T4) {
-  Yuv422ToRgb<BGR32>(dst, PackedSource<YUYV>{src}, count, ConstAlpha{alpha},
+  Yuv422ToRgb<BGR32>(dst, PackedReader<YUYV>{src}, count, ConstAlpha{alpha},
                      LoadRows(rv, gu, gv, bu));
 }
 void portable::UYVY_2_RGB32_Row(uint8_t *dst, const uint8_t *src, int32_t count, uint8_t alpha,
                                 TCS_T4) {
-  Yuv422ToRgb<RGB32>(dst, PackedSource<UYVY>{src}, count, ConstAlpha{alpha},
+  Yuv422ToRgb<RGB32>(dst, PackedReader<UYVY>{src}, count, ConstAlpha{alpha},
                      LoadRows(rv, gu, gv, bu));
 }
 void portable::UYVY_2_BGR32_Row(uint8_t *dst, const uint8_t *src, int32_t count, uint8_t alpha,
                                 TCS_T4) {
-  Yuv422ToRgb<BGR32>(dst, PackedSource<UYVY>{src}, count, ConstAlpha{alpha},
+  Yuv422ToRgb<BGR32>(dst, PackedReader<UYVY>{src}, count, ConstAlpha{alpha},
                      LoadRows(rv, gu, gv, bu));
 }
 void portable::YUYV_2_RGB24_Row(uint8_t *dst, const uint8_t *src, int32_t count, TCS_T4) {
-  Yuv422ToRgb<RGB24>(dst, PackedSource<YUYV>{src}, count, ConstAlpha{0}, LoadRows(rv, gu, gv, bu));
+  Yuv422ToRgb<RGB24>(dst, PackedReader<YUYV>{src}, count, ConstAlpha<uint8_t>{0},
+                     LoadRows(rv, gu, gv, bu));
 }
 void portable::YUYV_2_BGR24_Row(uint8_t *dst, const uint8_t *src, int32_t count, TCS_T4) {
-  Yuv422ToRgb<BGR24>(dst, PackedSource<YUYV>{src}, count, ConstAlpha{0}, LoadRows(rv, gu, gv, bu));
+  Yuv422ToRgb<BGR24>(dst, PackedReader<YUYV>{src}, count, ConstAlpha<uint8_t>{0},
+                     LoadRows(rv, gu, gv, bu));
 }
 void portable::UYVY_2_RGB24_Row(uint8_t *dst, const uint8_t *src, int32_t count, TCS_T4) {
-  Yuv422ToRgb<RGB24>(dst, PackedSource<UYVY>{src}, count, ConstAlpha{0}, LoadRows(rv, gu, gv, bu));
+  Yuv422ToRgb<RGB24>(dst, PackedReader<UYVY>{src}, count, ConstAlpha<uint8_t>{0},
+                     LoadRows(rv, gu, gv, bu));
 }
 void portable::UYVY_2_BGR24_Row(uint8_t *dst, const uint8_t *src, int32_t count, TCS_T4) {
-  Yuv422ToRgb<BGR24>(dst, PackedSource<UYVY>{src}, count, ConstAlpha{0}, LoadRows(rv, gu, gv, bu));
+  Yuv422ToRgb<BGR24>(dst, PackedReader<UYVY>{src}, count, ConstAlpha<uint8_t>{0},
+                     LoadRows(rv, gu, gv, bu));
 }
 
 // Packed 4:2:2 plus key plane -> RGB32 / BGR32, alpha from the key.
 void portable::YUYV_Key_2_RGB32_Row(uint8_t *dst, const uint8_t *src, const uint8_t *key,
                                     int32_t count, TCS_T4) {
-  Yuv422ToRgb<RGB32>(dst, PackedSource<YUYV>{src}, count, StridedAlpha{key, 1, 0},
-                     LoadRows(rv, gu, gv, bu));
+  Yuv422ToRgb<RGB32>(dst, PackedReader<YUYV>{src}, count, KeyAlpha{key}, LoadRows(rv, gu, gv, bu));
 }
 void portable::YUYV_Key_2_BGR32_Row(uint8_t *dst, const uint8_t *src, const uint8_t *key,
                                     int32_t count, TCS_T4) {
-  Yuv422ToRgb<BGR32>(dst, PackedSource<YUYV>{src}, count, StridedAlpha{key, 1, 0},
-                     LoadRows(rv, gu, gv, bu));
+  Yuv422ToRgb<BGR32>(dst, PackedReader<YUYV>{src}, count, KeyAlpha{key}, LoadRows(rv, gu, gv, bu));
 }
 void portable::UYVY_Key_2_RGB32_Row(uint8_t *dst, const uint8_t *src, const uint8_t *key,
                                     int32_t count, TCS_T4) {
-  Yuv422ToRgb<RGB32>(dst, PackedSource<UYVY>{src}, count, StridedAlpha{key, 1, 0},
-                     LoadRows(rv, gu, gv, bu));
+  Yuv422ToRgb<RGB32>(dst, PackedReader<UYVY>{src}, count, KeyAlpha{key}, LoadRows(rv, gu, gv, bu));
 }
 void portable::UYVY_Key_2_BGR32_Row(uint8_t *dst, const uint8_t *src, const uint8_t *key,
                                     int32_t count, TCS_T4) {
-  Yuv422ToRgb<BGR32>(dst, PackedSource<UYVY>{src}, count, StridedAlpha{key, 1, 0},
-                     LoadRows(rv, gu, gv, bu));
+  Yuv422ToRgb<BGR32>(dst, PackedReader<UYVY>{src}, count, KeyAlpha{key}, LoadRows(rv, gu, gv, bu));
 }
 
 // Planar 4:2:2 -> RGB.
 void portable::YUV422_2_RGB32_Row(uint8_t *dst, const uint8_t *srcY, const uint8_t *srcU,
                                   const uint8_t *srcV, int32_t count, uint8_t alpha, TCS_T4) {
-  Yuv422ToRgb<RGB32>(dst, PlanarSource{srcY, srcU, srcV}, count, ConstAlpha{alpha},
+  Yuv422ToRgb<RGB32>(dst, PlanarReader{srcY, srcU, srcV}, count, ConstAlpha{alpha},
                      LoadRows(rv, gu, gv, bu));
 }
 void portable::YUV422_2_BGR32_Row(uint8_t *dst, const uint8_t *srcY, const uint8_t *srcU,
                                   const uint8_t *srcV, int32_t count, uint8_t alpha, TCS_T4) {
-  Yuv422ToRgb<BGR32>(dst, PlanarSource{srcY, srcU, srcV}, count, ConstAlpha{alpha},
+  Yuv422ToRgb<BGR32>(dst, PlanarReader{srcY, srcU, srcV}, count, ConstAlpha{alpha},
                      LoadRows(rv, gu, gv, bu));
 }
 void portable::YUV422_2_RGB24_Row(uint8_t *dst, const uint8_t *srcY, const uint8_t *srcU,
                                   const uint8_t *srcV, int32_t count, TCS_T4) {
-  Yuv422ToRgb<RGB24>(dst, PlanarSource{srcY, srcU, srcV}, count, ConstAlpha{0},
+  Yuv422ToRgb<RGB24>(dst, PlanarReader{srcY, srcU, srcV}, count, ConstAlpha<uint8_t>{0},
                      LoadRows(rv, gu, gv, bu));
 }
 void portable::YUV422_2_BGR24_Row(uint8_t *dst, const uint8_t *srcY, const uint8_t *srcU,
                                   const uint8_t *srcV, int32_t count, TCS_T4) {
-  Yuv422ToRgb<BGR24>(dst, PlanarSource{srcY, srcU, srcV}, count, ConstAlpha{0},
+  Yuv422ToRgb<BGR24>(dst, PlanarReader{srcY, srcU, srcV}, count, ConstAlpha<uint8_t>{0},
                      LoadRows(rv, gu, gv, bu));
 }
 
