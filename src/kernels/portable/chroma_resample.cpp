@@ -1,34 +1,12 @@
 // Chroma resampling between 4:2:0 and 4:2:2: the two-row kernels (up and down,
 // 8-bit, 10-bit in 16-bit samples, and from packed 4:2:2 rows) and the
 // whole-plane routines that walk a frame or its fields with them.
-#include <cstring>
-#include <type_traits>
-
 #include "core/api.hpp"
 #include "kernels/kernel_slots.hpp"
+#include "kernels/portable/pixels.hpp"
 
 namespace tqcs::portable {
 namespace {
-
-// Samples go through memcpy: rows may start at any address.
-template <class T>
-T Load(const T *row, int64_t i) {
-  T v;
-  std::memcpy(&v, reinterpret_cast<const char *>(row) + i * int64_t{sizeof(T)}, sizeof v);
-  return v;
-}
-
-template <class T>
-void Store(T *row, int64_t i, T v) {
-  std::memcpy(reinterpret_cast<char *>(row) + i * int64_t{sizeof(T)}, &v, sizeof v);
-}
-
-// The row `bytes` away: pitches are byte offsets, for 16-bit samples too.
-template <class T>
-T *Step(T *row, int64_t bytes) {
-  using Byte = std::conditional_t<std::is_const_v<T>, const char, char>;
-  return reinterpret_cast<T *>(reinterpret_cast<Byte *>(row) + bytes);
-}
 
 // How a family sees its samples: In() is the value the weights apply to, Out()
 // stores a result.
@@ -120,36 +98,15 @@ void Downsample(typename P::Dst *dstU, typename P::Dst *dstV, const typename P::
   DownsamplePlane<P>(dstV, srcV, srcVPitch, width);
 }
 
-// Sample positions in a packed 4:2:2 pair.
-struct Yuyv {
-  static constexpr int kY0 = 0, kU = 1, kY1 = 2, kV = 3;
-};
-struct Uyvy {
-  static constexpr int kU = 0, kY0 = 1, kV = 2, kY1 = 3;
-};
-
 // Two packed 4:2:2 rows (src and src + srcPitch) to 4:2:0: both luma rows (to
 // dstY and dstY + dstYPitch) and one chroma row (3a + b + kRound) >> 2, a from
 // the first row. Every sample is shifted right by kDown first. count / 2 whole
 // pairs: an odd last pixel is not written.
-template <class Order, class Dst, class Src, int kDown, int kRound>
+template <class Order, int kDown, int kRound, class Dst, class Src>
 void PackedTo420(Dst *dstY, int64_t dstYPitch, Dst *dstU, Dst *dstV, const Src *src,
                  int64_t srcPitch, int32_t count) {
-  const Src *src2 = Step(src, srcPitch);
-  Dst *dstY2 = Step(dstY, dstYPitch);
-  auto get = [](const Src *row, int64_t i) { return static_cast<int>(Load(row, i) >> kDown); };
-  const int32_t pairs = count / 2;
-  for (int32_t k = 0; k < pairs; ++k) {
-    const int64_t q = 4 * int64_t{k};
-    Store(dstY, 2 * k, static_cast<Dst>(get(src, q + Order::kY0)));
-    Store(dstY, 2 * k + 1, static_cast<Dst>(get(src, q + Order::kY1)));
-    Store(dstY2, 2 * k, static_cast<Dst>(get(src2, q + Order::kY0)));
-    Store(dstY2, 2 * k + 1, static_cast<Dst>(get(src2, q + Order::kY1)));
-    const int u = (3 * get(src, q + Order::kU) + get(src2, q + Order::kU) + kRound) >> 2;
-    const int v = (3 * get(src, q + Order::kV) + get(src2, q + Order::kV) + kRound) >> 2;
-    Store(dstU, k, static_cast<Dst>(u));
-    Store(dstV, k, static_cast<Dst>(v));
-  }
+  RowsTo420<Weigh31<kDown, kRound>>(dstY, dstYPitch, dstU, dstV, PackedReader<Order, Src>{src},
+                                    PackedReader<Order, Src>{Step(src, srcPitch)}, count);
 }
 
 // ---------------------------------------------------------------------------
@@ -334,32 +291,32 @@ void YUV422_16_2_YUV420_16_UV_Row(uint16_t *dstU, uint16_t *dstV, const uint16_t
 // the 16-bit-source kernels do not (kept for compatibility).
 void YUYV_2_YUV420_UV_Row(uint8_t *dstY, int64_t dstYPitch, uint8_t *dstU, uint8_t *dstV,
                           const uint8_t *src, int64_t srcPitch, int32_t count) {
-  PackedTo420<Yuyv, uint8_t, uint8_t, 0, 2>(dstY, dstYPitch, dstU, dstV, src, srcPitch, count);
+  PackedTo420<YUYV, 0, 2>(dstY, dstYPitch, dstU, dstV, src, srcPitch, count);
 }
 
 void UYVY_2_YUV420_UV_Row(uint8_t *dstY, int64_t dstYPitch, uint8_t *dstU, uint8_t *dstV,
                           const uint8_t *src, int64_t srcPitch, int32_t count) {
-  PackedTo420<Uyvy, uint8_t, uint8_t, 0, 2>(dstY, dstYPitch, dstU, dstV, src, srcPitch, count);
+  PackedTo420<UYVY, 0, 2>(dstY, dstYPitch, dstU, dstV, src, srcPitch, count);
 }
 
 void YUYV16_2_YUV420_Row(uint8_t *dstY, int64_t dstYPitch, uint8_t *dstU, uint8_t *dstV,
                          const uint16_t *src, int64_t srcPitch, int32_t count) {
-  PackedTo420<Yuyv, uint8_t, uint16_t, 8, 0>(dstY, dstYPitch, dstU, dstV, src, srcPitch, count);
+  PackedTo420<YUYV, 8, 0>(dstY, dstYPitch, dstU, dstV, src, srcPitch, count);
 }
 
 void UYVY16_2_YUV420_Row(uint8_t *dstY, int64_t dstYPitch, uint8_t *dstU, uint8_t *dstV,
                          const uint16_t *src, int64_t srcPitch, int32_t count) {
-  PackedTo420<Uyvy, uint8_t, uint16_t, 8, 0>(dstY, dstYPitch, dstU, dstV, src, srcPitch, count);
+  PackedTo420<UYVY, 8, 0>(dstY, dstYPitch, dstU, dstV, src, srcPitch, count);
 }
 
 void UYVY16_2_YUV420_16_Row(uint16_t *dstY, int64_t dstYPitch, uint16_t *dstU, uint16_t *dstV,
                             const uint16_t *src, int64_t srcPitch, int32_t count) {
-  PackedTo420<Uyvy, uint16_t, uint16_t, 0, 0>(dstY, dstYPitch, dstU, dstV, src, srcPitch, count);
+  PackedTo420<UYVY, 0, 0>(dstY, dstYPitch, dstU, dstV, src, srcPitch, count);
 }
 
 void YUYV16_2_YUV420_16_Row(uint16_t *dstY, int64_t dstYPitch, uint16_t *dstU, uint16_t *dstV,
                             const uint16_t *src, int64_t srcPitch, int32_t count) {
-  PackedTo420<Yuyv, uint16_t, uint16_t, 0, 0>(dstY, dstYPitch, dstU, dstV, src, srcPitch, count);
+  PackedTo420<YUYV, 0, 0>(dstY, dstYPitch, dstU, dstV, src, srcPitch, count);
 }
 
 // Whole planes, through the live kernel table.

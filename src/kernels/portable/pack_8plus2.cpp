@@ -13,6 +13,7 @@
 #include <algorithm>
 
 #include "kernels/kernel_slots.hpp"
+#include "kernels/portable/pixels.hpp"
 
 namespace tqcs::portable {
 namespace {
@@ -63,12 +64,11 @@ int64_t Partner(int64_t k, int64_t samples) { return (k ^ 1) < samples ? (k ^ 1)
 }  // namespace
 
 void Split16To8Plus2_Row(uint8_t *dst, const uint16_t *src, int32_t count) {
-  PackBlocks(dst, count, [src](int64_t k) { return uint32_t{src[k]} >> 6; });
+  PackBlocks(dst, count, [src](int64_t k) { return uint32_t{Load(src, k)} >> 6; });
 }
 
 void Join8Plus2To16_Row(uint16_t *dst, const uint8_t *src, int32_t count) {
-  UnpackBlocks<true>(src, count,
-                     [dst](int64_t k, uint32_t v) { dst[k] = static_cast<uint16_t>(v << 6); });
+  UnpackBlocks<true>(src, count, [dst](int64_t k, uint32_t v) { Store(dst, k, v << 6); });
 }
 
 void Pack8To8Plus2_Row(uint8_t *dst, const uint8_t *src, int32_t count) {
@@ -98,19 +98,8 @@ void Unpack8Plus2To8_SwapPairs_Row(uint8_t *dst, const uint8_t *src, int32_t cou
 void YUV422_16_2_YUYV_8Plus2_Row(uint8_t *dst, const uint16_t *srcY, const uint16_t *srcU,
                                  const uint16_t *srcV, int32_t count) {
   const int64_t samples = count < 2 ? 0 : int64_t{count / 2} * 4;
-  PackBlocks(dst, samples, [srcY, srcU, srcV](int64_t k) {
-    const int64_t pair = k >> 2;
-    switch (k & 3) {
-      case 0:
-        return uint32_t{srcY[2 * pair]} >> 6;
-      case 1:
-        return uint32_t{srcU[pair]} >> 6;
-      case 2:
-        return uint32_t{srcY[2 * pair + 1]} >> 6;
-      default:
-        return uint32_t{srcV[pair]} >> 6;
-    }
-  });
+  const PlanarReader<uint16_t> src{srcY, srcU, srcV};
+  PackBlocks(dst, samples, [src](int64_t k) { return uint32_t{PairSample<YUYV>(src, k)} >> 6; });
 }
 
 }  // namespace tqcs::portable
