@@ -13,6 +13,7 @@
 
 #include "core/api.hpp"
 #include "support/buffers.hpp"
+#include "support/kernel_samples.hpp"
 
 namespace {
 
@@ -43,13 +44,10 @@ class Plane {
   uint8_t *Row(int64_t r) { return buf_.data() + r * stride_; }
   int64_t stride() const { return stride_; }
   uint32_t Get(int64_t r, int64_t i) const {
-    const uint8_t *p = buf_.data() + r * stride_ + i * bytes_;
-    return bytes_ == 1 ? p[0] : p[0] | p[1] << 8;
+    return tqcs::test::GetSample(buf_.data() + r * stride_, i, bytes_);
   }
   void Expect(int64_t r, int64_t i, uint32_t v) {
-    uint8_t *p = want_.data() + r * stride_ + i * bytes_;
-    p[0] = static_cast<uint8_t>(v);
-    if (bytes_ == 2) p[1] = static_cast<uint8_t>(v >> 8);
+    tqcs::test::PutSample(want_.data() + r * stride_, i, bytes_, v);
   }
   // Every byte as expected, canaries where nothing was to be written.
   bool Matches() const {
@@ -57,7 +55,8 @@ class Plane {
   }
 
  private:
-  int64_t bytes_, stride_;
+  int bytes_;
+  int64_t stride_;
   GuardedBuffer buf_;
   std::vector<uint8_t> want_;
 };

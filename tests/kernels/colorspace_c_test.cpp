@@ -12,6 +12,7 @@
 
 #include "kernels/colorspace.hpp"
 #include "support/buffers.hpp"
+#include "support/kernel_samples.hpp"
 
 namespace tqcs {
 namespace {
@@ -70,17 +71,8 @@ class Rows {
   GuardedBuffer buf_;
 };
 
-int Get16(const uint8_t *p, size_t i) {
-  uint16_t v;
-  std::memcpy(&v, p + 2 * i, 2);
-  return v;
-}
-void Put16(uint8_t *p, size_t i, int v) {
-  const uint16_t s = uint16_t(v);
-  std::memcpy(p + 2 * i, &s, 2);
-}
 std::vector<uint8_t> Bytes(const uint8_t *p, size_t n) { return {p, p + n}; }
-int Sample(const uint8_t *p, size_t i, int bytes) { return bytes == 1 ? p[i] : Get16(p, i); }
+int Sample(const uint8_t *p, size_t i, int bytes) { return int(test::GetSample(p, i, bytes)); }
 
 // Compares `want.size()` samples of `bytes` each; kKeep means "still canary".
 AssertionResult SamplesAre(const uint8_t *row, int bytes, const std::vector<int> &want) {
@@ -365,10 +357,11 @@ TEST_P(ColorSpaceOps, Rgb48ToPacked16KeepsTenBitsAndTheEvenPixelsChroma) {
       for (auto &[cy, cuv] : rows) {
         Rows src(1, 6 * n, false, s.offset, 0);
         src.Randomize(s.seed);
-        for (int c = 0; c < 3; ++c) Put16(src.row(), c, rng() & 63);  // black: only low bits
+        for (int c = 0; c < 3; ++c)
+          test::PutSample(src.row(), c, 2, rng() & 63);  // black: only low bits
         Rows dst(1, 8 * ((n + 1) / 2), false, s.offset, 64);
         (cs().*fn)(dst.as<uint16_t>(), src.as<uint16_t>(), cy, cuv, n);
-        auto comp = [&](int32_t i, int c) { return Get16(src.row(), 3 * i + c) >> 6; };
+        auto comp = [&](int32_t i, int c) { return Sample(src.row(), 3 * i + c, 2) >> 6; };
         auto dot = [&](const int16_t *w, int32_t i) {
           return (w[0] * comp(i, 0) + w[1] * comp(i, 1) + w[2] * comp(i, 2) + 8192) >> 14;
         };
@@ -380,8 +373,8 @@ TEST_P(ColorSpaceOps, Rgb48ToPacked16KeepsTenBitsAndTheEvenPixelsChroma) {
           want[2 * i + at.u] = Clamp(dot(cuv, i) + 512, 1023) << 6;
           want[2 * i + at.v] = Clamp(dot(cuv + 4, i) + 512, 1023) << 6;
         }
-        EXPECT_EQ(Get16(dst.row(), at.y0), 0);
-        EXPECT_EQ(Get16(dst.row(), at.u), cy == kY ? 0x8000 : want[at.u]);
+        EXPECT_EQ(Sample(dst.row(), at.y0, 2), 0);
+        EXPECT_EQ(Sample(dst.row(), at.u, 2), cy == kY ? 0x8000 : want[at.u]);
         EXPECT_TRUE(SamplesAre(dst.row(), 2, want));
         EXPECT_TRUE(dst.Intact());
       }
@@ -400,7 +393,7 @@ TEST_P(ColorSpaceOps, ChromaRowAverageRoundsUp) {
       src.Randomize(s.seed);
       const int top = bytes == 1 ? 255 : 65535;
       for (int k = 0; k < 2; ++k)  // the largest values must not overflow
-        bytes == 1 ? void(src.row(k)[0] = 255) : Put16(src.row(k), 0, top);
+        test::PutSample(src.row(k), 0, bytes, top);
       Rows dst(1, bytes * n, false, s.offset + 1, 64);
       if (bytes == 1)
         cs().YUV422_2_YUV420_UV_Avg(dst.row(), src.row(), src.pitch(), n);
@@ -424,9 +417,7 @@ TEST_P(ColorSpaceOps, FourTapInterpolationClampsBothWays) {
       const RowSetup s = For(n);
       Rows src(4, bytes * n, s.upward, s.offset, 0);
       src.Randomize(s.seed);
-      auto put = [&](int k, int i, int v) {
-        bytes == 1 ? void(src.row(k)[i] = uint8_t(v)) : Put16(src.row(k), i, v);
-      };
+      auto put = [&](int k, int i, int v) { test::PutSample(src.row(k), i, bytes, v); };
       // Sample 0 overshoots, sample 1 undershoots.
       put(0, 0, 0), put(1, 0, top), put(2, 0, top), put(3, 0, 0);
       if (n > 1) put(0, 1, top), put(1, 1, 0), put(2, 1, 0), put(3, 1, top);

@@ -6,17 +6,19 @@
 #include <algorithm>
 #include <climits>
 #include <cmath>
-#include <cstring>
 #include <random>
 #include <string>
 #include <tuple>
 #include <vector>
 
 #include "support/buffers.hpp"
+#include "support/kernel_samples.hpp"
 
 namespace {
 
+using tqcs::test::GetSample;
 using tqcs::test::GuardedBuffer;
+using tqcs::test::PutSample;
 using Table = TCS_KernelTable;
 using Samples = std::vector<uint32_t>;
 
@@ -33,20 +35,9 @@ constexpr uint8_t kFill = 0x5A;
 int RoundQ14(int64_t sum) { return static_cast<int>(std::floor((sum + 8192) / 16384.0)); }
 int Clamp(int v, int hi) { return std::min(std::max(v, 0), hi); }
 
-uint32_t Get(const uint8_t *p, size_t i, int bytes) {
-  if (bytes == 1) return p[i];
-  uint16_t v;
-  std::memcpy(&v, p + 2 * i, 2);
-  return v;
-}
-void Put(uint8_t *p, size_t i, int bytes, uint32_t v) {
-  if (bytes == 1) p[i] = static_cast<uint8_t>(v);
-  const uint16_t s = static_cast<uint16_t>(v);
-  if (bytes == 2) std::memcpy(p + 2 * i, &s, 2);
-}
 Samples Read(const GuardedBuffer &b, int bytes) {
   Samples out(b.size() / bytes);
-  for (size_t i = 0; i < out.size(); ++i) out[i] = Get(b.data(), i, bytes);
+  for (size_t i = 0; i < out.size(); ++i) out[i] = GetSample(b.data(), i, bytes);
   return out;
 }
 
@@ -176,7 +167,7 @@ class ToYuvTest : public KernelTest<ToYuv> {
     for (int32_t i = 0; i < n; ++i) {
       int c[3];
       for (int j = 0; j < 3; ++j)
-        c[j] = Get(src, i * k().inComps + j, k().inBytes) >> (k().inBytes == 2 ? 6 : 0);
+        c[j] = GetSample(src, i * k().inComps + j, k().inBytes) >> (k().inBytes == 2 ? 6 : 0);
       const auto dot = [&](const int16_t *w) { return w[0] * c[0] + w[1] * c[1] + w[2] * c[2]; };
       y[i] = Clamp(RoundQ14(dot(cy + 2)), max) << up;
       u[i] = Clamp(RoundQ14(dot(cuv)) + (max + 1) / 2, max) << up;
@@ -337,11 +328,12 @@ class ToRgbTest : public KernelTest<ToRgb> {
     Source y(r.y.size() * ib), u(r.u.size() * ib), v(r.v.size() * ib);
     Source packed(4 * r.u.size() * 2);
     const bool yuyv = k().in == In::kYUYV16;
-    for (size_t i = 0; i < r.y.size(); ++i) Put(y.data(), i, ib, r.y[i]);
+    for (size_t i = 0; i < r.y.size(); ++i) PutSample(y.data(), i, ib, r.y[i]);
     for (size_t p = 0; p < r.u.size(); ++p) {
-      Put(u.data(), p, ib, r.u[p]), Put(v.data(), p, ib, r.v[p]);
+      PutSample(u.data(), p, ib, r.u[p]), PutSample(v.data(), p, ib, r.v[p]);
       const uint32_t q[4] = {r.y[2 * p], r.u[p], r.y[2 * p + 1], r.v[p]};
-      for (int j = 0; j < 4 && !is411(); ++j) Put(packed.data(), 4 * p + j, 2, q[yuyv ? j : j ^ 1]);
+      for (int j = 0; j < 4 && !is411(); ++j)
+        PutSample(packed.data(), 4 * p + j, 2, q[yuyv ? j : j ^ 1]);
     }
     GuardedBuffer dst(4 * n * k().outBytes, 1);
     dst.Fill(kFill);
@@ -458,7 +450,9 @@ class RepackTest : public KernelTest<Repack> {
   Samples Reference(const uint8_t *src, const uint8_t *key, int32_t n) const {
     Samples out;
     for (int32_t i = 0; i < n; ++i) {
-      const auto in = [&](int c) { return Shift(Get(src, i * k().inComps + c, k().inBytes)); };
+      const auto in = [&](int c) {
+        return Shift(GetSample(src, i * k().inComps + c, k().inBytes));
+      };
       const uint32_t a = k().alpha >= 0 ? k().alpha : (k().inComps == 4 ? in(3) : Shift(key[i]));
       const Samples px = {in(k().swap ? 2 : 0), in(1), in(k().swap ? 0 : 2), a};
       out.insert(out.end(), px.begin(), px.begin() + k().outComps);
@@ -484,7 +478,7 @@ TEST_P(RepackTest, KnownPixel) {
   const uint32_t in[4] = {0x1234, 0x5678, 0x9ABC, 0xDEF0};
   Source src(4 * k().inBytes), key(1);
   for (int c = 0; c < 4; ++c)
-    Put(src.data(), c, k().inBytes, k().inBytes == 1 ? in[c] >> 8 : in[c]);
+    PutSample(src.data(), c, k().inBytes, k().inBytes == 1 ? in[c] >> 8 : in[c]);
   key.data()[0] = 0x7F;
   EXPECT_EQ(Run(src.data(), key.data(), 1), Samples(k().known, k().known + k().outComps));
 }
@@ -508,7 +502,7 @@ TEST_P(RepackInPlaceTest, MatchesReference) {
   const Samples want = Reference(src.data(), key.data(), n);
   k().run(table(), src.data(), src.data(), key.data(), n);
   Samples got(n * k().outComps);
-  for (size_t i = 0; i < got.size(); ++i) got[i] = Get(src.data(), i, k().outBytes);
+  for (size_t i = 0; i < got.size(); ++i) got[i] = GetSample(src.data(), i, k().outBytes);
   EXPECT_EQ(got, want);
 }
 

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "support/buffers.hpp"
+#include "support/kernel_samples.hpp"
 
 namespace {
 
@@ -105,11 +106,10 @@ const Case kCases[] = {
 };
 
 uint32_t Get(const GuardedBuffer &b, int bits, int64_t i) {
-  const uint8_t *p = b.data() + i * bits / 8;
-  return bits == 8 ? p[0] : p[0] | p[1] << 8;
+  return tqcs::test::GetSample(b.data(), i, bits / 8);
 }
 void Put(std::vector<uint8_t> &b, int bits, int64_t i, uint32_t v) {
-  for (int k = 0; k < bits / 8; ++k) b[i * bits / 8 + k] = static_cast<uint8_t>(v >> (8 * k));
+  tqcs::test::PutSample(b.data(), i, bits / 8, v);
 }
 
 // level, case, pixel count, source fill (-1 random)
