@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 namespace tqcs::test {
 
@@ -19,6 +20,16 @@ inline void PutSample(uint8_t *row, size_t i, int bytes, uint32_t v) {
   uint8_t *p = row + i * static_cast<size_t>(bytes);
   p[0] = static_cast<uint8_t>(v);
   if (bytes == 2) p[1] = static_cast<uint8_t>(v >> 8);
+}
+
+// The same on a row held in a vector, bounds checked (std::out_of_range).
+inline uint32_t GetSample(const std::vector<uint8_t> &row, size_t i, int bytes) {
+  static_cast<void>(row.at((i + 1) * static_cast<size_t>(bytes) - 1));
+  return GetSample(row.data(), i, bytes);
+}
+inline void PutSample(std::vector<uint8_t> &row, size_t i, int bytes, uint32_t v) {
+  static_cast<void>(row.at((i + 1) * static_cast<size_t>(bytes) - 1));
+  PutSample(row.data(), i, bytes, v);
 }
 
 }  // namespace tqcs::test
