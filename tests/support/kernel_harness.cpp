@@ -54,6 +54,10 @@ struct Destinations {
 ::testing::AssertionResult SameRows(const KernelCase &c, int32_t count, const Rows &got,
                                     const Rows &want) {
   for (size_t k = 0; k < want.size(); ++k)
+    if (got[k].size() != want[k].size())
+      return ::testing::AssertionFailure()
+             << c.name << ": the model sized destination " << k << " differently";
+  for (size_t k = 0; k < want.size(); ++k)
     for (size_t i = 0; i < want[k].size(); ++i)
       if (got[k][i] != want[k][i])
         return ::testing::AssertionFailure()
