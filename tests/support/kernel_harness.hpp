@@ -33,6 +33,7 @@ struct RowPtr {
   operator T *() const {
     return reinterpret_cast<T *>(p);
   }
+  RowPtr operator+(int64_t bytes) const { return {p + bytes}; }
 };
 struct ConstRowPtr {
   const uint8_t *p;
