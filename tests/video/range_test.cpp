@@ -4,26 +4,13 @@
 // RGB and alpha 0..255 <-> 16..235, chroma 0..255 <-> 16..240, rounded to
 // nearest and clamped); formats without scaling, silent refusals, and how
 // RGB24 frames are cut into runs.
-#include <TQColorSpace/TQColorSpace.h>
-#include <gtest/gtest.h>
+#include <utility>
 
-#include <vector>
-
-#include "core/startup.hpp"
-#include "support/buffers.hpp"
-#include "support/log_capture.hpp"
+#include "video/video_harness.hpp"
 
 namespace {
 
-using tqcs::test::GuardedBuffer;
-
-class Library : public ::testing::Environment {
- public:
-  void SetUp() override { ASSERT_EQ(TCS_DllMain(nullptr, TCS_REASON_PROCESS_ATTACH, nullptr), 1); }
-};
-[[maybe_unused]] const auto *const kLibrary = ::testing::AddGlobalTestEnvironment(new Library);
-
-const TCS_GeneralTable &General() { return *g_pColorSpaceAPI->pGeneral; }
+using namespace tqcs::video_test;
 
 constexpr uint8_t kInputs[6] = {0, 16, 128, 235, 240, 255};
 // Mapped values of kInputs: [expand][chroma].
@@ -41,35 +28,47 @@ const FormatClass kClasses[] = {{0, 4, "BGRA"}, {1, 4, "RGBA"}, {2, 4, "YCCA"}, 
                                 {4, 3, "RGBR"}, {6, 2, "YCYC"}, {7, 2, "CYCY"}};
 
 using Scale = decltype(TCS_GeneralTable::TCS_RangeCompressFrame);
+Scale Way(bool expand) {
+  return expand ? General().TCS_RangeExpandFrame : General().TCS_RangeCompressFrame;
+}
+
+// RGB24 rows go through TQMemProc's one-run routine, counted here: one run for
+// the whole frame when both pitches are exactly 3 x width and there is no
+// flip, else one a row.
+int g_runs = 0;
+void (*g_realRun)(uint8_t *, const uint8_t *, int16_t, int16_t, int32_t) = nullptr;
+void CountingRun(uint8_t *d, const uint8_t *s, int16_t g, int16_t o, int32_t bytes) {
+  ++g_runs;
+  g_realRun(d, s, g, o, bytes);
+}
 
 class RangeValues : public ::testing::TestWithParam<FormatClass> {};
 
 TEST_P(RangeValues, EveryValueAtEveryBytePositionBothWaysFlippedAndPadded) {
   const FormatClass c = GetParam();
-  const int32_t w = 6, h = 5;
-  const int32_t rowBytes = w * c.bytesPerPixel;
+  TMP_PixelTable pixel = *tqcs::g_pMemProcRoot->pPixel;
+  TMP_APIStu root = *tqcs::g_pMemProcRoot;
+  g_realRun = std::exchange(pixel.TMP_Scale_Run, &CountingRun);
+  root.pPixel = &pixel;
+  Scoped<TMP_APIStu *> counting(tqcs::g_pMemProcRoot, &root);
+  const int32_t w = 6, h = 5, rowBytes = w * c.bytesPerPixel;
+  auto input = [](int32_t y, int32_t b) { return (b / 4 + y + b) % 6; };
   for (bool expand : {false, true})
     for (uint8_t flip : {0, 1})
-      for (int32_t pad : {0, 5}) {
-        SCOPED_TRACE(::testing::Message()
-                     << "expand " << expand << " flip " << int{flip} << " pad " << pad);
-        const int64_t pitch = rowBytes + pad;
-        std::vector<uint8_t> src(pitch * h);
-        for (int32_t y = 0; y < h; ++y)
-          for (int32_t b = 0; b < rowBytes; ++b) src[y * pitch + b] = kInputs[(b / 4 + y + b) % 6];
-        GuardedBuffer dst(pitch * h, 1);
-        dst.Randomize(3);
-        std::vector<uint8_t> expected(dst.data(), dst.data() + dst.size());
+      for (auto [padD, padS] : {std::pair{0, 0}, {5, 5}, {1, 0}, {0, 3}}) {
+        SCOPED_TRACE(::testing::Message() << "expand " << expand << " flip " << int{flip}
+                                          << " pads " << padD << "/" << padS);
+        Picture src(rowBytes + padS, h, 1), dst(rowBytes + padD, h, 3), expected = dst;
         for (int32_t y = 0; y < h; ++y)
           for (int32_t b = 0; b < rowBytes; ++b) {
-            const int index = (b / 4 + y + b) % 6;
-            const bool chroma = c.layout[b % 4] == 'C';
-            expected[(flip ? h - 1 - y : y) * pitch + b] = kMapped[expand][chroma][index];
+            src.Row(y)[b] = kInputs[input(y, b)];
+            expected.Row(flip ? h - 1 - y : y)[b] =
+                kMapped[expand][c.layout[b % 4] == 'C'][input(y, b)];
           }
-        Scale scale = expand ? General().TCS_RangeExpandFrame : General().TCS_RangeCompressFrame;
-        scale(dst.data(), pitch, src.data(), pitch, c.code, w, h, flip);
-        EXPECT_EQ(std::vector<uint8_t>(dst.data(), dst.data() + dst.size()), expected);
-        EXPECT_TRUE(dst.CanariesIntact());
+        g_runs = 0;
+        Way(expand)(dst.mem.data(), dst.pitch, src.mem.data(), src.pitch, c.code, w, h, flip);
+        EXPECT_EQ(Bytes(dst.mem), Bytes(expected.mem));
+        EXPECT_EQ(g_runs, c.bytesPerPixel != 3 ? 0 : padD || padS || flip ? h : 1);
       }
 }
 
@@ -78,67 +77,27 @@ INSTANTIATE_TEST_SUITE_P(Classes, RangeValues, ::testing::ValuesIn(kClasses));
 // Nothing is done, and nothing logged, for formats without scaling and for
 // refused arguments.
 TEST(RangeRefusals, UnscaledFormatsAndRefusedArgumentsLeaveTheDestination) {
-  const int32_t w = 4, h = 3;
-  const std::vector<uint8_t> src = tqcs::test::RandomBytes(16 * h, 1);
   struct Case {
-    int32_t format;
-    int64_t dstPitch, srcPitch;
-    int32_t width, height;
-    bool nullDst, nullSrc;
+    int32_t format = 0;
+    int64_t dstPitch = 16, srcPitch = 16;  // the pitches are compared with the width
+    int32_t width = 4, height = 3;
+    bool nullDst = false, nullSrc = false;
   };
-  const Case cases[] = {{5, 16, 16, w, h, false, false},         {8, 16, 16, w, h, false, false},
-                        {9, 16, 16, w, h, false, false},         {10, 16, 16, w, h, false, false},
-                        {11, 16, 16, w, h, false, false},        {-1, 16, 16, w, h, false, false},
-                        {INT32_MAX, 16, 16, w, h, false, false}, {0, w - 1, 16, w, h, false, false},
-                        {0, 16, w - 1, w, h, false, false},      {0, 16, 16, 0, h, false, false},
-                        {0, 16, 16, w, 0, false, false},         {0, 16, 16, w, h, true, false},
-                        {0, 16, 16, w, h, false, true}};
-  tqcs::test::LogCapture log;
+  const Case cases[] = {{.format = 5},    {.format = 8},  {.format = 9},         {.format = 10},
+                        {.format = 11},   {.format = -1}, {.format = INT32_MAX}, {.dstPitch = 3},
+                        {.srcPitch = 3},  {.width = 0},   {.height = 0},         {.nullDst = true},
+                        {.nullSrc = true}};
+  Picture src(16, 3, 1);
+  LogCapture log;
   for (const Case &k : cases)
-    for (Scale scale : {General().TCS_RangeCompressFrame, General().TCS_RangeExpandFrame}) {
-      GuardedBuffer dst(16 * h);
-      dst.Randomize(2);
-      const std::vector<uint8_t> before(dst.data(), dst.data() + dst.size());
-      scale(k.nullDst ? nullptr : dst.data(), k.dstPitch, k.nullSrc ? nullptr : src.data(),
-            k.srcPitch, k.format, k.width, k.height, 0);
-      EXPECT_EQ(std::vector<uint8_t>(dst.data(), dst.data() + dst.size()), before)
+    for (bool expand : {false, true}) {
+      Picture dst(16, 3, 2), before = dst;
+      Way(expand)(k.nullDst ? nullptr : dst.mem.data(), k.dstPitch,
+                  k.nullSrc ? nullptr : src.mem.data(), k.srcPitch, k.format, k.width, k.height, 0);
+      EXPECT_EQ(Bytes(dst.mem), Bytes(before.mem))
           << "format " << k.format << " pitches " << k.dstPitch << "/" << k.srcPitch;
     }
   EXPECT_TRUE(log.records().empty());
-}
-
-// RGB24 frames go through the one-run routine: once for the whole frame when
-// both pitches are exactly 3 x width and there is no flip, else once a row.
-int g_runs = 0;
-void (*g_realRun)(uint8_t *, const uint8_t *, int16_t, int16_t, int32_t) = nullptr;
-void CountingRun(uint8_t *d, const uint8_t *s, int16_t g, int16_t o, int32_t bytes) {
-  ++g_runs;
-  g_realRun(d, s, g, o, bytes);
-}
-
-TEST(RangeRuns, OneRunForPackedUnflippedRGB24ElseOneARow) {
-  TMP_APIStu *real = tqcs::g_pMemProcRoot;
-  TMP_PixelTable pixel = *real->pPixel;
-  g_realRun = pixel.TMP_Scale_Run;
-  pixel.TMP_Scale_Run = &CountingRun;
-  TMP_APIStu counting = *real;
-  counting.pPixel = &pixel;
-  tqcs::g_pMemProcRoot = &counting;
-  const int32_t w = 5, h = 4;
-  const struct {
-    int64_t dstPitch, srcPitch;
-    uint8_t flip;
-    int runs;
-  } cases[] = {{15, 15, 0, 1}, {15, 15, 1, h}, {16, 15, 0, h}, {16, 16, 0, h}};
-  for (const auto &c : cases) {
-    std::vector<uint8_t> src(c.srcPitch * h, 235), dst(c.dstPitch * h, 0);
-    g_runs = 0;
-    General().TCS_RangeExpandFrame(dst.data(), c.dstPitch, src.data(), c.srcPitch, 4, w, h, c.flip);
-    EXPECT_EQ(g_runs, c.runs);
-    for (int32_t y = 0; y < h; ++y)
-      for (int32_t b = 0; b < 3 * w; ++b) ASSERT_EQ(dst[y * c.dstPitch + b], 255);
-  }
-  tqcs::g_pMemProcRoot = real;
 }
 
 }  // namespace
