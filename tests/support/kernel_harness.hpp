@@ -103,7 +103,7 @@ struct Pitched {
   size_t bytes;
   bool upward = false;
   size_t gap = 3;
-  size_t size() const { return rows * bytes + (rows - 1) * gap; }
+  size_t size() const { return rows > 0 ? rows * bytes + (rows - 1) * gap : 0; }
   size_t At(int r) const { return size_t(upward ? rows - 1 - r : r) * (bytes + gap); }
   int64_t pitch() const { return (upward ? -1 : 1) * int64_t(bytes + gap); }
 };
