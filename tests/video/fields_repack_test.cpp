@@ -30,10 +30,12 @@ struct Op {
   std::string name{};
   int inBytes = 0;
   std::vector<int> picks{};
-  bool keepsOdd =
-      true;           // an odd last frame row goes with row h / 2 of field 1 (of both in a split)
-  Caller forms[3]{};  // frame (none for the plain field operations), split, compose
-  std::u16string unit = u"TQVideoColorAPI", names[3]{};  // none: the form checks nothing itself
+  // An odd last frame row goes with row h / 2 of field 1 (of both in a split).
+  bool keepsOdd = true;
+  // Frame (none for the plain field operations), split and compose, and their
+  // log names (none: the form checks nothing itself).
+  Caller forms[3]{};
+  std::u16string unit = u"TQVideoColorAPI", names[3]{};
 };
 void PrintTo(const Op &op, std::ostream *os) { *os << op.name; }
 
