@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "core/startup.hpp"
@@ -50,14 +51,11 @@ inline test::LogRecord Invalid(std::u16string unit, std::u16string function) {
 
 // Gives a variable (a root pointer, a table) another value while alive.
 template <class T>
-class Scoped {
- public:
-  Scoped(T &variable, T value) : variable_(variable), saved_(variable) { variable = value; }
-  ~Scoped() { variable_ = saved_; }
-
- private:
-  T &variable_;
-  T saved_;
+struct Scoped {
+  Scoped(T &variable, T value) : variable(variable), saved(std::exchange(variable, value)) {}
+  ~Scoped() { variable = saved; }
+  T &variable;
+  T saved;
 };
 
 // The images of a call in argument order: frame (destination, source), split
