@@ -15,12 +15,9 @@
 
 namespace {
 
-using tqcs::test::KernelTableForLevel;
-using tqcs::test::KernelTestLevels;
-
 class FormatUtils : public ::testing::TestWithParam<uint32_t> {
  protected:
-  const TCS_KernelTable &table() const { return KernelTableForLevel(GetParam()); }
+  const TCS_KernelTable &table() const { return tqcs::test::KernelTableForLevel(GetParam()); }
 };
 
 int ExpectedBits(int32_t code) {
@@ -35,45 +32,42 @@ int ExpectedBits(int32_t code) {
   return 0;
 }
 
-// Every code from -20 to 1100 and the extremes; 11 has no size.
-TEST_P(FormatUtils, BitsPerPixel) {
+// Every code from -20 to 1100 and the extremes; 11 has no size. Classes: 0
+// none, 1 RGB, 2 packed 4:4:4, 3 packed 4:2:2, 4 planar 4:2:2, 5 planar 4:2:0,
+// 6 key plane, 7 a format of the descriptor conversions only; above 13 the
+// class follows from whether the code has a pixel size.
+TEST_P(FormatUtils, BitsPerPixelAndClass) {
   std::vector<int32_t> codes = {INT32_MIN, INT32_MIN + 1, -1024, INT32_MAX, INT32_MAX - 1};
   for (int32_t c = -20; c <= 1100; ++c) codes.push_back(c);
-  for (int32_t code : codes)
-    EXPECT_EQ(table().GetFormatBitsPerPixel(code), ExpectedBits(code)) << code;
-  EXPECT_EQ(table().GetFormatBitsPerPixel(11), 0);
-}
-
-// Classes: 0 none, 1 RGB, 2 packed 4:4:4, 3 packed 4:2:2, 4 planar 4:2:2,
-// 5 planar 4:2:0, 6 key plane, 7 a format of the descriptor conversions only.
-TEST_P(FormatUtils, FormatClass) {
   const int32_t byCode[14] = {1, 1, 2, 1, 1, 2, 3, 3, 4, 5, 6, 0, 7, 7};
-  for (int32_t code = 0; code < 14; ++code)
-    EXPECT_EQ(table().GetFormatClass(code), byCode[code]) << code;
-  for (int32_t code : {-1, -13, INT32_MIN}) EXPECT_EQ(table().GetFormatClass(code), 0) << code;
-  // Above 13 the class follows from whether the code has a pixel size.
-  for (int32_t code = 14; code <= 1100; ++code)
-    EXPECT_EQ(table().GetFormatClass(code), ExpectedBits(code) ? 7 : 0) << code;
-  EXPECT_EQ(table().GetFormatClass(INT32_MAX), 0);
+  for (int32_t code : codes) {
+    EXPECT_EQ(table().GetFormatBitsPerPixel(code), ExpectedBits(code)) << code;
+    const int32_t cls = code < 0 ? 0 : code < 14 ? byCode[code] : ExpectedBits(code) ? 7 : 0;
+    EXPECT_EQ(table().GetFormatClass(code), cls) << code;
+  }
 }
 
 TEST_P(FormatUtils, RGBCodesPassOrSwap) {
   std::mt19937 rng(11);
   for (int i = 0; i < 200; ++i) {
-    const uint32_t c = rng();
+    const uint32_t c = rng(), swapped = (c & 0xFF00FF00u) | (c & 0xFFu) << 16 | (c >> 16 & 0xFFu);
     for (int32_t m : {0, 1, 3}) {
-      EXPECT_EQ(table().ConvertColorValue(0, m, c), c);
-      EXPECT_EQ(table().ConvertColorValue(3, m, c), c);
-      EXPECT_EQ(table().ConvertColorValue(10, m, c), c);
-      const uint32_t swapped = (c & 0xFF00FF00u) | (c & 0xFFu) << 16 | (c >> 16 & 0xFFu);
-      EXPECT_EQ(table().ConvertColorValue(1, m, c), swapped);
-      EXPECT_EQ(table().ConvertColorValue(4, m, c), swapped);
+      for (int32_t code : {0, 3, 10}) EXPECT_EQ(table().ConvertColorValue(code, m, c), c);
+      for (int32_t code : {1, 4}) EXPECT_EQ(table().ConvertColorValue(code, m, c), swapped);
     }
   }
 }
 
-// Hand-worked colours, Y | U << 8 | V << 16 (codes 2, 5, 8, 9); the alpha
-// byte stays.
+// Y, U, V laid out for a code: 6 as U, Y, V and 7 as U, V, Y from bit 0, every
+// other code Y, U, V.
+uint32_t Layout(int32_t code, uint32_t y, uint32_t u, uint32_t v) {
+  if (code == 6) return u | y << 8 | v << 16;
+  if (code == 7) return u | v << 8 | y << 16;
+  return y | u << 8 | v << 16;
+}
+
+// Hand-worked colours (Y | U << 8 | V << 16), clamped at 255 where pure red
+// drives V past it and pure blue U; the alpha byte stays.
 TEST_P(FormatUtils, KnownColours) {
   struct Colour {
     int32_t matrix;
@@ -86,9 +80,10 @@ TEST_P(FormatUtils, KnownColours) {
       {0, 0x0000FF, 0xFF6336}, {0, 0x00FF00, 0x0C1EB6}, {0, 0xFF0000, 0x74FF12},
   };
   for (const Colour &c : colours)
-    for (int32_t code : {2, 5, 8, 9})
+    for (int32_t code : {2, 5, 6, 7, 8, 9})
       for (uint32_t top : {0x00000000u, 0xFF000000u, 0x5A000000u})
-        EXPECT_EQ(table().ConvertColorValue(code, c.matrix, top | c.rgb), top | c.yuv)
+        EXPECT_EQ(table().ConvertColorValue(code, c.matrix, top | c.rgb),
+                  top | Layout(code, c.yuv & 0xFF, c.yuv >> 8 & 0xFF, c.yuv >> 16))
             << std::hex << "rgb " << c.rgb << " code " << code << " matrix " << c.matrix;
 }
 
@@ -108,15 +103,14 @@ Yuv Model(uint32_t c, bool sd) {
 // Rounded and clamped; near a half the single-precision result may go either way.
 void ExpectByte(uint32_t actual, double model) {
   const double clamped = std::min(255.0, std::max(0.0, model));
-  const double frac = clamped - std::floor(clamped);
-  if (std::fabs(frac - 0.5) < 1e-3)
+  if (std::fabs(clamped - std::floor(clamped) - 0.5) < 1e-3)
     EXPECT_NEAR(static_cast<double>(actual), clamped, 0.5 + 1e-3);
   else
     EXPECT_EQ(actual, static_cast<uint32_t>(std::lround(clamped))) << model;
 }
 
 // Random colours against the model for every YUV code and matrix selector:
-// 1 picks SD, every other value HD. 6 lays out U, Y, V and 7 U, V, Y.
+// 1 picks SD, every other value HD.
 TEST_P(FormatUtils, RandomColoursFollowMatrix) {
   std::mt19937 rng(12);
   for (int i = 0; i < 500; ++i) {
@@ -128,28 +122,16 @@ TEST_P(FormatUtils, RandomColoursFollowMatrix) {
                                           << code << " matrix " << matrix);
         const uint32_t out = table().ConvertColorValue(code, matrix, c);
         EXPECT_EQ(out & 0xFF000000u, c & 0xFF000000u);
-        const uint32_t b0 = out & 0xFF, b1 = out >> 8 & 0xFF, b2 = out >> 16 & 0xFF;
-        if (code == 6) {
-          ExpectByte(b0, m.u), ExpectByte(b1, m.y), ExpectByte(b2, m.v);
-        } else if (code == 7) {
-          ExpectByte(b0, m.u), ExpectByte(b1, m.v), ExpectByte(b2, m.y);
-        } else {
-          ExpectByte(b0, m.y), ExpectByte(b1, m.u), ExpectByte(b2, m.v);
-        }
+        // Where Y, U and V sit in this code's layout.
+        const uint32_t ys = Layout(code, 1, 2, 3), at[3] = {ys & 0xFF, ys >> 8 & 0xFF, ys >> 16};
+        const double want[4] = {0, m.y, m.u, m.v};
+        for (int b = 0; b < 3; ++b) ExpectByte(out >> (8 * b) & 0xFF, want[at[b]]);
       }
     }
   }
 }
 
-// The packed layouts with components clamped at 255: pure red drives V past
-// it, pure blue U.
-TEST_P(FormatUtils, PackedOrdersOfSaturatedColours) {
-  EXPECT_EQ(table().ConvertColorValue(6, 1, 0x800000FFu), 0x80FF4C55u);  // U Y V
-  EXPECT_EQ(table().ConvertColorValue(7, 1, 0x800000FFu), 0x804CFF55u);  // U V Y
-  EXPECT_EQ(table().ConvertColorValue(6, 0, 0x00FF0000u), 0x007412FFu);
-  EXPECT_EQ(table().ConvertColorValue(7, 0, 0x00FF0000u), 0x001274FFu);
-}
-
-INSTANTIATE_TEST_SUITE_P(AllLevels, FormatUtils, ::testing::ValuesIn(KernelTestLevels()));
+INSTANTIATE_TEST_SUITE_P(AllLevels, FormatUtils,
+                         ::testing::ValuesIn(tqcs::test::KernelTestLevels()));
 
 }  // namespace
