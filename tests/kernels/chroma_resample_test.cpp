@@ -13,15 +13,8 @@
 
 namespace {
 
-using tqcs::test::Bytes;
-using tqcs::test::GetSample;
-using tqcs::test::KernelCase;
-using tqcs::test::Pitched;
-using tqcs::test::PutSample;
-using tqcs::test::Rows;
-using tqcs::test::Sizes;
+using namespace tqcs::test;
 using T = TCS_KernelTable;
-using Args = const tqcs::test::KernelArgs &;
 
 // The stated weightings: 8-bit values, and 10-bit values in bits 6-15.
 uint32_t W8(int wa, uint32_t a, int wb, uint32_t b) { return (wa * a + wb * b + 4) >> 3; }
@@ -183,12 +176,7 @@ std::vector<KernelCase> RowCases(const T &t) {
   return cases;
 }
 
-const std::vector<KernelCase> &AllRowCases() {
-  static const std::vector<KernelCase> cases = tqcs::test::OnEveryLevel(RowCases);
-  return cases;
-}
-
-TQCS_KERNEL_SUITE(ChromaRows, AllRowCases(), 1, 2, 3, 5, 6, 8, 16, 31, 33);
+TQCS_KERNEL_SUITE(ChromaRows, OnEveryLevel(RowCases), 1, 2, 3, 5, 6, 8, 16, 31, 33);
 
 // ---- whole planes ----------------------------------------------------------
 // The progressive up rule over chroma rows F(0..n-1): destination row j of 2n.
@@ -272,11 +260,6 @@ std::vector<KernelCase> FrameCases() {
   return cases;
 }
 
-const std::vector<KernelCase> &AllFrameCases() {
-  static const std::vector<KernelCase> cases = FrameCases();
-  return cases;
-}
-
-TQCS_KERNEL_SUITE(ChromaFrames, AllFrameCases(), 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 14, 18);
+TQCS_KERNEL_SUITE(ChromaFrames, FrameCases(), 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 14, 18);
 
 }  // namespace

@@ -14,16 +14,7 @@
 namespace tqcs {
 namespace {
 
-using test::Bytes;
-using test::GetSample;
-using test::KernelCase;
-using test::PerCount;
-using test::Pitched;
-using test::PutSample;
-using test::Rows;
-using test::Sizes;
-using Args = const test::KernelArgs &;
-using Model = std::function<void(Rows &, const Rows &, int32_t)>;
+using namespace test;
 
 long Clamp(long v, long hi) { return std::clamp<long>(v, 0, hi); }
 int Coef(const Bytes &row, size_t i) { return static_cast<int16_t>(GetSample(row, i, 2)); }
@@ -341,22 +332,19 @@ struct Object {
 };
 const Object kObjects[] = {{"C", ColorSpaceCInstance}, {"SSE2", ColorSpaceSSE2Instance}};
 
-const std::vector<KernelCase> &AllCases() {
-  static const std::vector<KernelCase> cases = [] {
-    std::vector<KernelCase> all;
-    for (const Object &o : kObjects)
-      for (auto list : {Cases(*o.get()), RowCases(*o.get(), false), RowCases(*o.get(), true)})
-        for (KernelCase &c : list) {
-          c.name += std::string("_") + o.name;
-          all.push_back(std::move(c));
-        }
-    return all;
-  }();
-  return cases;
-}
-
-TQCS_KERNEL_SUITE(ColorSpaceOps, AllCases(), 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 17, 18, 31,
-                  64, 101);
+TQCS_KERNEL_SUITE(
+    ColorSpaceOps,
+    [] {
+      std::vector<KernelCase> all;
+      for (const Object &o : kObjects)
+        for (auto list : {Cases(*o.get()), RowCases(*o.get(), false), RowCases(*o.get(), true)})
+          for (KernelCase &c : list) {
+            c.name += std::string("_") + o.name;
+            all.push_back(std::move(c));
+          }
+      return all;
+    }(),
+    1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 17, 18, 31, 64, 101);
 
 // Hand-worked values: V210 words one way and back; black gives luma 0 and
 // white through the SD row 255 (the weights sum to 1.0), weights past 1.0

@@ -13,15 +13,8 @@
 
 namespace {
 
-using tqcs::test::Bytes;
-using tqcs::test::GetSample;
-using tqcs::test::KernelCase;
-using tqcs::test::PerCount;
-using tqcs::test::PutSample;
-using tqcs::test::Rows;
-using tqcs::test::Sizes;
+using namespace tqcs::test;
 using Table = TCS_KernelTable;
-using Args = const tqcs::test::KernelArgs &;
 using Samples = std::vector<uint32_t>;
 
 // Published Q14 values: Yr Yg Yb Ur Ug Vg Vb Rv Gu Gv Bu for SD, HD, UHD.
@@ -126,30 +119,22 @@ KernelCase MakeToYuv(const Table &t, const ToYuv &s) {
       kCoefOffsets};
 }
 
-const std::vector<KernelCase> &ToYuvCases() {
-  static const std::vector<KernelCase> cases = tqcs::test::OnEveryLevel([](const Table &t) {
-    std::vector<KernelCase> c;
-    for (const ToYuv &s : kToYuv) c.push_back(MakeToYuv(t, s));
-    return c;
-  });
-  return cases;
-}
-
-TQCS_KERNEL_SUITE(DeepToYuv, ToYuvCases(), 1, 2, 3, 4, 5, 6, 7, 8, 9, 11, 16, 17, 31, 66);
+TQCS_KERNEL_SUITE(DeepToYuv, OnEveryLevel(kToYuv, MakeToYuv), 1, 2, 3, 4, 5, 6, 7, 8, 9, 11, 16, 17,
+                  31, 66);
 
 // The published rows: random pixels against the model; no luma offset, so
 // black gives Y 0 and white the top luma, chroma centred in every standard;
 // weights far past 1.0 saturate both ways.
 TEST(DeepToYuvRows, PublishedStandardsBlackWhiteAndSaturation) {
-  for (uint32_t level : tqcs::test::KernelTestLevels())
+  for (uint32_t level : KernelTestLevels())
     for (const ToYuv &s : kToYuv) {
-      const KernelCase c = MakeToYuv(tqcs::test::KernelTableForLevel(level), s);
+      const KernelCase c = MakeToYuv(KernelTableForLevel(level), s);
       const uint32_t top = s.inBytes == 1 ? 0xFF00 : 0xFFC0;
       const Bytes black(5 * s.inComps * s.inBytes, 0), white(black.size(), 0xFF);
       for (const int *q : kStd) {
         const Bytes cy = Coefs({q[1], q[2], q[0], q[1], q[2], q[0], q[1], q[2]}),
                     cuv = Coefs({q[3], q[4], 8192, 0, 8192, q[5], q[6], 0});
-        EXPECT_TRUE(MatchesModel(c, {cy, cuv, tqcs::test::RandomBytes(black.size() * 7, 9)}, 35));
+        EXPECT_TRUE(MatchesModel(c, {cy, cuv, RandomBytes(black.size() * 7, 9)}, 35));
         const Rows b = RunKernel(c, {cy, cuv, black}, 5), w = RunKernel(c, {cy, cuv, white}, 5);
         EXPECT_EQ(b, Arrange(s.out, Samples(5, 0), Samples(5, 0x8000), Samples(5, 0x8000)))
             << c.name;
@@ -262,24 +247,16 @@ KernelCase MakeToRgb(const Table &t, const ToRgb &s) {
       kCoefOffsets};
 }
 
-const std::vector<KernelCase> &ToRgbCases() {
-  static const std::vector<KernelCase> cases = tqcs::test::OnEveryLevel([](const Table &t) {
-    std::vector<KernelCase> c;
-    for (const ToRgb &s : kToRgb) c.push_back(MakeToRgb(t, s));
-    return c;
-  });
-  return cases;
-}
-
-TQCS_KERNEL_SUITE(DeepToRgb, ToRgbCases(), 1, 2, 3, 4, 5, 6, 7, 8, 9, 11, 16, 17, 31, 66);
+TQCS_KERNEL_SUITE(DeepToRgb, OnEveryLevel(kToRgb, MakeToRgb), 1, 2, 3, 4, 5, 6, 7, 8, 9, 11, 16, 17,
+                  31, 66);
 
 // Unit weights show the chroma each pixel uses: R = V and B = U when Y sits at
 // the centre. Values worked by hand from the interpolation rules. Then the SD
 // matrix at the extremes: R and B clamp at the top and at 0.
 TEST(DeepToRgbRows, ChromaInterpolationAndClampingByHand) {
-  for (uint32_t level : tqcs::test::KernelTestLevels())
+  for (uint32_t level : KernelTestLevels())
     for (const ToRgb &s : kToRgb) {
-      const KernelCase c = MakeToRgb(tqcs::test::KernelTableForLevel(level), s);
+      const KernelCase c = MakeToRgb(KernelTableForLevel(level), s);
       const bool q = s.in == In::kPlanar411;
       const int ib = q ? 1 : 2, up = q ? 0 : 6, max = q ? 255 : 1023, half = (max + 1) / 2;
       const auto scale = [&](uint32_t v) { return s.outBytes == 2 ? v << 6 : (q ? v : v >> 2); };
@@ -357,42 +334,33 @@ const Repack kRepacks[] = {
     TQCS_REPACK(RGB48_2_BGR64_Opaque_Row, 2, 3, 2, 4, 0, true, 0xFFA0),
 };
 
-const std::vector<KernelCase> &RepackCases() {
-  static const std::vector<KernelCase> cases = tqcs::test::OnEveryLevel([](const Table &t) {
-    std::vector<KernelCase> cases;
-    for (const Repack &r : kRepacks) {
-      KernelCase c = {
-          r.name, PerCount({size_t(r.inComps * r.inBytes), 1}),
-          PerCount({size_t(r.outComps * r.outBytes)}),
-          [&t, &r](Args a, int32_t n) { r.call(t, a, n); },
-          [&r](Rows &out, const Rows &in, int32_t n) {
-            const auto shift = [&](uint32_t v) {
-              return r.shift >= 0 ? v << r.shift : v >> -r.shift;
-            };
-            for (int32_t i = 0; i < n; ++i) {
-              const auto c = [&](int k) {
-                return shift(GetSample(in[0], i * r.inComps + k, r.inBytes));
-              };
-              const uint32_t a = r.alpha >= 0 ? r.alpha : r.inComps == 4 ? c(3) : shift(in[1][i]);
-              const uint32_t px[4] = {c(r.swap ? 2 : 0), c(1), c(r.swap ? 0 : 2), a};
-              for (int k = 0; k < r.outComps; ++k)
-                PutSample(out[0], i * r.outComps + k, r.outBytes, px[k]);
-            }
-          }};
-      // Levels 1 to 4 keep the empty stub in the expanding slot.
-      c.portableOnly = std::string(r.name) == "RGB24_2_RGB48_Expand_Row";
-      cases.push_back(std::move(c));
-    }
-    return cases;
-  });
-  return cases;
+// Levels 1 to 4 keep the empty stub in the expanding slot.
+KernelCase MakeRepack(const Table &t, const Repack &r) {
+  KernelCase c = {
+      r.name, PerCount({size_t(r.inComps * r.inBytes), 1}),
+      PerCount({size_t(r.outComps * r.outBytes)}), [&t, &r](Args a, int32_t n) { r.call(t, a, n); },
+      [&r](Rows &out, const Rows &in, int32_t n) {
+        const auto shift = [&](uint32_t v) { return r.shift >= 0 ? v << r.shift : v >> -r.shift; };
+        for (int32_t i = 0; i < n; ++i) {
+          const auto c = [&](int k) {
+            return shift(GetSample(in[0], i * r.inComps + k, r.inBytes));
+          };
+          const uint32_t a = r.alpha >= 0 ? r.alpha : r.inComps == 4 ? c(3) : shift(in[1][i]);
+          const uint32_t px[4] = {c(r.swap ? 2 : 0), c(1), c(r.swap ? 0 : 2), a};
+          for (int k = 0; k < r.outComps; ++k)
+            PutSample(out[0], i * r.outComps + k, r.outBytes, px[k]);
+        }
+      }};
+  c.portableOnly = std::string(r.name) == "RGB24_2_RGB48_Expand_Row";
+  return c;
 }
 
-TQCS_KERNEL_SUITE(DeepRepack, RepackCases(), 1, 2, 3, 4, 5, 6, 7, 8, 9, 11, 16, 17, 31, 66);
+TQCS_KERNEL_SUITE(DeepRepack, OnEveryLevel(kRepacks, MakeRepack), 1, 2, 3, 4, 5, 6, 7, 8, 9, 11, 16,
+                  17, 31, 66);
 
 // Same-size repacks work in place.
 TEST(DeepRepackInPlace, SameSizeRepacksReadEachPixelFirst) {
-  for (const KernelCase &c : RepackCases())
+  for (const KernelCase &c : DeepRepackCases())
     if (c.inSizes(1)[0] == c.outSizes(1)[0]) {
       EXPECT_TRUE(MatchesModelInPlace(c, 17, 9));
     }

@@ -11,15 +11,8 @@
 
 namespace {
 
-using tqcs::test::Bytes;
-using tqcs::test::GetSample;
-using tqcs::test::KernelCase;
-using tqcs::test::PerCount;
-using tqcs::test::PutSample;
-using tqcs::test::Rows;
-using tqcs::test::Sizes;
+using namespace tqcs::test;
 using Values = std::vector<uint32_t>;
-using Args = const tqcs::test::KernelArgs &;
 
 // Bytes of an 8+2 row of n values.
 size_t BlockedSize(int64_t n) { return size_t(n + n / 32 * 8 + (n % 32 + 3) / 4); }
@@ -118,21 +111,16 @@ std::vector<KernelCase> Cases(const TCS_KernelTable &t) {
   return cases;
 }
 
-const std::vector<KernelCase> &AllCases() {
-  static const std::vector<KernelCase> cases = tqcs::test::OnEveryLevel(Cases);
-  return cases;
-}
-
-TQCS_KERNEL_SUITE(Pack8Plus2Kernels, AllCases(), 1, 2, 3, 4, 5, 6, 7, 8, 9, 31, 32, 33, 34, 35, 36,
-                  37, 63, 64, 65, 100, 1001);
+TQCS_KERNEL_SUITE(Pack8Plus2Kernels, OnEveryLevel(Cases), 1, 2, 3, 4, 5, 6, 7, 8, 9, 31, 32, 33, 34,
+                  35, 36, 37, 63, 64, 65, 100, 1001);
 
 // Five values worked by hand: high bytes FF 00 55 AA 00, then the low parts
 // 3, 0, 1, 2 in byte 0 (1001 0011) and 1 in byte 1; and back.
 TEST(Pack8Plus2Blocks, HandSplitPartialBlock) {
   const uint16_t src[5] = {0x3FF << 6, 0x000 << 6 | 0x3F, 0x155 << 6, 0x2AA << 6, 0x001 << 6};
   const Bytes want = {0xFF, 0x00, 0x55, 0xAA, 0x00, 0x93, 0x01};
-  for (uint32_t level : tqcs::test::KernelTestLevels()) {
-    const TCS_KernelTable &t = tqcs::test::KernelTableForLevel(level);
+  for (uint32_t level : KernelTestLevels()) {
+    const TCS_KernelTable &t = KernelTableForLevel(level);
     Bytes got(7);
     uint16_t back[5];
     t.Split16To8Plus2_Row(got.data(), src, 5);

@@ -13,11 +13,8 @@
 
 namespace {
 
-using tqcs::test::KernelCase;
-using tqcs::test::Rows;
-using tqcs::test::Sizes;
+using namespace tqcs::test;
 using T = TCS_KernelTable;
-using Args = const tqcs::test::KernelArgs &;
 
 enum Layout { kPlanar, kYuyv, kUyvy, kPlane };
 
@@ -98,38 +95,27 @@ auto SizesOf(Layout l, int bytes, int perPixel, bool written) {
   };
 }
 
-std::vector<KernelCase> Cases(const T &t) {
-  std::vector<KernelCase> cases;
-  for (const Case &c : kCases)
-    cases.push_back({c.name, SizesOf(c.src, c.srcBytes, c.perPixel, false),
-                     SizesOf(c.dst, c.dstBytes, c.perPixel, true),
-                     [&t, &c](Args a, int32_t n) { c.call(t, a, n); },
-                     [&c](Rows &out, const Rows &in, int32_t n) {
-                       auto move = [&](int sp, int64_t si, int dp, int64_t di) {
-                         tqcs::test::PutSample(
-                             out[dp], di, c.dstBytes,
-                             c.conv(tqcs::test::GetSample(in[sp], si, c.srcBytes)));
-                       };
-                       if (c.src == kPlane) {
-                         for (int64_t i = 0; i < Extent(kPlane, 0, n, c.perPixel, true); ++i)
-                           move(0, i, 0, i);
-                         return;
-                       }
-                       for (int64_t k = 0; k < n / 2; ++k)
-                         for (int comp = 0; comp < 4; ++comp) {
-                           const auto [sp, si] = Where(c.src, comp, k);
-                           const auto [dp, di] = Where(c.dst, comp, k);
-                           move(sp, si, dp, di);
-                         }
-                     }});
-  return cases;
+KernelCase Make(const T &t, const Case &c) {
+  return {c.name, SizesOf(c.src, c.srcBytes, c.perPixel, false),
+          SizesOf(c.dst, c.dstBytes, c.perPixel, true),
+          [&t, &c](Args a, int32_t n) { c.call(t, a, n); },
+          [&c](Rows &out, const Rows &in, int32_t n) {
+            auto move = [&](int sp, int64_t si, int dp, int64_t di) {
+              PutSample(out[dp], di, c.dstBytes, c.conv(GetSample(in[sp], si, c.srcBytes)));
+            };
+            if (c.src == kPlane) {
+              for (int64_t i = 0; i < Extent(kPlane, 0, n, c.perPixel, true); ++i) move(0, i, 0, i);
+              return;
+            }
+            for (int64_t k = 0; k < n / 2; ++k)
+              for (int comp = 0; comp < 4; ++comp) {
+                const auto [sp, si] = Where(c.src, comp, k);
+                const auto [dp, di] = Where(c.dst, comp, k);
+                move(sp, si, dp, di);
+              }
+          }};
 }
 
-const std::vector<KernelCase> &AllCases() {
-  static const std::vector<KernelCase> cases = tqcs::test::OnEveryLevel(Cases);
-  return cases;
-}
-
-TQCS_KERNEL_SUITE(Planar16, AllCases(), 1, 2, 3, 8, 31);
+TQCS_KERNEL_SUITE(Planar16, OnEveryLevel(kCases, Make), 1, 2, 3, 8, 31);
 
 }  // namespace

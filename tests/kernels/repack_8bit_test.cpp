@@ -15,14 +15,8 @@
 
 namespace {
 
-using tqcs::test::Bytes;
-using tqcs::test::KernelArgs;
-using tqcs::test::KernelCase;
-using tqcs::test::PerCount;
-using tqcs::test::Rows;
-using tqcs::test::Sizes;
+using namespace tqcs::test;
 using Table = TCS_KernelTable;
-using Args = const KernelArgs &;
 
 constexpr uint8_t kAlpha = 0xA7;
 
@@ -102,16 +96,12 @@ std::vector<KernelCase> PairCases(const Table &t) {
                      },
                      [lay](Rows &out, const Rows &in, int32_t n) {
                        ToYUVA(out[0], Unpack(in[0], lay, n / 2), n / 2, 0, &in[1]);
-                     },
-                     1,
-                     {},
-                     {},
-                     !yuyv});
+                     }});
+    cases.back().portableOnly = !yuyv;
     // YUVA -> packed: even pixel's chroma; a lone last pixel is a pair with
     // its own luma twice. The key forms also write every alpha to the plane.
-    for (bool key : {false, true})
-      cases.push_back({"YUVA_2_" + L + (key ? "_Key" : ""),
-                       PerCount({4}),
+    for (bool key : {false, true}) {
+      cases.push_back({"YUVA_2_" + L + (key ? "_Key" : ""), PerCount({4}),
                        [key](int32_t n) {
                          Sizes s = PackedOut(n);
                          if (key) s.push_back(size_t(n));
@@ -131,11 +121,9 @@ std::vector<KernelCase> PairCases(const Table &t) {
                            PutPair(out[0], p, lay, s[e], s[e + 1], s[o], s[e + 2]);
                          }
                          for (size_t i = 0; key && i < size_t(n); ++i) out[1][i] = s[4 * i + 3];
-                       },
-                       1,
-                       {},
-                       {},
-                       key && !yuyv});
+                       }});
+      cases.back().portableOnly = key && !yuyv;
+    }
     // Planar <-> packed: whole pairs only.
     cases.push_back({"YUV422_2_" + L, Planar422, PackedOut,
                      [&t, yuyv](Args a, int32_t n) {
@@ -289,7 +277,7 @@ std::vector<KernelCase> PlaneCases(const Table &t) {
                          const uint8_t *p = &in[0][3 * i];
                          uint16_t h;
                          HSV(p[bgr ? 2 : 0], p[1], p[bgr ? 0 : 2], h, out[1][i], out[2][i]);
-                         tqcs::test::PutSample(out[0], i, 2, h);
+                         PutSample(out[0], i, 2, h);
                        }
                      },
                      1,
@@ -312,23 +300,19 @@ std::vector<KernelCase> PlaneCases(const Table &t) {
   return cases;
 }
 
-const std::vector<KernelCase> &AllCases() {
-  static const std::vector<KernelCase> cases = tqcs::test::OnEveryLevel([](const Table &t) {
-    std::vector<KernelCase> all;
-    for (auto family : {PairCases, RGBCases, PlaneCases})
-      for (KernelCase &c : family(t)) all.push_back(std::move(c));
-    return all;
-  });
-  return cases;
-}
-
 // Odd and even counts, single pairs, lone tails, rows longer than any block.
-TQCS_KERNEL_SUITE(Repack8Bit, AllCases(), 1, 2, 3, 4, 5, 6, 7, 8, 9, 15, 16, 17, 31, 32, 33, 63, 64,
-                  65, 130, 1001);
+TQCS_KERNEL_SUITE(Repack8Bit, OnEveryLevel([](const Table &t) {
+                    std::vector<KernelCase> all = PairCases(t), rgb = RGBCases(t),
+                                            planes = PlaneCases(t);
+                    all.insert(all.end(), rgb.begin(), rgb.end());
+                    all.insert(all.end(), planes.begin(), planes.end());
+                    return all;
+                  }),
+                  1, 2, 3, 4, 5, 6, 7, 8, 9, 15, 16, 17, 31, 32, 33, 63, 64, 65, 130, 1001);
 
 // The swaps may run in place: each pixel is read before it is written.
 TEST(Repack8BitInPlace, SwapsReadEachPixelBeforeWritingIt) {
-  for (const KernelCase &c : AllCases())
+  for (const KernelCase &c : Repack8BitCases())
     if (c.name.find("SwapRB") != std::string::npos) {
       EXPECT_TRUE(MatchesModelInPlace(c, 37, 5));
     }
@@ -343,13 +327,13 @@ TEST(Repack8BitHSV, KnownColours) {
       {0, 255, 255, 180, 255, 255}, {255, 0, 255, 300, 255, 255},  {255, 0, 1, 0, 255, 255},
       {255, 128, 0, 30, 255, 255},  {100, 50, 200, 260, 191, 200}, {10, 200, 100, 148, 242, 200},
       {200, 10, 100, 332, 242, 200}};
-  for (uint32_t level : tqcs::test::KernelTestLevels())
+  for (uint32_t level : KernelTestLevels())
     for (bool bgr : {false, true})
       for (const auto &p : px) {
         const uint8_t src[3] = {uint8_t(p[bgr ? 2 : 0]), uint8_t(p[1]), uint8_t(p[bgr ? 0 : 2])};
         uint16_t h;
         uint8_t s, v;
-        const Table &t = tqcs::test::KernelTableForLevel(level);
+        const Table &t = KernelTableForLevel(level);
         (bgr ? t.BGR24_2_HSV_Row : t.RGB24_2_HSV_Row)(&h, &s, &v, src, 1);
         EXPECT_EQ(std::vector<int>({h, s, v}), std::vector<int>({p[3], p[4], p[5]}))
             << p[0] << "," << p[1] << "," << p[2] << (bgr ? " BGR" : " RGB") << " level " << level;

@@ -15,12 +15,8 @@
 
 namespace {
 
-using tqcs::test::Bytes;
-using tqcs::test::KernelCase;
-using tqcs::test::Rows;
-using tqcs::test::Sizes;
+using namespace tqcs::test;
 using Table = TCS_KernelTable;
-using Args = const tqcs::test::KernelArgs &;
 using CoefRows = std::array<const int16_t *, 4>;
 
 uint8_t Clamp(int v) { return static_cast<uint8_t>(std::clamp(v, 0, 255)); }
@@ -140,30 +136,28 @@ KernelCase MakeToYuv(const Table &t, const ToYuvSlot &s, const Standard &k, bool
           }};
 }
 
-const std::vector<KernelCase> &ToYuvCases() {
-  static const std::vector<KernelCase> cases = tqcs::test::OnEveryLevel([](const Table &t) {
-    tqcs::DeriveCoefficientTables();
-    std::vector<KernelCase> c;
-    for (const ToYuvSlot &s : kToYuv)
-      for (const Standard &k : kStandards)
-        for (bool blueFirst : {false, true}) c.push_back(MakeToYuv(t, s, k, blueFirst));
-    return c;
-  });
-  return cases;
-}
-
-TQCS_KERNEL_SUITE(RgbToYuv8, ToYuvCases(), 1, 2, 3, 4, 5, 7, 8, 31, 64);
+TQCS_KERNEL_SUITE(RgbToYuv8, OnEveryLevel([](const Table &t) {
+                    tqcs::DeriveCoefficientTables();
+                    std::vector<KernelCase> c;
+                    for (const ToYuvSlot &s : kToYuv)
+                      for (const Standard &k : kStandards)
+                        for (bool blueFirst : {false, true})
+                          c.push_back(MakeToYuv(t, s, k, blueFirst));
+                    return c;
+                  }),
+                  1, 2, 3, 4, 5, 7, 8, 31, 64);
 
 // Pixel pairs of black, white, grey, red and blue, then an odd white tail.
 // Greys give Y = grey, U = V = 128 (no luma offset); full red reaches V = 255
 // and full blue U = 255 (clamped from 256 where the kernel rounds).
 TEST(RgbToYuv8Rows, KnownColours) {
+  tqcs::DeriveCoefficientTables();
   const int colours[][3] = {{0, 0, 0}, {255, 255, 255}, {77, 77, 77}, {255, 0, 0}, {0, 0, 255}};
-  for (uint32_t level : tqcs::test::KernelTestLevels())
+  for (uint32_t level : KernelTestLevels())
     for (const ToYuvSlot &s : kToYuv)
       for (const Standard &k : kStandards)
         for (bool blueFirst : {false, true}) {
-          const KernelCase c = MakeToYuv(tqcs::test::KernelTableForLevel(level), s, k, blueFirst);
+          const KernelCase c = MakeToYuv(KernelTableForLevel(level), s, k, blueFirst);
           Bytes src;
           for (int i = 0; i < 11; ++i) {
             const int *rgb = colours[i < 10 ? i / 2 : 1];
@@ -267,18 +261,14 @@ KernelCase MakeToRgb(const Table &t, const ToRgbSlot &s, const Standard &k) {
           full ? 1 : 2};
 }
 
-const std::vector<KernelCase> &ToRgbCases() {
-  static const std::vector<KernelCase> cases = tqcs::test::OnEveryLevel([](const Table &t) {
-    tqcs::DeriveCoefficientTables();
-    std::vector<KernelCase> c;
-    for (const ToRgbSlot &s : kToRgb)
-      for (const Standard &k : kStandards) c.push_back(MakeToRgb(t, s, k));
-    return c;
-  });
-  return cases;
-}
-
-TQCS_KERNEL_SUITE(YuvToRgb8, ToRgbCases(), 1, 2, 3, 4, 5, 7, 8, 31, 64);
+TQCS_KERNEL_SUITE(YuvToRgb8, OnEveryLevel([](const Table &t) {
+                    tqcs::DeriveCoefficientTables();
+                    std::vector<KernelCase> c;
+                    for (const ToRgbSlot &s : kToRgb)
+                      for (const Standard &k : kStandards) c.push_back(MakeToRgb(t, s, k));
+                    return c;
+                  }),
+                  1, 2, 3, 4, 5, 7, 8, 31, 64);
 
 // Neutral chroma gives R = G = B = Y everywhere. Even pixels see only their
 // own chroma and clamp at both ends: Y 255, U = V = 255 gives R = B = 255;
@@ -286,16 +276,17 @@ TQCS_KERNEL_SUITE(YuvToRgb8, ToRgbCases(), 1, 2, 3, 4, 5, 7, 8, 31, 64);
 // the last pair sees only its own pair's chroma: it comes out as in a row
 // holding that pair alone.
 TEST(YuvToRgb8Rows, NeutralChromaClampingAndLastPair) {
-  for (uint32_t level : tqcs::test::KernelTestLevels())
+  tqcs::DeriveCoefficientTables();
+  for (uint32_t level : KernelTestLevels())
     for (const ToRgbSlot &s : kToRgb)
       for (const Standard &k : kStandards) {
-        const KernelCase c = MakeToRgb(tqcs::test::KernelTableForLevel(level), s, k);
+        const KernelCase c = MakeToRgb(KernelTableForLevel(level), s, k);
         const bool full = s.in == In::kYuva;
         const size_t bytes = size_t(s.dstBytes), step = full ? 1 : 2;
         // Random sources whose pixel i has the Y, U, V of entry i / step.
         const auto rows = [&](const std::vector<std::array<uint8_t, 3>> &e) {
           const int32_t n = int32_t(e.size() * step);
-          Rows src = tqcs::test::RandomSources(c, n, 77);
+          Rows src = RandomSources(c, n, 77);
           for (int32_t i = 0; i < n; ++i) {
             const auto &[y, u, v] = e[i / step];
             const size_t p = 4 * size_t(i / 2), yAt = s.in == In::kUyvy;
@@ -321,8 +312,8 @@ TEST(YuvToRgb8Rows, NeutralChromaClampingAndLastPair) {
           EXPECT_TRUE(i < 2 ? px[0] == want && px[2] == want : px[1] == want) << c.name << " " << i;
         }
         if (full) continue;
-        const Rows two = tqcs::test::RandomSources(c, 4, 99);
-        Rows last = tqcs::test::RandomSources(c, 2, 98);
+        const Rows two = RandomSources(c, 4, 99);
+        Rows last = RandomSources(c, 2, 98);
         for (size_t r = 0; r < last.size(); ++r)
           std::copy(two[r].end() - last[r].size(), two[r].end(), last[r].begin());
         const Bytes a = RunKernel(c, two, 4)[0], b = RunKernel(c, last, 2)[0];

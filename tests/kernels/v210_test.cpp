@@ -14,13 +14,7 @@
 
 namespace {
 
-using tqcs::test::Bytes;
-using tqcs::test::GetSample;
-using tqcs::test::KernelCase;
-using tqcs::test::PutSample;
-using tqcs::test::Rows;
-using tqcs::test::Sizes;
-using Args = const tqcs::test::KernelArgs &;
+using namespace tqcs::test;
 
 // Component kinds of a group: Y by pixel, U and V by pair.
 enum Kind { kY, kU, kV };
@@ -78,46 +72,38 @@ const V210Slot kSlots[] = {
 uint32_t To10(uint32_t s, int bytes) { return bytes == 2 ? s >> 6 : s << 2; }
 uint32_t From10(uint32_t v, int bytes) { return bytes == 2 ? v << 6 : v >> 2; }
 
-std::vector<KernelCase> Cases(const TCS_KernelTable &t) {
-  std::vector<KernelCase> cases;
-  for (const V210Slot &s : kSlots) {
-    const std::function<Sizes(int32_t)> v210 = [](int32_t n) { return Sizes{4 * Words(n)}; };
-    const std::function<Sizes(int32_t)> packed = [&s](int32_t n) {
-      return Sizes{4 * size_t(n / 2) * s.bytes};
-    };
-    cases.push_back({s.name, s.toV210 ? packed : v210, s.toV210 ? v210 : packed,
-                     [&t, &s](Args a, int32_t n) { s.call(t, a, n); },
-                     [&s](Rows &out, const Rows &in, int32_t n) {
-                       for (size_t w = 0; w < Words(n); ++w) {
-                         uint32_t word = 0;
-                         for (int f = 0; f < 3; ++f) {
-                           const int64_t i = ComponentOf(w, f, n / 2);
-                           if (i < 0) continue;
-                           const size_t at = Slot(size_t(i), s.yuyv);
-                           if (s.toV210)
-                             word |= To10(GetSample(in[0], at, s.bytes), s.bytes) << (10 * f);
-                           else
-                             PutSample(out[0], at, s.bytes,
-                                       From10(Word(in[0], w) >> (10 * f) & 0x3FF, s.bytes));
-                         }
-                         for (int b = 0; s.toV210 && b < 4; ++b)
-                           out[0][4 * w + b] = uint8_t(word >> (8 * b));
-                       }
-                     },
-                     2});
-  }
-  return cases;
-}
-
-const std::vector<KernelCase> &AllCases() {
-  static const std::vector<KernelCase> cases = tqcs::test::OnEveryLevel(Cases);
-  return cases;
+KernelCase Make(const TCS_KernelTable &t, const V210Slot &s) {
+  const std::function<Sizes(int32_t)> v210 = [](int32_t n) { return Sizes{4 * Words(n)}; },
+                                      packed = [&s](int32_t n) {
+                                        return Sizes{4 * size_t(n / 2) * s.bytes};
+                                      };
+  return {s.name,
+          s.toV210 ? packed : v210,
+          s.toV210 ? v210 : packed,
+          [&t, &s](Args a, int32_t n) { s.call(t, a, n); },
+          [&s](Rows &out, const Rows &in, int32_t n) {
+            for (size_t w = 0; w < Words(n); ++w) {
+              uint32_t word = 0;
+              for (int f = 0; f < 3; ++f) {
+                const int64_t i = ComponentOf(w, f, n / 2);
+                if (i < 0) continue;
+                const size_t at = Slot(size_t(i), s.yuyv);
+                if (s.toV210)
+                  word |= To10(GetSample(in[0], at, s.bytes), s.bytes) << (10 * f);
+                else
+                  PutSample(out[0], at, s.bytes,
+                            From10(Word(in[0], w) >> (10 * f) & 0x3FF, s.bytes));
+              }
+              for (int b = 0; s.toV210 && b < 4; ++b) out[0][4 * w + b] = uint8_t(word >> (8 * b));
+            }
+          },
+          2};
 }
 
 // Whole groups, each partial group size, odd counts (the odd last pixel is
 // not converted), and long rows.
-TQCS_KERNEL_SUITE(V210Kernels, AllCases(), 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 16, 18, 47,
-                  48, 50, 1001);
+TQCS_KERNEL_SUITE(V210Kernels, OnEveryLevel(kSlots, Make), 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13,
+                  14, 16, 18, 47, 48, 50, 1001);
 
 // One group worked by hand: YUYV16 Y = 0x040 .. 0x045, U = 0x200, 0x3FF,
 // 0x001, V = 0x3AC, 0x000, 0x155; and back.
@@ -128,8 +114,8 @@ TEST(V210Words, HandPackedGroup) {
   const uint32_t words[4] = {0x3AC10200u, 0x042FFC41u, 0x00110C00u, 0x04555444u};
   Bytes want(16), got(16);
   for (size_t b = 0; b < 16; ++b) want[b] = uint8_t(words[b / 4] >> (8 * (b % 4)));
-  for (uint32_t level : tqcs::test::KernelTestLevels()) {
-    const TCS_KernelTable &t = tqcs::test::KernelTableForLevel(level);
+  for (uint32_t level : KernelTestLevels()) {
+    const TCS_KernelTable &t = KernelTableForLevel(level);
     uint16_t back[12];
     t.YUYV16_2_V210_Row(got.data(), yuyv, 6);
     t.V210_2_YUYV16_Row(back, want.data(), 6);

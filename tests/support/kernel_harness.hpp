@@ -49,6 +49,7 @@ struct KernelArgs {
   std::vector<ConstRowPtr> in;
   std::vector<RowPtr> out;
 };
+using Args = const KernelArgs &;
 
 struct KernelCase {
   std::string name;
@@ -95,6 +96,15 @@ std::function<Sizes(int32_t)> PerCount(const Sizes &bytes);
 // kept on level 0 alone.
 std::vector<KernelCase> OnEveryLevel(
     const std::function<std::vector<KernelCase>(const TCS_KernelTable &)> &make);
+// make(table, entry) for every entry of a list, on every tested level.
+template <class List, class Make>
+std::vector<KernelCase> OnEveryLevel(const List &list, Make make) {
+  return OnEveryLevel([&](const TCS_KernelTable &t) {
+    std::vector<KernelCase> cases;
+    for (const auto &entry : list) cases.push_back(make(t, entry));
+    return cases;
+  });
+}
 
 // `rows` rows of `bytes` bytes in one region, `gap` bytes between them. With
 // `upward` the first row is the last in memory and the pitch is negative.
@@ -110,14 +120,20 @@ struct Pitched {
 
 }  // namespace tqcs::test
 
-// A suite over `cases` (a vector of KernelCase) with the checks every row
-// kernel gets: seeded random and uniform rows at the given counts against the
-// model, and nothing written for counts below the minimum. More TEST_P of the
-// suite may follow.
+// A suite over `cases` (an expression giving a vector of KernelCase, built
+// once and kept as Suite##Cases()) with the checks every row kernel gets:
+// seeded random and uniform rows at the given counts against the model, and
+// nothing written for counts below the minimum. More TEST_P of the suite may
+// follow.
 #define TQCS_KERNEL_SUITE(Suite, cases, ...)                                                    \
+  const std::vector<::tqcs::test::KernelCase> &Suite##Cases() {                                 \
+    static const std::vector<::tqcs::test::KernelCase> all = cases;                             \
+    return all;                                                                                 \
+  }                                                                                             \
   class Suite : public ::testing::TestWithParam<::tqcs::test::KernelCase> {};                   \
   TEST_P(Suite, RowsMatchModel) { ::tqcs::test::ExpectModelOnRows(GetParam(), {__VA_ARGS__}); } \
   TEST_P(Suite, NothingWrittenBelowMinimumCount) {                                              \
     ::tqcs::test::ExpectNothingWritten(GetParam());                                             \
   }                                                                                             \
-  INSTANTIATE_TEST_SUITE_P(Kernels, Suite, ::testing::ValuesIn(cases), ::tqcs::test::CaseName)
+  INSTANTIATE_TEST_SUITE_P(Kernels, Suite, ::testing::ValuesIn(Suite##Cases()),                 \
+                           ::tqcs::test::CaseName)
