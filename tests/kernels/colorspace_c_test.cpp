@@ -50,8 +50,15 @@ void PutV210(Bytes &row, size_t bit, uint32_t v) {
 // Words that carry the n / 2 pairs of a row.
 size_t V210Bytes(int32_t n) { return 4 * ((4 * size_t(n / 2) + 2) / 3); }
 
+// Row sizes: a V210 row, planar 4:2:2 of 8- and 16-bit samples, packed 8-bit
+// 4:2:2 read (count / 2 pairs) and written (a lone last pixel as a pair).
+Sizes V210Row(int32_t n) { return {V210Bytes(n)}; }
+Sizes Planar(int32_t n) { return {size_t(n), size_t(n / 2), size_t(n / 2)}; }
+Sizes Planar16(int32_t n) { return {2 * size_t(n), 2 * size_t(n / 2), 2 * size_t(n / 2)}; }
+Sizes PackedIn(int32_t n) { return {4 * size_t(n / 2)}; }
+Sizes PackedOut(int32_t n) { return {4 * size_t((n + 1) / 2)}; }
+
 std::vector<KernelCase> Cases(ColorSpace &cs) {
-  const auto half = [](int32_t n) { return size_t(n / 2); };
   std::vector<KernelCase> c;
   // Each 4:1:1 chroma sample serves two pairs; pixels past the last whole
   // group of four have no chroma and are left alone.
@@ -60,7 +67,7 @@ std::vector<KernelCase> Cases(ColorSpace &cs) {
                  [](int32_t n) {
                    return Sizes{size_t(n), size_t(n / 4), size_t(n / 4)};
                  },
-                 [](int32_t n) { return Sizes{4 * size_t((n + 1) / 2)}; },
+                 PackedOut,
                  [&cs, order](Args a, int32_t n) {
                    (order[0] == 'Y' ? cs.YUV411_2_YUYV(a.out[0], a.in[0], a.in[1], a.in[2], n)
                                     : cs.YUV411_2_UYVY(a.out[0], a.in[0], a.in[1], a.in[2], n));
@@ -75,10 +82,7 @@ std::vector<KernelCase> Cases(ColorSpace &cs) {
   // V210 <-> planar 8-bit: the high eight bits of each field, and back << 2
   // with the unused fields of the last word zero.
   c.push_back(
-      {"V210_2_YUV422", [](int32_t n) { return Sizes{V210Bytes(n)}; },
-       [half](int32_t n) {
-         return Sizes{size_t(n), half(n), half(n)};
-       },
+      {"V210_2_YUV422", V210Row, Planar,
        [&cs](Args a, int32_t n) { cs.V210_2_YUV422(a.out[0], a.out[1], a.out[2], a.in[0], n); },
        [](Rows &out, const Rows &in, int32_t n) {
          for (size_t j = 0; j < size_t(n / 2); ++j) {
@@ -89,11 +93,7 @@ std::vector<KernelCase> Cases(ColorSpace &cs) {
          }
        }});
   c.push_back(
-      {"YUV422_2_V210",
-       [half](int32_t n) {
-         return Sizes{size_t(n), half(n), half(n)};
-       },
-       [](int32_t n) { return Sizes{V210Bytes(n)}; },
+      {"YUV422_2_V210", Planar, V210Row,
        [&cs](Args a, int32_t n) { cs.YUV422_2_V210(a.out[0], a.in[0], a.in[1], a.in[2], n); },
        [](Rows &out, const Rows &in, int32_t n) {
          std::fill(out[0].begin(), out[0].end(), 0);
@@ -120,7 +120,6 @@ std::vector<KernelCase> Cases(ColorSpace &cs) {
                255));
          }
        },
-       1,
        {2}});
   c.push_back({"Scale_Q14",
                [](int32_t n) {
@@ -132,17 +131,12 @@ std::vector<KernelCase> Cases(ColorSpace &cs) {
                  for (int32_t i = 0; i < n; ++i)
                    out[0][i] = uint8_t(Clamp((in[1][i] * Coef(in[0], i % 8) + 8192) >> 14, 255));
                },
-               1,
                {2}});
   for (const char *order : {"YUYV", "UYVY"}) {
     const bool yuyv = order[0] == 'Y';
     // Packed 8-bit to planar 16-bit: every sample up eight bits; an odd last
     // pixel is not written.
-    c.push_back({std::string(order) + "_2_YUV422_16",
-                 [](int32_t n) { return Sizes{4 * size_t(n / 2)}; },
-                 [half](int32_t n) {
-                   return Sizes{2 * size_t(n), 2 * half(n), 2 * half(n)};
-                 },
+    c.push_back({std::string(order) + "_2_YUV422_16", PackedIn, Planar16,
                  [&cs, yuyv](Args a, int32_t n) {
                    (yuyv ? cs.YUYV_2_YUV422_16(a.out[0], a.out[1], a.out[2], a.in[0], n)
                          : cs.UYVY_2_YUV422_16(a.out[0], a.out[1], a.out[2], a.in[0], n));
@@ -183,7 +177,6 @@ std::vector<KernelCase> Cases(ColorSpace &cs) {
                      PutSample(out[0], 2 * i + at.v, 2, Clamp(dot(in[1], 4, i) + 512, 1023) << 6);
                    }
                  },
-                 1,
                  {2, 2}});
   }
   return c;

@@ -115,7 +115,6 @@ KernelCase MakeToYuv(const Table &t, const ToYuv &s) {
         }
         out = Arrange(s.out, y, u, v);
       },
-      1,
       kCoefOffsets};
 }
 
@@ -243,8 +242,8 @@ KernelCase MakeToRgb(const Table &t, const ToRgb &s) {
           PutSample(out[0], 4 * i + 3, s.outBytes, s.alpha);
         }
       },
-      group,
-      kCoefOffsets};
+      kCoefOffsets,
+      group};
 }
 
 TQCS_KERNEL_SUITE(DeepToRgb, OnEveryLevel(kToRgb, MakeToRgb), 1, 2, 3, 4, 5, 6, 7, 8, 9, 11, 16, 17,

@@ -27,27 +27,50 @@ size_t Pos(const char *layout, char comp, int which = 0) {
   return 99;
 }
 
-// A packed 4:2:2 row as planes Y (2 per pair), U, V.
-Rows Unpack(const Bytes &src, const char *layout, size_t pairs) {
+// The 4:2:2 side of a row as planes Y, U, V: packed in `layout` (count / 2
+// pairs), or planar when layout is null.
+Rows Read422(const Rows &in, const char *layout, int32_t n) {
+  if (!layout) return {in[0], in[1], in[2]};
   Rows pl(3);
-  for (size_t p = 0; p < pairs; ++p) {
-    const uint8_t *s = &src[4 * p];
+  for (size_t p = 0; p < size_t(n / 2); ++p) {
+    const uint8_t *s = &in[0][4 * p];
     pl[0].insert(pl[0].end(), {s[Pos(layout, 'Y')], s[Pos(layout, 'Y', 1)]});
-    pl[1].push_back(s[Pos(layout, 'U')]);
-    pl[2].push_back(s[Pos(layout, 'V')]);
+    pl[1].push_back(s[Pos(layout, 'U')]), pl[2].push_back(s[Pos(layout, 'V')]);
   }
   return pl;
 }
 
-void PutPair(Bytes &dst, size_t p, const char *layout, uint8_t y0, uint8_t u, uint8_t y1,
-             uint8_t v) {
-  dst[4 * p + Pos(layout, 'Y')] = y0, dst[4 * p + Pos(layout, 'Y', 1)] = y1;
-  dst[4 * p + Pos(layout, 'U')] = u, dst[4 * p + Pos(layout, 'V')] = v;
+// Stores planes as a 4:2:2 row: one packed pair per chroma sample, or the
+// planes as they are.
+void Write422(Rows &out, const char *layout, const Rows &pl) {
+  for (size_t p = 0; p < pl[1].size(); ++p) {
+    const uint8_t y[2] = {pl[0][2 * p], pl[0][2 * p + 1]};
+    if (!layout) {
+      out[1][p] = pl[1][p], out[2][p] = pl[2][p];
+      continue;
+    }
+    out[0][4 * p + Pos(layout, 'Y')] = y[0], out[0][4 * p + Pos(layout, 'Y', 1)] = y[1];
+    out[0][4 * p + Pos(layout, 'U')] = pl[1][p], out[0][4 * p + Pos(layout, 'V')] = pl[2][p];
+  }
+  if (!layout) std::copy(pl[0].begin(), pl[0].end(), out[0].begin());
+}
+
+// Y,U,V,A -> 4:2:2 planes: every luma, the even pixel's chroma. A packed row
+// ends with a whole pair for a lone last pixel (its own luma twice); planar
+// chroma holds count / 2 samples.
+Rows FromYUVA(const Bytes &src, const char *layout, int32_t n) {
+  Rows pl(3);
+  for (size_t i = 0; i < size_t(n); ++i) pl[0].push_back(src[4 * i]);
+  if (layout && n % 2) pl[0].push_back(pl[0].back());
+  for (size_t p = 0; p < size_t(layout ? (n + 1) / 2 : n / 2); ++p)
+    pl[1].push_back(src[8 * p + 1]), pl[2].push_back(src[8 * p + 2]);
+  return pl;
 }
 
 // 4:2:2 planes -> Y,U,V,A: an odd pixel takes (own + next pair + round) / 2,
 // the last pair its own chroma; alpha from the key plane, else kAlpha.
-void ToYUVA(Bytes &dst, const Rows &pl, size_t pairs, int round, const Bytes *key) {
+void ToYUVA(Bytes &dst, const Rows &pl, int32_t n, int round, const Bytes *key) {
+  const size_t pairs = size_t(n / 2);
   for (size_t i = 0; i < 2 * pairs; ++i) {
     const size_t p = i / 2, q = (i % 2 && p + 1 < pairs) ? p + 1 : p;
     const int r = i % 2 ? round : 0;
@@ -68,102 +91,79 @@ void HSV(int r, int g, int b, uint16_t &h, uint8_t &s, uint8_t &v) {
   v = static_cast<uint8_t>(mx);
 }
 
-Sizes Packed422(int32_t n) { return {4 * size_t(n / 2)}; }
-Sizes PackedOut(int32_t n) { return {4 * size_t((n + 1) / 2)}; }
-Sizes Planar422(int32_t n) { return {size_t(n), size_t(n / 2), size_t(n / 2)}; }
-
-std::vector<KernelCase> PairCases(const Table &t) {
-  std::vector<KernelCase> cases;
-  for (const char *lay : {"YUYV", "UYVY"}) {
-    const bool yuyv = lay[0] == 'Y';
-    const std::string L = lay;
-    // Packed -> YUVA: constant alpha rounds the odd chroma, the key form truncates.
-    cases.push_back({L + "_2_YUVA", Packed422, PerCount({4}),
-                     [&t, yuyv](Args a, int32_t n) {
-                       (yuyv ? t.YUYV_2_YUVA_Row : t.UYVY_2_YUVA_Row)(a.out[0], a.in[0], n, kAlpha);
-                     },
-                     [lay](Rows &out, const Rows &in, int32_t n) {
-                       ToYUVA(out[0], Unpack(in[0], lay, n / 2), n / 2, 1, nullptr);
-                     }});
-    cases.push_back({L + "_Key_2_YUVA",
-                     [](int32_t n) {
-                       return Sizes{4 * size_t(n / 2), size_t(n)};
-                     },
-                     PerCount({4}),
-                     [&t, yuyv](Args a, int32_t n) {
-                       (yuyv ? t.YUYV_Key_2_YUVA_Row : t.UYVY_Key_2_YUVA_Row)(a.out[0], a.in[0],
-                                                                              a.in[1], n);
-                     },
-                     [lay](Rows &out, const Rows &in, int32_t n) {
-                       ToYUVA(out[0], Unpack(in[0], lay, n / 2), n / 2, 0, &in[1]);
-                     }});
-    cases.back().portableOnly = !yuyv;
-    // YUVA -> packed: even pixel's chroma; a lone last pixel is a pair with
-    // its own luma twice. The key forms also write every alpha to the plane.
-    for (bool key : {false, true}) {
-      cases.push_back({"YUVA_2_" + L + (key ? "_Key" : ""), PerCount({4}),
-                       [key](int32_t n) {
-                         Sizes s = PackedOut(n);
-                         if (key) s.push_back(size_t(n));
-                         return s;
-                       },
-                       [&t, yuyv, key](Args a, int32_t n) {
-                         if (key)
-                           (yuyv ? t.YUVA_2_YUYV_Key_Row : t.YUVA_2_UYVY_Key_Row)(
-                               a.out[0], a.out[1], a.in[0], n);
-                         else
-                           (yuyv ? t.YUVA_2_YUYV_Row : t.YUVA_2_UYVY_Row)(a.out[0], a.in[0], n);
-                       },
-                       [lay, key](Rows &out, const Rows &in, int32_t n) {
-                         const Bytes &s = in[0];
-                         for (size_t p = 0; 2 * p < size_t(n); ++p) {
-                           const size_t e = 8 * p, o = 2 * p + 1 < size_t(n) ? e + 4 : e;
-                           PutPair(out[0], p, lay, s[e], s[e + 1], s[o], s[e + 2]);
-                         }
-                         for (size_t i = 0; key && i < size_t(n); ++i) out[1][i] = s[4 * i + 3];
-                       }});
-      cases.back().portableOnly = key && !yuyv;
-    }
-    // Planar <-> packed: whole pairs only.
-    cases.push_back({"YUV422_2_" + L, Planar422, PackedOut,
-                     [&t, yuyv](Args a, int32_t n) {
-                       (yuyv ? t.YUV422_2_YUYV_Row : t.YUV422_2_UYVY_Row)(a.out[0], a.in[0],
-                                                                          a.in[1], a.in[2], n);
-                     },
-                     [lay](Rows &out, const Rows &in, int32_t n) {
-                       for (size_t p = 0; p < size_t(n / 2); ++p)
-                         PutPair(out[0], p, lay, in[0][2 * p], in[1][p], in[0][2 * p + 1],
-                                 in[2][p]);
-                     }});
-    cases.push_back({L + "_2_YUV422", Packed422, Planar422,
-                     [&t, yuyv](Args a, int32_t n) {
-                       (yuyv ? t.YUYV_2_YUV422_Row : t.UYVY_2_YUV422_Row)(a.out[0], a.out[1],
-                                                                          a.out[2], a.in[0], n);
-                     },
-                     [lay](Rows &out, const Rows &in, int32_t n) {
-                       const Rows pl = Unpack(in[0], lay, n / 2);
-                       for (int k = 0; k < 3; ++k)
-                         std::copy(pl[k].begin(), pl[k].end(), out[k].begin());
-                     }});
+// 4:2:2 <-> Y,U,V,A and planar <-> packed. The packed layout of each kernel
+// (none: planar); constant alpha rounds the odd pixel's chroma, the key forms
+// truncate; the YUVA key forms also write every alpha to the key plane.
+enum Kind { kToYuva, kKeyToYuva, kFromYuva, kFromYuvaKey, kPlanarToPacked, kPackedToPlanar };
+struct PairSlot {
+  const char *name, *layout;
+  Kind kind;
+  void (*call)(const Table &, Args, int32_t);
+};
+#define TQCS_PAIR(fn, layout, kind, ...)                                                  \
+  {                                                                                       \
+#fn, layout, kind, [](const Table &t, Args a, int32_t n) { t.fn##_Row(__VA_ARGS__); } \
   }
-  cases.push_back(
-      {"YUV422_2_YUVA", Planar422, PerCount({4}),
-       [&t](Args a, int32_t n) {
-         t.YUV422_2_YUVA_Row(a.out[0], a.in[0], a.in[1], a.in[2], n, kAlpha);
-       },
-       [](Rows &out, const Rows &in, int32_t n) { ToYUVA(out[0], in, n / 2, 1, nullptr); }});
-  // Every luma; chroma of the even pixels, count / 2 of them.
-  cases.push_back(
-      {"YUVA_2_YUV422", PerCount({4}), Planar422,
-       [&t](Args a, int32_t n) { t.YUVA_2_YUV422_Row(a.out[0], a.out[1], a.out[2], a.in[0], n); },
-       [](Rows &out, const Rows &in, int32_t n) {
-         for (size_t i = 0; i < size_t(n); ++i) {
-           out[0][i] = in[0][4 * i];
-           if (i % 2 == 0 && i / 2 < size_t(n / 2))
-             out[1][i / 2] = in[0][4 * i + 1], out[2][i / 2] = in[0][4 * i + 2];
-         }
-       }});
-  return cases;
+#define PLANES a.in[0], a.in[1], a.in[2]
+#define OUT_PLANES a.out[0], a.out[1], a.out[2]
+const PairSlot kPairs[] = {
+    TQCS_PAIR(YUYV_2_YUVA, "YUYV", kToYuva, a.out[0], a.in[0], n, kAlpha),
+    TQCS_PAIR(UYVY_2_YUVA, "UYVY", kToYuva, a.out[0], a.in[0], n, kAlpha),
+    TQCS_PAIR(YUV422_2_YUVA, nullptr, kToYuva, a.out[0], PLANES, n, kAlpha),
+    TQCS_PAIR(YUYV_Key_2_YUVA, "YUYV", kKeyToYuva, a.out[0], a.in[0], a.in[1], n),
+    TQCS_PAIR(UYVY_Key_2_YUVA, "UYVY", kKeyToYuva, a.out[0], a.in[0], a.in[1], n),
+    TQCS_PAIR(YUVA_2_YUYV, "YUYV", kFromYuva, a.out[0], a.in[0], n),
+    TQCS_PAIR(YUVA_2_UYVY, "UYVY", kFromYuva, a.out[0], a.in[0], n),
+    TQCS_PAIR(YUVA_2_YUV422, nullptr, kFromYuva, OUT_PLANES, a.in[0], n),
+    TQCS_PAIR(YUVA_2_YUYV_Key, "YUYV", kFromYuvaKey, a.out[0], a.out[1], a.in[0], n),
+    TQCS_PAIR(YUVA_2_UYVY_Key, "UYVY", kFromYuvaKey, a.out[0], a.out[1], a.in[0], n),
+    TQCS_PAIR(YUV422_2_YUYV, "YUYV", kPlanarToPacked, a.out[0], PLANES, n),
+    TQCS_PAIR(YUV422_2_UYVY, "UYVY", kPlanarToPacked, a.out[0], PLANES, n),
+    TQCS_PAIR(YUYV_2_YUV422, "YUYV", kPackedToPlanar, OUT_PLANES, a.in[0], n),
+    TQCS_PAIR(UYVY_2_YUV422, "UYVY", kPackedToPlanar, OUT_PLANES, a.in[0], n),
+};
+
+KernelCase MakePair(const Table &t, const PairSlot &s) {
+  // A 4:2:2 row (planar without a layout), read (count / 2 pairs) or written
+  // (a packed lone last pixel as a pair), with a key plane after it.
+  const auto row422 = [](const char *layout, bool written, bool key) {
+    return [=](int32_t n) {
+      Sizes z = layout ? Sizes{4 * size_t(written ? (n + 1) / 2 : n / 2)}
+                       : Sizes{size_t(n), size_t(n / 2), size_t(n / 2)};
+      if (key) z.push_back(size_t(n));
+      return z;
+    };
+  };
+  const bool toYuva = s.kind == kToYuva || s.kind == kKeyToYuva;
+  const bool fromYuva = s.kind == kFromYuva || s.kind == kFromYuvaKey;
+  KernelCase c = {
+      s.name,
+      fromYuva
+          ? PerCount({4})
+          : row422(s.kind == kPlanarToPacked ? nullptr : s.layout, false, s.kind == kKeyToYuva),
+      toYuva ? PerCount({4})
+             : row422(s.kind == kPackedToPlanar ? nullptr : s.layout, true, s.kind == kFromYuvaKey),
+      [&t, &s](Args a, int32_t n) { s.call(t, a, n); },
+      [&s](Rows &out, const Rows &in, int32_t n) {
+        switch (s.kind) {
+          case kToYuva:
+          case kKeyToYuva:
+            return ToYUVA(out[0], Read422(in, s.layout, n), n, s.kind == kToYuva,
+                          s.kind == kToYuva ? nullptr : &in[1]);
+          case kFromYuvaKey:
+            for (size_t i = 0; i < size_t(n); ++i) out[1][i] = in[0][4 * i + 3];
+            [[fallthrough]];
+          case kFromYuva:
+            return Write422(out, s.layout, FromYUVA(in[0], s.layout, n));
+          case kPlanarToPacked:
+            return Write422(out, s.layout, Read422(in, nullptr, n));
+          case kPackedToPlanar:
+            return Write422(out, nullptr, Read422(in, s.layout, n));
+        }
+      }};
+  // Levels 1 to 4 keep the empty stub in the UYVY key slots (53 and 55).
+  c.portableOnly = (s.kind == kKeyToYuva || s.kind == kFromYuvaKey) && s.layout[0] == 'U';
+  return c;
 }
 
 // 24/32-bit repacks: per destination byte, the source byte it takes ('a' the
@@ -194,24 +194,19 @@ const Repack kRepacks[] = {
      }},
 };
 
-std::vector<KernelCase> RGBCases(const Table &t) {
-  std::vector<KernelCase> cases;
-  for (const Repack &r : kRepacks) {
-    const size_t to = r.pick.size();
-    const bool key = r.pick.back() == 'k';
-    cases.push_back({r.name, key ? PerCount({r.from, 1}) : PerCount({r.from}), PerCount({to}),
-                     [&t, &r](Args a, int32_t n) { r.call(t, a, n); },
-                     [&r, to](Rows &out, const Rows &in, int32_t n) {
-                       for (size_t i = 0; i < size_t(n); ++i)
-                         for (size_t b = 0; b < to; ++b) {
-                           const char f = r.pick[b];
-                           out[0][to * i + b] = f == 'a'   ? kAlpha
-                                                : f == 'k' ? in[1][i]
-                                                           : in[0][r.from * i + size_t(f - '0')];
-                         }
-                     }});
-  }
-  return cases;
+KernelCase MakeRepack(const Table &t, const Repack &r) {
+  const size_t to = r.pick.size();
+  return {r.name, r.pick.back() == 'k' ? PerCount({r.from, 1}) : PerCount({r.from}), PerCount({to}),
+          [&t, &r](Args a, int32_t n) { r.call(t, a, n); },
+          [&r, to](Rows &out, const Rows &in, int32_t n) {
+            for (size_t i = 0; i < size_t(n); ++i)
+              for (size_t b = 0; b < to; ++b) {
+                const char f = r.pick[b];
+                out[0][to * i + b] = f == 'a'   ? kAlpha
+                                     : f == 'k' ? in[1][i]
+                                                : in[0][r.from * i + size_t(f - '0')];
+              }
+          }};
 }
 
 std::vector<KernelCase> PlaneCases(const Table &t) {
@@ -249,8 +244,8 @@ std::vector<KernelCase> PlaneCases(const Table &t) {
            std::memcpy(&out[i % 3][4 * in[0][i]], &bin, 4);
          }
        },
-       1,
        {},
+       1,
        {4, 8, 12}},
   };
   for (bool slot144 : {false, true})
@@ -280,8 +275,8 @@ std::vector<KernelCase> PlaneCases(const Table &t) {
                          PutSample(out[0], i, 2, h);
                        }
                      },
-                     1,
                      {},
+                     1,
                      {2, 1, 3}});
   // Zero fills, count in units of 1, 2, 4, 3 and 8 bytes; the unused second
   // argument is null.
@@ -301,13 +296,9 @@ std::vector<KernelCase> PlaneCases(const Table &t) {
 }
 
 // Odd and even counts, single pairs, lone tails, rows longer than any block.
-TQCS_KERNEL_SUITE(Repack8Bit, OnEveryLevel([](const Table &t) {
-                    std::vector<KernelCase> all = PairCases(t), rgb = RGBCases(t),
-                                            planes = PlaneCases(t);
-                    all.insert(all.end(), rgb.begin(), rgb.end());
-                    all.insert(all.end(), planes.begin(), planes.end());
-                    return all;
-                  }),
+TQCS_KERNEL_SUITE(Repack8Bit,
+                  Joined({OnEveryLevel(kPairs, MakePair), OnEveryLevel(kRepacks, MakeRepack),
+                          OnEveryLevel(PlaneCases)}),
                   1, 2, 3, 4, 5, 6, 7, 8, 9, 15, 16, 17, 31, 32, 33, 63, 64, 65, 130, 1001);
 
 // The swaps may run in place: each pixel is read before it is written.

@@ -258,6 +258,7 @@ KernelCase MakeToRgb(const Table &t, const ToRgbSlot &s, const Standard &k) {
               std::copy_n(px.begin(), s.dstBytes, out[0].begin() + i * s.dstBytes);
             }
           },
+          {},
           full ? 1 : 2};
 }
 
@@ -270,55 +271,31 @@ TQCS_KERNEL_SUITE(YuvToRgb8, OnEveryLevel([](const Table &t) {
                   }),
                   1, 2, 3, 4, 5, 7, 8, 31, 64);
 
-// Neutral chroma gives R = G = B = Y everywhere. Even pixels see only their
-// own chroma and clamp at both ends: Y 255, U = V = 255 gives R = B = 255;
-// Y 0, U = V = 0 gives R = B = 0; green the other way round. The odd pixel of
-// the last pair sees only its own pair's chroma: it comes out as in a row
-// holding that pair alone.
+// Rows of one byte value: 0x80 is neutral chroma and gives R = G = B = 128;
+// Y = U = V = 255 drives R and B past 255, Y = U = V = 0 below 0, and both
+// clamp. The odd pixel of the last pair sees only its own pair's chroma: it
+// comes out as in a row holding that pair alone.
 TEST(YuvToRgb8Rows, NeutralChromaClampingAndLastPair) {
   tqcs::DeriveCoefficientTables();
-  for (uint32_t level : KernelTestLevels())
-    for (const ToRgbSlot &s : kToRgb)
-      for (const Standard &k : kStandards) {
-        const KernelCase c = MakeToRgb(KernelTableForLevel(level), s, k);
-        const bool full = s.in == In::kYuva;
-        const size_t bytes = size_t(s.dstBytes), step = full ? 1 : 2;
-        // Random sources whose pixel i has the Y, U, V of entry i / step.
-        const auto rows = [&](const std::vector<std::array<uint8_t, 3>> &e) {
-          const int32_t n = int32_t(e.size() * step);
-          Rows src = RandomSources(c, n, 77);
-          for (int32_t i = 0; i < n; ++i) {
-            const auto &[y, u, v] = e[i / step];
-            const size_t p = 4 * size_t(i / 2), yAt = s.in == In::kUyvy;
-            if (s.in == In::kYuva) src[0][4 * i] = y, src[0][4 * i + 1] = u, src[0][4 * i + 2] = v;
-            if (s.in == In::kPlanar) src[0][i] = y, src[1][i / 2] = u, src[2][i / 2] = v;
-            if (s.in == In::kYuyv || s.in == In::kUyvy)
-              src[0][p + yAt + 2 * (i % 2)] = y, src[0][p + !yAt] = u, src[0][p + 2 + !yAt] = v;
-          }
-          return src;
-        };
-        std::vector<std::array<uint8_t, 3>> grey;
-        for (int i = 0; i < 17; ++i) grey.push_back({uint8_t(15 * i), 128, 128});
-        const Bytes g = RunKernel(c, rows(grey), int32_t(17 * step))[0];
-        for (size_t i = 0; i < g.size(); ++i)
-          if (i % bytes < 3) {
-            EXPECT_EQ(g[i], grey[i / bytes / step][0]) << c.name << " byte " << i;
-          }
-        const std::vector<std::array<uint8_t, 3>> ext = {
-            {255, 255, 255}, {0, 0, 0}, {0, 255, 255}, {255, 0, 0}};
-        const Bytes d = RunKernel(c, rows(ext), int32_t(4 * step))[0];
-        for (size_t i = 0; i < 4; ++i) {
-          const uint8_t *px = &d[i * step * bytes], want = ext[i][0];
-          EXPECT_TRUE(i < 2 ? px[0] == want && px[2] == want : px[1] == want) << c.name << " " << i;
+  for (const KernelCase &c : YuvToRgb8Cases()) {
+    const size_t bytes = c.outSizes(4)[0] / 4;
+    for (uint8_t v : {0x00, 0x80, 0xFF}) {
+      Rows src = RandomSources(c, 6, 0);
+      for (Bytes &row : src) std::fill(row.begin(), row.end(), v);
+      const Bytes out = RunKernel(c, src, 6)[0];
+      for (size_t i = 0; i < out.size(); ++i)
+        if (i % bytes != 3 && (v == 0x80 || i % bytes != 1)) {
+          EXPECT_EQ(out[i], v) << c.name << " byte " << i;
         }
-        if (full) continue;
-        const Rows two = RandomSources(c, 4, 99);
-        Rows last = RandomSources(c, 2, 98);
-        for (size_t r = 0; r < last.size(); ++r)
-          std::copy(two[r].end() - last[r].size(), two[r].end(), last[r].begin());
-        const Bytes a = RunKernel(c, two, 4)[0], b = RunKernel(c, last, 2)[0];
-        EXPECT_EQ(Bytes(a.begin() + 2 * bytes, a.end()), b) << c.name;
-      }
+    }
+    if (c.minCount == 1) continue;  // 4:4:4
+    const Rows two = RandomSources(c, 4, 99);
+    Rows last = RandomSources(c, 2, 98);
+    for (size_t r = 0; r < last.size(); ++r)
+      std::copy(two[r].end() - last[r].size(), two[r].end(), last[r].begin());
+    const Bytes a = RunKernel(c, two, 4)[0], b = RunKernel(c, last, 2)[0];
+    EXPECT_EQ(Bytes(a.begin() + 2 * bytes, a.end()), b) << c.name;
+  }
 }
 
 }  // namespace

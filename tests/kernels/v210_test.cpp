@@ -97,6 +97,7 @@ KernelCase Make(const TCS_KernelTable &t, const V210Slot &s) {
               for (int b = 0; s.toV210 && b < 4; ++b) out[0][4 * w + b] = uint8_t(word >> (8 * b));
             }
           },
+          {},
           2};
 }
 

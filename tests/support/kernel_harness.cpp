@@ -146,6 +146,13 @@ std::function<Sizes(int32_t)> PerCount(const Sizes &bytes) {
   };
 }
 
+std::vector<KernelCase> Joined(std::vector<std::vector<KernelCase>> lists) {
+  std::vector<KernelCase> all;
+  for (auto &list : lists)
+    for (KernelCase &c : list) all.push_back(std::move(c));
+  return all;
+}
+
 std::vector<KernelCase> OnEveryLevel(
     const std::function<std::vector<KernelCase>(const TCS_KernelTable &)> &make) {
   std::vector<KernelCase> all;

@@ -58,10 +58,11 @@ struct KernelCase {
   std::function<void(const KernelArgs &, int32_t)> call;
   // Overwrites, in the destinations' old contents, what the kernel must write.
   std::function<void(Rows &out, const Rows &in, int32_t count)> model;
-  int32_t minCount = 1;  // smaller counts write nothing
   // Bytes past an aligned address where each row starts; 1 (sources) and
   // 1 + 2k (destination k) when not given.
-  Sizes inOffsets = {}, outOffsets = {};
+  Sizes inOffsets = {};
+  int32_t minCount = 1;  // smaller counts write nothing
+  Sizes outOffsets = {};
   bool portableOnly = false;  // levels 1 to 4 keep the empty stub in this slot
 };
 void PrintTo(const KernelCase &c, std::ostream *os);
@@ -96,6 +97,8 @@ std::function<Sizes(int32_t)> PerCount(const Sizes &bytes);
 // kept on level 0 alone.
 std::vector<KernelCase> OnEveryLevel(
     const std::function<std::vector<KernelCase>(const TCS_KernelTable &)> &make);
+// The cases of several lists in one.
+std::vector<KernelCase> Joined(std::vector<std::vector<KernelCase>> lists);
 // make(table, entry) for every entry of a list, on every tested level.
 template <class List, class Make>
 std::vector<KernelCase> OnEveryLevel(const List &list, Make make) {
