@@ -88,17 +88,17 @@ void Pack(const T &t, Args a, const Pitched &y, const Pitched &s, int32_t n) {
 struct PackKind {
   const char *name;
   int srcBytes, dstBytes;
-  int pos[4];  // Y0, U, Y1, V within a pair
+  const char *order;
   int down, round;
   void (*call)(const T &, Args, const Pitched &, const Pitched &, int32_t);
 };
 const PackKind kPack[] = {
-    {"YUYV", 1, 1, {0, 1, 2, 3}, 0, 2, Pack<&T::YUYV_2_YUV420_UV_Row>},
-    {"UYVY", 1, 1, {1, 0, 3, 2}, 0, 2, Pack<&T::UYVY_2_YUV420_UV_Row>},
-    {"YUYV16to8", 2, 1, {0, 1, 2, 3}, 8, 0, Pack<&T::YUYV16_2_YUV420_Row>},
-    {"UYVY16to8", 2, 1, {1, 0, 3, 2}, 8, 0, Pack<&T::UYVY16_2_YUV420_Row>},
-    {"UYVY16", 2, 2, {1, 0, 3, 2}, 0, 0, Pack<&T::UYVY16_2_YUV420_16_Row>},
-    {"YUYV16", 2, 2, {0, 1, 2, 3}, 0, 0, Pack<&T::YUYV16_2_YUV420_16_Row>},
+    {"YUYV", 1, 1, "YUYV", 0, 2, Pack<&T::YUYV_2_YUV420_UV_Row>},
+    {"UYVY", 1, 1, "UYVY", 0, 2, Pack<&T::UYVY_2_YUV420_UV_Row>},
+    {"YUYV16to8", 2, 1, "YUYV", 8, 0, Pack<&T::YUYV16_2_YUV420_Row>},
+    {"UYVY16to8", 2, 1, "UYVY", 8, 0, Pack<&T::UYVY16_2_YUV420_Row>},
+    {"UYVY16", 2, 2, "UYVY", 0, 0, Pack<&T::UYVY16_2_YUV420_16_Row>},
+    {"YUYV16", 2, 2, "YUYV", 0, 0, Pack<&T::YUYV16_2_YUV420_16_Row>},
 };
 
 // Source rows go down (sign 1), up (-1), or are one row at pitch 0.
@@ -151,26 +151,29 @@ std::vector<KernelCase> RowCases(const T &t) {
         return Pitched{2, 4 * size_t(n / 2) * k.srcBytes, sign < 0};
       };
       const auto y = [&k, sign](int32_t n) { return Pitched{2, size_t(n) * k.dstBytes, sign > 0}; };
-      cases.push_back(
-          {std::string("Packed") + k.name + dir, [=](int32_t n) { return Sizes{s(n).size()}; },
-           [=, &k](int32_t n) {
-             const size_t c = size_t(n / 2) * k.dstBytes;
-             return Sizes{y(n).size(), c, c};
-           },
-           [=, &t, &k](Args a, int32_t n) { k.call(t, a, y(n), s(n), n); },
-           [=, &k](Rows &out, const Rows &in, int32_t n) {
-             const auto at = [&](int r, int64_t p, int which) {
-               return Get(in[0], s(n), r, 4 * p + k.pos[which], k.srcBytes) >> k.down;
-             };
-             for (int64_t p = 0; p < n / 2; ++p) {
-               for (int r = 0; r < 2; ++r) {
-                 Put(out[0], y(n), r, 2 * p, k.dstBytes, at(r, p, 0));
-                 Put(out[0], y(n), r, 2 * p + 1, k.dstBytes, at(r, p, 2));
-               }
-               PutSample(out[1], p, k.dstBytes, (3 * at(0, p, 1) + at(1, p, 1) + k.round) >> 2);
-               PutSample(out[2], p, k.dstBytes, (3 * at(0, p, 3) + at(1, p, 3) + k.round) >> 2);
-             }
-           }});
+      cases.push_back({std::string("Packed") + k.name + dir,
+                       [=](int32_t n) { return Sizes{s(n).size()}; },
+                       [=, &k](int32_t n) {
+                         const size_t c = size_t(n / 2) * k.dstBytes;
+                         return Sizes{y(n).size(), c, c};
+                       },
+                       [=, &t, &k](Args a, int32_t n) { k.call(t, a, y(n), s(n), n); },
+                       [=, &k](Rows &out, const Rows &in, int32_t n) {
+                         const PairSlots slot(k.order);
+                         const auto at = [&](int r, int64_t p, int which) {
+                           return Get(in[0], s(n), r, 4 * p + which, k.srcBytes) >> k.down;
+                         };
+                         for (int64_t p = 0; p < n / 2; ++p) {
+                           for (int r = 0; r < 2; ++r) {
+                             Put(out[0], y(n), r, 2 * p, k.dstBytes, at(r, p, slot.y0));
+                             Put(out[0], y(n), r, 2 * p + 1, k.dstBytes, at(r, p, slot.y1));
+                           }
+                           PutSample(out[1], p, k.dstBytes,
+                                     (3 * at(0, p, slot.u) + at(1, p, slot.u) + k.round) >> 2);
+                           PutSample(out[2], p, k.dstBytes,
+                                     (3 * at(0, p, slot.v) + at(1, p, slot.v) + k.round) >> 2);
+                         }
+                       }});
     }
   }
   return cases;

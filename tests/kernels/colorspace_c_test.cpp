@@ -17,39 +17,6 @@ namespace {
 using namespace test;
 
 long Clamp(long v, long hi) { return std::clamp<long>(v, 0, hi); }
-int Coef(const Bytes &row, size_t i) { return static_cast<int16_t>(GetSample(row, i, 2)); }
-
-// Where Y0, U, Y1 and V sit in a pair, read from the order's name.
-struct PairSlots {
-  int y0 = -1, u = -1, y1 = -1, v = -1;
-  explicit PairSlots(const std::string &name) {
-    for (int q = 0; q < 4; ++q) {
-      if (name[q] == 'U') u = q;
-      if (name[q] == 'V') v = q;
-      if (name[q] == 'Y') (y0 < 0 ? y0 : y1) = q;
-    }
-  }
-};
-
-// V210: word and field of Y pixel j, of U pair j and of V pair j within a
-// group of six pixels: (U0 Y0 V0) (Y1 U1 Y2) (V1 Y3 U2) (Y4 V2 Y5).
-const int kYAt[6][2] = {{0, 1}, {1, 0}, {1, 2}, {2, 1}, {3, 0}, {3, 2}};
-const int kUAt[3][2] = {{0, 0}, {1, 1}, {2, 2}}, kVAt[3][2] = {{0, 2}, {2, 0}, {3, 1}};
-// Bit of a row where the component with index i of its kind starts.
-size_t V210Bit(const int (*at)[2], size_t per, size_t i) {
-  return 32 * (4 * (i / per) + at[i % per][0]) + 10 * at[i % per][1];
-}
-uint32_t GetV210(const uint8_t *row, size_t bit) {
-  const size_t w = bit / 32;
-  return (GetSample(row, 2 * w, 2) | GetSample(row, 2 * w + 1, 2) << 16) >> (bit % 32) & 0x3FF;
-}
-void PutV210(Bytes &row, size_t bit, uint32_t v) {
-  for (size_t b = 0; b < 10; ++b)
-    if (v >> b & 1) row[(bit + b) / 8] |= uint8_t(1 << ((bit + b) % 8));
-}
-// Words that carry the n / 2 pairs of a row.
-size_t V210Bytes(int32_t n) { return 4 * ((4 * size_t(n / 2) + 2) / 3); }
-
 // Row sizes: a V210 row, planar 4:2:2 of 8- and 16-bit samples, packed 8-bit
 // 4:2:2 read (count / 2 pairs) and written (a lone last pixel as a pair).
 Sizes V210Row(int32_t n) { return {V210Bytes(n)}; }
@@ -86,10 +53,10 @@ std::vector<KernelCase> Cases(ColorSpace &cs) {
        [&cs](Args a, int32_t n) { cs.V210_2_YUV422(a.out[0], a.out[1], a.out[2], a.in[0], n); },
        [](Rows &out, const Rows &in, int32_t n) {
          for (size_t j = 0; j < size_t(n / 2); ++j) {
-           out[1][j] = uint8_t(GetV210(in[0].data(), V210Bit(kUAt, 3, j)) >> 2);
-           out[2][j] = uint8_t(GetV210(in[0].data(), V210Bit(kVAt, 3, j)) >> 2);
+           out[1][j] = uint8_t(GetV210(in[0].data(), V210Bit('U', j)) >> 2);
+           out[2][j] = uint8_t(GetV210(in[0].data(), V210Bit('V', j)) >> 2);
            for (size_t k : {2 * j, 2 * j + 1})
-             out[0][k] = uint8_t(GetV210(in[0].data(), V210Bit(kYAt, 6, k)) >> 2);
+             out[0][k] = uint8_t(GetV210(in[0].data(), V210Bit('Y', k)) >> 2);
          }
        }});
   c.push_back(
@@ -98,9 +65,9 @@ std::vector<KernelCase> Cases(ColorSpace &cs) {
        [](Rows &out, const Rows &in, int32_t n) {
          std::fill(out[0].begin(), out[0].end(), 0);
          for (size_t j = 0; j < size_t(n / 2); ++j) {
-           PutV210(out[0], V210Bit(kUAt, 3, j), in[1][j] << 2);
-           PutV210(out[0], V210Bit(kVAt, 3, j), in[2][j] << 2);
-           for (size_t k : {2 * j, 2 * j + 1}) PutV210(out[0], V210Bit(kYAt, 6, k), in[0][k] << 2);
+           PutV210(out[0], V210Bit('U', j), in[1][j] << 2);
+           PutV210(out[0], V210Bit('V', j), in[2][j] << 2);
+           for (size_t k : {2 * j, 2 * j + 1}) PutV210(out[0], V210Bit('Y', k), in[0][k] << 2);
          }
        }});
   // Op 5: luma of four-byte pixels, elements 2-4 weighing bytes 0-2; op 8:
@@ -202,15 +169,15 @@ std::vector<KernelCase> RowCases(ColorSpace &cs, bool up) {
                },
                [up](Rows &out, const Rows &in, int32_t n) {
                  const Pitched s{2, V210Bytes(n), up}, y{2, size_t(n), !up};
-                 const auto field = [&](int r, const int(*at)[2], size_t per, size_t i) {
-                   return GetV210(in[0].data() + s.At(r), V210Bit(at, per, i)) >> 2;
+                 const auto field = [&](int r, char comp, size_t i) {
+                   return GetV210(in[0].data() + s.At(r), V210Bit(comp, i)) >> 2;
                  };
                  for (size_t j = 0; j < size_t(n / 2); ++j) {
                    for (int r = 0; r < 2; ++r)
                      for (size_t k : {2 * j, 2 * j + 1})
-                       out[0][y.At(r) + k] = uint8_t(field(r, kYAt, 6, k));
-                   out[1][j] = uint8_t((3 * field(0, kUAt, 3, j) + field(1, kUAt, 3, j) + 2) >> 2);
-                   out[2][j] = uint8_t((3 * field(0, kVAt, 3, j) + field(1, kVAt, 3, j) + 2) >> 2);
+                       out[0][y.At(r) + k] = uint8_t(field(r, 'Y', k));
+                   out[1][j] = uint8_t((3 * field(0, 'U', j) + field(1, 'U', j) + 2) >> 2);
+                   out[2][j] = uint8_t((3 * field(0, 'V', j) + field(1, 'V', j) + 2) >> 2);
                  }
                }});
   // Chroma rows: the rounded-up mean of two rows; four rows interpolated to

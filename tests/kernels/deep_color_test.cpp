@@ -28,7 +28,6 @@ const Sizes kCoefOffsets = {2, 2};
 // floor((sum + 8192) / 16384), computed without a shift.
 int RoundQ14(int64_t sum) { return static_cast<int>(std::floor((sum + 8192) / 16384.0)); }
 int Clamp(int v, int hi) { return std::min(std::max(v, 0), hi); }
-int Coef(const Bytes &row, size_t i) { return static_cast<int16_t>(GetSample(row, i, 2)); }
 Bytes ToBytes(const Samples &s, int bytes) {
   Bytes b(s.size() * bytes);
   for (size_t i = 0; i < s.size(); ++i) PutSample(b, i, bytes, s[i]);

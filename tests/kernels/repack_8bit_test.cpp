@@ -20,22 +20,16 @@ using Table = TCS_KernelTable;
 
 constexpr uint8_t kAlpha = 0xA7;
 
-// Byte of component `comp` (the `which`-th of its kind) in a pair like "UYVY".
-size_t Pos(const char *layout, char comp, int which = 0) {
-  for (size_t i = 0; i < 4; ++i)
-    if (layout[i] == comp && which-- == 0) return i;
-  return 99;
-}
-
 // The 4:2:2 side of a row as planes Y, U, V: packed in `layout` (count / 2
 // pairs), or planar when layout is null.
 Rows Read422(const Rows &in, const char *layout, int32_t n) {
   if (!layout) return {in[0], in[1], in[2]};
+  const PairSlots at(layout);
   Rows pl(3);
   for (size_t p = 0; p < size_t(n / 2); ++p) {
     const uint8_t *s = &in[0][4 * p];
-    pl[0].insert(pl[0].end(), {s[Pos(layout, 'Y')], s[Pos(layout, 'Y', 1)]});
-    pl[1].push_back(s[Pos(layout, 'U')]), pl[2].push_back(s[Pos(layout, 'V')]);
+    pl[0].insert(pl[0].end(), {s[at.y0], s[at.y1]});
+    pl[1].push_back(s[at.u]), pl[2].push_back(s[at.v]);
   }
   return pl;
 }
@@ -44,13 +38,13 @@ Rows Read422(const Rows &in, const char *layout, int32_t n) {
 // planes as they are.
 void Write422(Rows &out, const char *layout, const Rows &pl) {
   for (size_t p = 0; p < pl[1].size(); ++p) {
-    const uint8_t y[2] = {pl[0][2 * p], pl[0][2 * p + 1]};
     if (!layout) {
       out[1][p] = pl[1][p], out[2][p] = pl[2][p];
       continue;
     }
-    out[0][4 * p + Pos(layout, 'Y')] = y[0], out[0][4 * p + Pos(layout, 'Y', 1)] = y[1];
-    out[0][4 * p + Pos(layout, 'U')] = pl[1][p], out[0][4 * p + Pos(layout, 'V')] = pl[2][p];
+    const PairSlots at(layout);
+    uint8_t *d = &out[0][4 * p];
+    d[at.y0] = pl[0][2 * p], d[at.y1] = pl[0][2 * p + 1], d[at.u] = pl[1][p], d[at.v] = pl[2][p];
   }
   if (!layout) std::copy(pl[0].begin(), pl[0].end(), out[0].begin());
 }

@@ -8,6 +8,7 @@
 
 #include <cstring>
 #include <functional>
+#include <tuple>
 #include <vector>
 
 #include "support/kernel_harness.hpp"
@@ -15,38 +16,6 @@
 namespace {
 
 using namespace tqcs::test;
-
-// Component kinds of a group: Y by pixel, U and V by pair.
-enum Kind { kY, kU, kV };
-struct Field {
-  Kind kind;
-  int index;  // pixel within the group for Y, pair within the group for U and V
-};
-constexpr Field kGroup[4][3] = {{{kU, 0}, {kY, 0}, {kV, 0}},
-                                {{kY, 1}, {kU, 1}, {kY, 2}},
-                                {{kV, 1}, {kY, 3}, {kU, 2}},
-                                {{kY, 4}, {kV, 2}, {kY, 5}}};
-
-// Where field f of word w sits among a row's components: kind, and index in
-// 4:2:2 order (Y0 U Y1 V per pair), or -1 past the row's `pairs` pairs.
-int64_t ComponentOf(size_t w, int f, int64_t pairs) {
-  const Field c = kGroup[w % 4][f];
-  const int64_t g = int64_t(w / 4);
-  const int64_t pair = c.kind == kY ? 3 * g + c.index / 2 : 3 * g + c.index;
-  if (pair >= pairs) return -1;
-  return 4 * pair + (c.kind == kY ? 2 * (c.index % 2) : c.kind == kU ? 1 : 3);
-}
-
-// Little-endian word w of a row.
-uint32_t Word(const Bytes &row, size_t w) {
-  return GetSample(row, 2 * w, 2) | GetSample(row, 2 * w + 1, 2) << 16;
-}
-
-// Words that carry the count / 2 pairs of a row.
-size_t Words(int32_t n) { return (4 * size_t(n / 2) + 2) / 3; }
-
-// Sample i (Y0 U Y1 V order) of a packed row stored in YUYV or UYVY order.
-size_t Slot(size_t i, bool yuyv) { return yuyv ? i : (i & ~size_t{3}) | ((i & 3) ^ 1); }
 
 struct V210Slot {
   const char *name;
@@ -73,7 +42,7 @@ uint32_t To10(uint32_t s, int bytes) { return bytes == 2 ? s >> 6 : s << 2; }
 uint32_t From10(uint32_t v, int bytes) { return bytes == 2 ? v << 6 : v >> 2; }
 
 KernelCase Make(const TCS_KernelTable &t, const V210Slot &s) {
-  const std::function<Sizes(int32_t)> v210 = [](int32_t n) { return Sizes{4 * Words(n)}; },
+  const std::function<Sizes(int32_t)> v210 = [](int32_t n) { return Sizes{V210Bytes(n)}; },
                                       packed = [&s](int32_t n) {
                                         return Sizes{4 * size_t(n / 2) * s.bytes};
                                       };
@@ -82,20 +51,19 @@ KernelCase Make(const TCS_KernelTable &t, const V210Slot &s) {
           s.toV210 ? v210 : packed,
           [&t, &s](Args a, int32_t n) { s.call(t, a, n); },
           [&s](Rows &out, const Rows &in, int32_t n) {
-            for (size_t w = 0; w < Words(n); ++w) {
-              uint32_t word = 0;
-              for (int f = 0; f < 3; ++f) {
-                const int64_t i = ComponentOf(w, f, n / 2);
-                if (i < 0) continue;
-                const size_t at = Slot(size_t(i), s.yuyv);
+            const PairSlots at(s.yuyv ? "YUYV" : "UYVY");
+            if (s.toV210) std::fill(out[0].begin(), out[0].end(), 0);
+            for (size_t p = 0; p < size_t(n / 2); ++p)
+              for (const auto &[comp, index, slot] : {std::tuple{'Y', 2 * p, at.y0},
+                                                      {'Y', 2 * p + 1, at.y1},
+                                                      {'U', p, at.u},
+                                                      {'V', p, at.v}}) {
+                const size_t bit = V210Bit(comp, index), i = 4 * p + size_t(slot);
                 if (s.toV210)
-                  word |= To10(GetSample(in[0], at, s.bytes), s.bytes) << (10 * f);
+                  PutV210(out[0], bit, To10(GetSample(in[0], i, s.bytes), s.bytes));
                 else
-                  PutSample(out[0], at, s.bytes,
-                            From10(Word(in[0], w) >> (10 * f) & 0x3FF, s.bytes));
+                  PutSample(out[0], i, s.bytes, From10(GetV210(in[0].data(), bit), s.bytes));
               }
-              for (int b = 0; s.toV210 && b < 4; ++b) out[0][4 * w + b] = uint8_t(word >> (8 * b));
-            }
           },
           {},
           2};
