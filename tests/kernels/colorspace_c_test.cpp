@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "kernels/colorspace.hpp"
@@ -74,9 +75,7 @@ std::vector<KernelCase> Cases(ColorSpace &cs) {
   // the eight gains repeat along the row. Both round and clamp.
   c.push_back(
       {"RGB_2_YUV_Matrix",
-       [](int32_t n) {
-         return Sizes{16, 4 * size_t(n)};
-       },
+       PerCount({4}, {16}),
        PerCount({1}),
        [&cs](Args a, int32_t n) { cs.RGB_2_YUV_Matrix(a.out[0], a.in[1], a.in[0], n); },
        [](Rows &out, const Rows &in, int32_t n) {
@@ -89,9 +88,7 @@ std::vector<KernelCase> Cases(ColorSpace &cs) {
        },
        {2}});
   c.push_back({"Scale_Q14",
-               [](int32_t n) {
-                 return Sizes{16, size_t(n)};
-               },
+               PerCount({1}, {16}),
                PerCount({1}),
                [&cs](Args a, int32_t n) { cs.Scale_Q14(a.out[0], a.in[1], a.in[0], n); },
                [](Rows &out, const Rows &in, int32_t n) {
@@ -120,9 +117,7 @@ std::vector<KernelCase> Cases(ColorSpace &cs) {
     // 16-bit RGB (10 significant bits) to packed 16-bit: luma like the GBR
     // row, U then V; chroma of the even pixel, a lone last pixel's Y twice.
     c.push_back({std::string("RGB48_2_") + order + "16_Matrix",
-                 [](int32_t n) {
-                   return Sizes{16, 16, 6 * size_t(n)};
-                 },
+                 PerCount({6}, {16, 16}),
                  [](int32_t n) { return Sizes{8 * size_t((n + 1) / 2)}; },
                  [&cs, yuyv](Args a, int32_t n) {
                    (yuyv ? cs.RGB48_2_YUYV16_Matrix(a.out[0], a.in[2], a.in[0], a.in[1], n)
@@ -152,6 +147,7 @@ std::vector<KernelCase> Cases(ColorSpace &cs) {
 // The operations on rows apart, one set for rows going down in memory and one
 // for rows going up (and destination luma rows the other way round).
 std::vector<KernelCase> RowCases(ColorSpace &cs, bool up) {
+  using C = ColorSpace;
   std::vector<KernelCase> c;
   const std::string dir = up ? "_Up" : "_Down";
   // Two V210 rows to 4:2:0: luma of both, chroma weighed 3:1, (3a + b + 2) >> 2.
@@ -180,54 +176,38 @@ std::vector<KernelCase> RowCases(ColorSpace &cs, bool up) {
                    out[2][j] = uint8_t((3 * field(0, 'V', j) + field(1, 'V', j) + 2) >> 2);
                  }
                }});
-  // Chroma rows: the rounded-up mean of two rows; four rows interpolated to
-  // one midway between the middle two, clamped.
-  for (int bytes : {1, 2}) {
-    const std::string depth = bytes == 1 ? "" : "_16";
-    c.push_back(
-        {"UV_Avg" + depth + dir,
-         [=](int32_t n) {
-           return Sizes{Pitched{2, bytes * size_t(n), up}.size()};
-         },
-         PerCount({size_t(bytes)}),
-         [&cs, bytes, up](Args a, int32_t n) {
-           const Pitched s{2, bytes * size_t(n), up};
-           (bytes == 1
-                ? cs.YUV422_2_YUV420_UV_Avg(a.out[0], a.in[0] + s.At(0), s.pitch(), n)
-                : cs.YUV422_16_2_YUV420_16_UV_Avg(a.out[0], a.in[0] + s.At(0), s.pitch(), n));
-         },
-         [bytes, up](Rows &out, const Rows &in, int32_t n) {
-           const Pitched s{2, bytes * size_t(n), up};
-           for (int32_t i = 0; i < n; ++i)
-             PutSample(out[0], i, bytes,
-                       (GetSample(in[0].data() + s.At(0), i, bytes) +
-                        GetSample(in[0].data() + s.At(1), i, bytes) + 1) >>
-                           1);
-         }});
-    c.push_back(
-        {"UV_Interpolate_4Tap" + depth + dir,
-         [=](int32_t n) {
-           return Sizes{Pitched{4, bytes * size_t(n), up}.size()};
-         },
-         PerCount({size_t(bytes)}),
-         [&cs, bytes, up](Args a, int32_t n) {
-           const Pitched s{4, bytes * size_t(n), up};
-           (bytes == 1 ? cs.UV_Interpolate_4Tap(a.out[0], a.in[0] + s.At(0), s.pitch(), n)
-                       : cs.UV_Interpolate_4Tap_16(a.out[0], a.in[0] + s.At(0), s.pitch(), n));
-         },
-         [bytes, up](Rows &out, const Rows &in, int32_t n) {
-           const Pitched s{4, bytes * size_t(n), up};
-           for (int32_t i = 0; i < n; ++i) {
-             long r[4];
-             for (int k = 0; k < 4; ++k) r[k] = GetSample(in[0].data() + s.At(k), i, bytes);
-             PutSample(out[0], i, bytes,
-                       Clamp((9 * (r[1] + r[2]) - r[0] - r[3] + 8) >> 4, bytes == 1 ? 255 : 65535));
-           }
-         }});
-  }
+  // Chroma rows: the rounded-up mean of two rows, (a + b + 1) >> 1; four
+  // rows interpolated midway between the middle two, (9 (b + c) - a - d + 8)
+  // >> 4, clamped.
+  using Filter = void (ColorSpace::*)(uint8_t *, const uint8_t *, int64_t, int32_t);
+  using Filter16 = void (ColorSpace::*)(uint16_t *, const uint16_t *, int64_t, int32_t);
+  const std::tuple<const char *, Filter, Filter16, std::vector<long>> filters[] = {
+      {"UV_Avg", &C::YUV422_2_YUV420_UV_Avg, &C::YUV422_16_2_YUV420_16_UV_Avg, {1, 1}},
+      {"UV_Interpolate_4Tap", &C::UV_Interpolate_4Tap, &C::UV_Interpolate_4Tap_16, {-1, 9, 9, -1}}};
+  for (const auto &[name, f8, f16, w] : filters)
+    for (int bytes : {1, 2}) {
+      const auto rows = [=, taps = int(w.size())](int32_t n) {
+        return Pitched{taps, bytes * size_t(n), up};
+      };
+      c.push_back({name + std::string(bytes == 1 ? "" : "_16") + dir,
+                   [=](int32_t n) { return Sizes{rows(n).size()}; }, PerCount({size_t(bytes)}),
+                   [=, &cs, f8 = f8, f16 = f16](Args a, int32_t n) {
+                     const Pitched s = rows(n);
+                     bytes == 1 ? (cs.*f8)(a.out[0], a.in[0] + s.At(0), s.pitch(), n)
+                                : (cs.*f16)(a.out[0], a.in[0] + s.At(0), s.pitch(), n);
+                   },
+                   [=, w = w](Rows &out, const Rows &in, int32_t n) {
+                     const int shift = w.size() == 2 ? 1 : 4;
+                     for (int32_t i = 0; i < n; ++i) {
+                       long sum = 1 << (shift - 1);
+                       for (size_t k = 0; k < w.size(); ++k)
+                         sum += w[k] * long(GetSample(in[0].data() + rows(n).At(int(k)), i, bytes));
+                       PutSample(out[0], i, bytes, Clamp(sum >> shift, bytes == 1 ? 255 : 65535));
+                     }
+                   }});
+    }
   // Ops 15 to 22: two packed rows to 4:2:0. Luma changes depth by a shift;
   // chroma is the rounded mean, then shifted.
-  using C = ColorSpace;
   struct To420 {
     const char *order;
     int srcBytes, dstBytes;

@@ -50,7 +50,7 @@ struct ToYuv {
 };
 // Sources: luma row, chroma row, pixels.
 #define TQCS_TO_YUV(fn, inBytes, inComps, out, ...)                                                \
-  {                                                                                                \
+  ToYuv {                                                                                          \
 #fn, inBytes, inComps, Out::out,                                                               \
         [](const Table &t, Args a, int32_t n) { t.fn(__VA_ARGS__, a.in[2], n, a.in[0], a.in[1]); } \
   }
@@ -90,9 +90,7 @@ Rows Arrange(Out out, const Samples &y, const Samples &u, const Samples &v) {
 KernelCase MakeToYuv(const Table &t, const ToYuv &s) {
   return {
       s.name,
-      [&s](int32_t n) {
-        return Sizes{16, 16, size_t(n) * s.inComps * s.inBytes};
-      },
+      PerCount({size_t(s.inComps * s.inBytes)}, {16, 16}),
       [&s](int32_t n) {
         const size_t c = 2 * size_t(n / 2);
         return s.out == Out::kPlanar ? Sizes{2 * size_t(n), c, c} : Sizes{8 * size_t((n + 1) / 2)};
@@ -172,7 +170,7 @@ void CallRgb(void (*fn)(D *, const S *, const S *, const S *, int32_t, const int
   fn(a.out[0], a.in[2], a.in[3], a.in[4], n, a.in[0], a.in[1]);
 }
 #define TQCS_TO_RGB(fn, in, bgr, outBytes, alpha)                      \
-  {                                                                    \
+  ToRgb {                                                              \
 #fn, In::in, bgr, outBytes, alpha,                                 \
         [](const Table &t, Args a, int32_t n) { CallRgb(t.fn, a, n); } \
   }
@@ -281,14 +279,14 @@ TEST(DeepToRgbRows, ChromaInterpolationAndClampingByHand) {
           RunKernel(c, rows(Coefs({16384}), Coefs({0, 16384}), Samples(n, half << up), c0), n)[0],
           ToBytes(expect, s.outBytes))
           << c.name;
-      for (uint32_t extreme : {uint32_t(max) << up, 0u}) {
-        const Rows sd = rows(Coefs({22970, -11700}), Coefs({-5638, 29032}), Samples(4, extreme),
-                             Samples(4 / (q ? 4 : 2), extreme));
-        const Bytes out = RunKernel(c, sd, 4)[0];
-        for (int i = 0; i < 4; ++i)
-          EXPECT_TRUE(GetSample(out, 4 * i, s.outBytes) == scale(extreme ? max : 0) &&
-                      GetSample(out, 4 * i + 2, s.outBytes) == scale(extreme ? max : 0))
-              << c.name << " pixel " << i << " extreme " << extreme;
+      for (uint8_t v : {0x00, 0xFF}) {  // Y, U and V at the bottom or the top
+        Rows src = RandomSources(c, 4, 0);
+        for (size_t r = 2; r < src.size(); ++r) std::fill(src[r].begin(), src[r].end(), v);
+        src[0] = Coefs({22970, -11700}), src[1] = Coefs({-5638, 29032});
+        const Bytes out = RunKernel(c, src, 4)[0];
+        for (int i = 0; i < 8; ++i)
+          EXPECT_EQ(GetSample(out, 4 * (i / 2) + 2 * (i % 2), s.outBytes), scale(v ? max : 0))
+              << c.name << " pixel " << i / 2;
       }
     }
 }
@@ -303,11 +301,11 @@ struct Repack {
   void (*call)(const Table &, Args, int32_t);
 };
 #define TQCS_REPACK(fn, ...)                                                                \
-  {                                                                                         \
+  Repack {                                                                                  \
 #fn, __VA_ARGS__, [](const Table &t, Args a, int32_t n) { t.fn(a.out[0], a.in[0], n); } \
   }
 #define TQCS_REPACK_KEY(fn, ...)                                                       \
-  {                                                                                    \
+  Repack {                                                                             \
 #fn, __VA_ARGS__,                                                                  \
         [](const Table &t, Args a, int32_t n) { t.fn(a.out[0], a.in[0], a.in[1], n); } \
   }

@@ -95,7 +95,7 @@ struct PairSlot {
   void (*call)(const Table &, Args, int32_t);
 };
 #define TQCS_PAIR(fn, layout, kind, ...)                                                  \
-  {                                                                                       \
+  PairSlot {                                                                              \
 #fn, layout, kind, [](const Table &t, Args a, int32_t n) { t.fn##_Row(__VA_ARGS__); } \
   }
 #define PLANES a.in[0], a.in[1], a.in[2]
@@ -169,7 +169,7 @@ struct Repack {
   void (*call)(const Table &, Args, int32_t);
 };
 #define TQCS_REPACK(fn, from, pick, ...)                                                \
-  {                                                                                     \
+  Repack {                                                                              \
 #fn, from, pick, [](const Table &t, Args a, int32_t n) { t.fn##_Row(__VA_ARGS__); } \
   }
 const Repack kRepacks[] = {

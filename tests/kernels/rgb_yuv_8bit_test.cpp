@@ -65,7 +65,7 @@ struct ToYuvSlot {
 };
 #define R3 r[0], r[1], r[2]
 #define TQCS_TO_YUV(fn, bytes, out, pair, key, ...)              \
-  {                                                              \
+  ToYuvSlot {                                                    \
 #fn, bytes, Out::out, pair, key,                             \
         [](const Table &t, Args a, int32_t n,                    \
            const int16_t *const *r) { t.fn##_Row(__VA_ARGS__); } \
@@ -121,13 +121,10 @@ KernelCase MakeToYuv(const Table &t, const ToYuvSlot &s, const Standard &k, bool
   const CoefRows rows = (s.pairRows ? k.pair : k.common)[blueFirst];
   return {std::string(s.name) + "_" + k.name + (blueFirst ? "_BFirst" : "_RFirst"),
           [&s](int32_t n) { return Sizes{size_t(n) * s.srcBytes}; },
-          [&s](int32_t n) {
-            const size_t m = size_t(n);
-            Sizes z = {s.out == Out::kYuva                          ? 4 * m
-                       : s.out == Out::kYuyv || s.out == Out::kUyvy ? 4 * ((m + 1) / 2)
-                                                                    : m};
-            if (s.out == Out::kPlanar) z.insert(z.end(), {m / 2, m / 2});
-            if (s.key) z.push_back(m);
+          [&s](int32_t n) {  // the rows the layout fills
+            Sizes z;
+            for (const Bytes &r : LayOut(s, std::vector<Yuv>(n), Bytes(4 * size_t(n))))
+              z.push_back(r.size());
             return z;
           },
           [&t, &s, rows](Args a, int32_t n) { s.call(t, a, n, rows.data()); },
@@ -189,7 +186,7 @@ struct ToRgbSlot {
   void (*call)(const Table &, Args, int32_t, const CoefRows &);
 };
 #define TQCS_TO_RGB(fn, in, bytes, blueFirst, alpha, ...)                                    \
-  {                                                                                          \
+  ToRgbSlot {                                                                                \
 #fn, In::in, bytes, blueFirst, Alpha::alpha,                                             \
         [](const Table &t, Args a, int32_t n,                                                \
            const CoefRows &k) { t.fn##_Row(a.out[0], __VA_ARGS__, k[0], k[1], k[2], k[3]); } \

@@ -25,7 +25,7 @@ struct V210Slot {
   void (*call)(const TCS_KernelTable &, Args, int32_t);
 };
 #define TQCS_V210(fn, toV210, bytes, yuyv)                                              \
-  {                                                                                     \
+  V210Slot {                                                                            \
 #fn, toV210, bytes, yuyv,                                                           \
         [](const TCS_KernelTable &t, Args a, int32_t n) { t.fn(a.out[0], a.in[0], n); } \
   }

@@ -138,9 +138,9 @@ void ExpectNothingWritten(const KernelCase &c) {
   }
 }
 
-std::function<Sizes(int32_t)> PerCount(const Sizes &bytes) {
-  return [bytes](int32_t n) {
-    Sizes s;
+std::function<Sizes(int32_t)> PerCount(const Sizes &bytes, const Sizes &fixed) {
+  return [bytes, fixed](int32_t n) {
+    Sizes s = fixed;
     for (size_t b : bytes) s.push_back(b * static_cast<size_t>(n));
     return s;
   };

@@ -89,8 +89,9 @@ void ExpectModelOnRows(const KernelCase &c, const std::vector<int32_t> &counts);
 // destination as it was.
 void ExpectNothingWritten(const KernelCase &c);
 
-// Row sizes that grow by these many bytes per count: PerCount({4, 1}).
-std::function<Sizes(int32_t)> PerCount(const Sizes &bytes);
+// Row sizes that grow by these many bytes per count, after rows of fixed
+// sizes (coefficient rows): PerCount({4, 1}), PerCount({6}, {16, 16}).
+std::function<Sizes(int32_t)> PerCount(const Sizes &bytes, const Sizes &fixed = {});
 
 // make(table) lists the cases of one kernel table; this calls it for every
 // tested level and appends "_L<level>" to the names. Portable-only cases are
