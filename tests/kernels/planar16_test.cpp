@@ -5,7 +5,6 @@
 // bits of the shifted sample.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <utility>
 #include <vector>
 
