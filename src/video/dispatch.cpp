@@ -470,49 +470,46 @@ uint64_t TCS_ColorConvFrame(uint8_t *dst, int64_t dstPitch, int32_t dstFormat, c
                       Derive(srcFormat, src, srcPitch, height, false)}});
 }
 
-// The field forms check silently. Field buffers hold height / 2 rows.
+namespace {
+
+// The field forms check silently. Field buffers hold height / 2 rows; the
+// frame is the split's source or the compose's destination.
+uint64_t FieldForm(Form form, const uint8_t *frame, int64_t framePitch, int32_t frameCode,
+                   const uint8_t *field1, int64_t field1Pitch, const uint8_t *field2,
+                   int64_t field2Pitch, int32_t fieldCode, int32_t matrix, int32_t width,
+                   int32_t height, uint8_t flip) {
+  if (!Present(field1, field1Pitch) || !Present(field2, field2Pitch) ||
+      !Present(frame, framePitch) || !OptionsPass(matrix, width, height) || !Known(frameCode) ||
+      !Known(fieldCode))
+    return 0;
+  const bool split = form == Form::kSplit;
+  const int32_t srcCode = split ? frameCode : fieldCode, dstCode = split ? fieldCode : frameCode;
+  const Route &r = RouteOf(srcCode, dstCode);
+  const bool narrow = NarrowFieldOffsets(r);
+  const Image whole = Derive(frameCode, frame, framePitch, height, false);
+  const Image f1 = Derive(fieldCode, field1, field1Pitch, height >> 1, narrow);
+  const Image f2 = Derive(fieldCode, field2, field2Pitch, height >> 1, narrow);
+  return Execute(
+      r, {form, srcCode, dstCode, matrix, width, height, flip,
+          split ? std::array<Image, 3>{f1, f2, whole} : std::array<Image, 3>{whole, f1, f2}});
+}
+
+}  // namespace
+
 uint64_t TCS_ColorConvSplit(uint8_t *field1, int64_t field1Pitch, uint8_t *field2,
                             int64_t field2Pitch, int32_t dstFormat, const uint8_t *src,
                             int64_t srcPitch, int32_t srcFormat, int32_t matrix, int32_t width,
                             int32_t height, uint8_t flip) {
-  if (!Present(field1, field1Pitch) || !Present(field2, field2Pitch) || !Present(src, srcPitch) ||
-      !OptionsPass(matrix, width, height) || !Known(srcFormat) || !Known(dstFormat))
-    return 0;
-  const Route &r = RouteOf(srcFormat, dstFormat);
-  const int32_t rows = height >> 1;
-  const bool narrow = NarrowFieldOffsets(r);
-  return Execute(r, {Form::kSplit,
-                     srcFormat,
-                     dstFormat,
-                     matrix,
-                     width,
-                     height,
-                     flip,
-                     {Derive(dstFormat, field1, field1Pitch, rows, narrow),
-                      Derive(dstFormat, field2, field2Pitch, rows, narrow),
-                      Derive(srcFormat, src, srcPitch, height, false)}});
+  return FieldForm(Form::kSplit, src, srcPitch, srcFormat, field1, field1Pitch, field2, field2Pitch,
+                   dstFormat, matrix, width, height, flip);
 }
 
 uint64_t TCS_ColorConvCompose(uint8_t *dst, int64_t dstPitch, int32_t dstFormat,
                               const uint8_t *field1, int64_t field1Pitch, const uint8_t *field2,
                               int64_t field2Pitch, int32_t srcFormat, int32_t matrix, int32_t width,
                               int32_t height, uint8_t flip) {
-  if (!Present(dst, dstPitch) || !Present(field1, field1Pitch) || !Present(field2, field2Pitch) ||
-      !OptionsPass(matrix, width, height) || !Known(srcFormat) || !Known(dstFormat))
-    return 0;
-  const Route &r = RouteOf(srcFormat, dstFormat);
-  const int32_t rows = height >> 1;
-  const bool narrow = NarrowFieldOffsets(r);
-  return Execute(r, {Form::kCompose,
-                     srcFormat,
-                     dstFormat,
-                     matrix,
-                     width,
-                     height,
-                     flip,
-                     {Derive(dstFormat, dst, dstPitch, height, false),
-                      Derive(srcFormat, field1, field1Pitch, rows, narrow),
-                      Derive(srcFormat, field2, field2Pitch, rows, narrow)}});
+  return FieldForm(Form::kCompose, dst, dstPitch, dstFormat, field1, field1Pitch, field2,
+                   field2Pitch, srcFormat, matrix, width, height, flip);
 }
 
 // The descriptor forms: codes 0 to 10 route exactly as above with the planes
