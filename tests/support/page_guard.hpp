@@ -1,0 +1,42 @@
+// Memory that ends (or starts) exactly at an unreadable page, so a kernel or
+// driver that reads or writes one byte past the caller's region faults at
+// once instead of touching a neighbour's bytes.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace tqcs::test {
+
+enum class Guard { After, Before };
+
+// `size` usable bytes. With Guard::After the last byte is the last of a page
+// and the next page is inaccessible; with Guard::Before the first byte is the
+// first of a page and the page before it is inaccessible. For an unaligned
+// start against the guard, ask for `size + k` bytes and use `data() + k`.
+class PageGuarded {
+ public:
+  explicit PageGuarded(size_t size, Guard guard = Guard::After);
+  ~PageGuarded();
+  PageGuarded(const PageGuarded &) = delete;
+  PageGuarded &operator=(const PageGuarded &) = delete;
+  PageGuarded(PageGuarded &&other) noexcept;
+
+  uint8_t *data() { return data_; }
+  const uint8_t *data() const { return data_; }
+  size_t size() const { return size_; }
+  template <class T>
+  T *as() {
+    return reinterpret_cast<T *>(data_);
+  }
+  // Makes the usable bytes read-only (sources) or writable again.
+  void Protect(bool readOnly);
+
+ private:
+  uint8_t *map_ = nullptr;
+  size_t mapSize_ = 0;
+  uint8_t *data_ = nullptr;
+  size_t size_ = 0;
+};
+
+}  // namespace tqcs::test
