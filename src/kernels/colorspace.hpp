@@ -121,9 +121,12 @@ class ColorSpaceC : public ColorSpace {
                        int32_t) override;
 };
 
-// The SSE2 kernel object. Until its SIMD bodies land it inherits the portable
-// operations, which are its exact reference.
-class ColorSpaceSSE2 : public ColorSpaceC {};
+// The SSE2 kernel object (sse2/colorspace_sse2.cpp). Operations without an
+// SSE2 body yet are inherited from the portable object, their exact reference.
+class ColorSpaceSSE2 : public ColorSpaceC {
+ public:
+  void RGB_2_YUV_Matrix(uint8_t *, const uint8_t *, const int16_t *, int32_t) override;
+};
 
 // Selects (constructing on first need) the single instance of each class.
 // Both share one guard byte: bit 1 marks ColorSpaceSSE2, bit 2 ColorSpaceC.

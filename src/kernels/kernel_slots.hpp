@@ -24,4 +24,30 @@ namespace portable {
 TCS_KERNEL_SLOTS(TQCS_KERNEL_DECLARE)
 }
 
+// The SIMD tiers declare every slot under the same name; each defines only the
+// slots it implements (tiers.cpp lists them), in units compiled with that
+// tier's instruction set alone. Their bodies hand the tail of a row to the
+// portable routine above, never to an inline copy of it.
+namespace sse2 {
+TCS_KERNEL_SLOTS(TQCS_KERNEL_DECLARE)
+}
+namespace ssse3 {
+TCS_KERNEL_SLOTS(TQCS_KERNEL_DECLARE)
+}
+namespace sse41 {
+TCS_KERNEL_SLOTS(TQCS_KERNEL_DECLARE)
+}
+
+// The function-pointer type of each slot, so a tier list can refuse a routine
+// of the wrong shape at compile time.
+template <K kSlot>
+struct SlotFn;
+#define TQCS_KERNEL_FN_TYPE(n, name, ret, params) \
+  template <>                                     \
+  struct SlotFn<K::name> {                        \
+    using Type = ret(*) params;                   \
+  };
+TCS_KERNEL_SLOTS(TQCS_KERNEL_FN_TYPE)
+#undef TQCS_KERNEL_FN_TYPE
+
 }  // namespace tqcs

@@ -7,33 +7,6 @@
 namespace tqcs {
 namespace {
 
-#define TQCS_PORTABLE_ENTRY(n, name, ret, params) {n, Erase(&portable::name)},
-const SlotEntry kEveryPortable[] = {TCS_KERNEL_SLOTS(TQCS_PORTABLE_ENTRY)};
-#undef TQCS_PORTABLE_ENTRY
-
-// The portable tier: the same routine list restricted to the tiered slots.
-// Slot 144 shares the routine of slot 124.
-const auto kPortable = [] {
-  struct List {
-    SlotEntry entries[153];
-    int32_t size = 0;
-  } list{};
-  for (const SlotEntry &e : kEveryPortable) {
-    if (!IsTieredSlot(e.slot)) continue;
-    const bool shared = e.slot == static_cast<int32_t>(K::Int32_2_Int16_Deinterleave_Row);
-    list.entries[list.size++] = {e.slot, shared ? Erase(&portable::Deinterleave_Pairs_Row) : e.fn};
-  }
-  return list;
-}();
-
-// The SSE2 set leaves three kernels as the empty stub: on levels 1 to 4 those
-// operations do nothing. Kept for compatibility.
-const SlotEntry kSSE2[] = {
-    {static_cast<int32_t>(K::UYVY_Key_2_YUVA_Row), Erase(&EmptyStub)},
-    {static_cast<int32_t>(K::YUVA_2_UYVY_Key_Row), Erase(&EmptyStub)},
-    {static_cast<int32_t>(K::RGB24_2_RGB48_Expand_Row), Erase(&EmptyStub)},
-};
-
 constexpr Tier kLevel4[] = {Tier::SSE41, Tier::SSSE3, Tier::SSE2, Tier::Portable};
 constexpr Tier kLevel2[] = {Tier::SSSE3, Tier::SSE2, Tier::Portable};
 constexpr Tier kLevel1[] = {Tier::SSE2, Tier::Portable};
@@ -53,19 +26,6 @@ std::span<const Tier> TiersForLevel(uint32_t level) {
     default:
       return kLevel0;
   }
-}
-
-std::span<const SlotEntry> TierEntries(Tier tier) {
-  switch (tier) {
-    case Tier::SSE2:
-      return kSSE2;
-    case Tier::Portable:
-      return {kPortable.entries, static_cast<size_t>(kPortable.size)};
-    case Tier::SSE41:
-    case Tier::SSSE3:
-      break;
-  }
-  return {};
 }
 
 void FillTier(Tier tier, TCS_KernelTable &table) { FillNullSlots(table, TierEntries(tier)); }

@@ -9,13 +9,16 @@
 
 namespace tqcs {
 
+// The kernel tiers, most capable first. Named `sse41`, `ssse3`, `sse2` and
+// `portable` everywhere: folders, namespaces, tool output.
 enum class Tier { SSE41, SSSE3, SSE2, Portable };
+const char *TierName(Tier tier);
 
 // The tiers that a processor level installs, most capable first. Levels above
 // 4 are unknown to this library and get the portable tier only.
 std::span<const Tier> TiersForLevel(uint32_t level);
 
-// One tier's list of slots and routines.
+// One tier's list of slots and routines, in ascending slot order.
 std::span<const SlotEntry> TierEntries(Tier tier);
 
 // Stores one tier into the null slots of the table.

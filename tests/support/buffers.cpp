@@ -31,6 +31,8 @@ std::vector<uint8_t> RandomBytes(size_t size, uint32_t seed) {
 
 }  // namespace tqcs::test
 
+#include <TQCPUBase.h>
+
 #include <map>
 #include <mutex>
 
@@ -51,6 +53,13 @@ const TCS_KernelTable &KernelTableForLevel(uint32_t level) {
   return it->second;
 }
 
-std::vector<uint32_t> KernelTestLevels() { return {0, 1, 4}; }
+std::vector<uint32_t> KernelTestLevels() {
+  // A level above what this processor has would run instructions it lacks.
+  const uint32_t machine = TCB_GetCPUInsHighDetected();
+  std::vector<uint32_t> levels;
+  for (uint32_t level : {0u, 1u, 2u, 4u})
+    if (level == 0 || level <= machine) levels.push_back(level);
+  return levels;
+}
 
 }  // namespace tqcs::test

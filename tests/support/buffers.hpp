@@ -48,7 +48,8 @@ namespace tqcs::test {
 const TCS_KernelTable &KernelTableForLevel(uint32_t level);
 
 // The levels whose tables kernel tests run against: portable (0), SSE2 (1),
-// and the highest (4). Slots 53, 55 and 113 hold the empty stub on 1 to 4.
+// SSSE3 (2) and the highest (4), each only where this processor has it.
+// Slots 53, 55 and 113 hold the empty stub on 1 to 4.
 std::vector<uint32_t> KernelTestLevels();
 
 }  // namespace tqcs::test

@@ -1,0 +1,139 @@
+// The one place that states which slots each tier implements. Every entry is
+// typed from the slot list: a routine whose signature is not its slot's, or a
+// name that is not a slot, does not compile. Lists are grouped by the file
+// that defines the routines; TierEntries() hands them out in ascending slot
+// order, the order of the fill.
+#include <algorithm>
+#include <array>
+#include <initializer_list>
+
+#include "kernels/kernel_slots.hpp"
+#include "kernels/kernel_table.hpp"
+
+namespace tqcs {
+namespace {
+
+template <K kSlot>
+SlotEntry Entry(typename SlotFn<kSlot>::Type fn) {
+  return {static_cast<int32_t>(kSlot), Erase(fn)};
+}
+
+// The empty stub, stored on purpose in a slot of the SSE2 set.
+template <K kSlot>
+SlotEntry Stub() {
+  return {static_cast<int32_t>(kSlot), Erase(&EmptyStub)};
+}
+
+#define TQCS_SLOT(tier, name) Entry<K::name>(&tier::name)
+
+// A tier's entries in static storage (start-up allocates nothing), sorted by
+// slot.
+struct List {
+  std::array<SlotEntry, TCS_KERNEL_SLOT_COUNT> entries{};
+  size_t size = 0;
+  void Add(const SlotEntry &e) { entries[size++] = e; }
+  std::span<const SlotEntry> Ascending() {
+    std::sort(entries.begin(), entries.begin() + size,
+              [](const SlotEntry &a, const SlotEntry &b) { return a.slot < b.slot; });
+    return {entries.data(), size};
+  }
+};
+
+List Listed(std::initializer_list<SlotEntry> entries) {
+  List list;
+  for (const SlotEntry &e : entries) list.Add(e);
+  return list;
+}
+
+List PortableList() {
+#define TQCS_PORTABLE_ENTRY(n, name, ret, params) TQCS_SLOT(portable, name),
+  const SlotEntry all[] = {TCS_KERNEL_SLOTS(TQCS_PORTABLE_ENTRY)};
+#undef TQCS_PORTABLE_ENTRY
+  List list;
+  for (const SlotEntry &e : all)
+    if (IsTieredSlot(e.slot)) list.Add(e);
+  // Slot 144's portable entry is the routine of slot 124.
+  for (size_t i = 0; i < list.size; ++i)
+    if (list.entries[i].slot == static_cast<int32_t>(K::Int32_2_Int16_Deinterleave_Row))
+      list.entries[i] = Entry<K::Int32_2_Int16_Deinterleave_Row>(&portable::Deinterleave_Pairs_Row);
+  return list;
+}
+
+List SSE2List() {
+  return Listed({
+      // The SSE2 set leaves three kernels as the empty stub: on levels 1 to 4
+      // those operations do nothing. Kept for compatibility.
+      Stub<K::UYVY_Key_2_YUVA_Row>(), Stub<K::YUVA_2_UYVY_Key_Row>(),
+      Stub<K::RGB24_2_RGB48_Expand_Row>(),
+
+      // sse2/repack_8bit.cpp
+
+      // sse2/rgb_to_yuv_8bit.cpp
+
+      // sse2/yuv_to_rgb_8bit.cpp
+
+      // sse2/chroma_resample.cpp
+
+      // sse2/planar16.cpp
+
+      // sse2/deep_color.cpp
+
+      // sse2/pack_8plus2.cpp
+
+      // sse2/v210.cpp
+  });
+}
+
+// Byte-shuffle repacks (levels 2 to 4).
+List SSSE3List() {
+  return Listed({
+      // ssse3/repack_8bit.cpp
+  });
+}
+
+// VEX-encoded SSE4.1 (level 4).
+List SSE41List() {
+  return Listed({
+      // sse41/repack_8bit.cpp
+  });
+}
+
+#undef TQCS_SLOT
+
+}  // namespace
+
+std::span<const SlotEntry> TierEntries(Tier tier) {
+  static List sse41List = SSE41List(), ssse3List = SSSE3List(), sse2List = SSE2List(),
+              portableList = PortableList();
+  static const std::span<const SlotEntry> sse41 = sse41List.Ascending(),
+                                          ssse3 = ssse3List.Ascending(),
+                                          sse2 = sse2List.Ascending(),
+                                          portable = portableList.Ascending();
+  switch (tier) {
+    case Tier::SSE41:
+      return sse41;
+    case Tier::SSSE3:
+      return ssse3;
+    case Tier::SSE2:
+      return sse2;
+    case Tier::Portable:
+      break;
+  }
+  return portable;
+}
+
+const char *TierName(Tier tier) {
+  switch (tier) {
+    case Tier::SSE41:
+      return "sse41";
+    case Tier::SSSE3:
+      return "ssse3";
+    case Tier::SSE2:
+      return "sse2";
+    case Tier::Portable:
+      break;
+  }
+  return "portable";
+}
+
+}  // namespace tqcs

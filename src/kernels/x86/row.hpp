@@ -1,0 +1,59 @@
+// Small load, store and row-loop helpers for the SIMD tiers. Private to
+// src/kernels/{sse2,ssse3,sse41}: portable units never include it.
+//
+// Everything here has internal linkage (an unnamed namespace), so each unit
+// keeps its own copy compiled with its own instruction set: an SSSE3 unit's
+// copy can never be linked into an SSE2 path.
+//
+// The shape of every row kernel:
+//   1. a main body over whole blocks of pixels, with unaligned loads and
+//      stores that stay inside the block's own bytes;
+//   2. the remaining pixels (fewer than a block, or the pairs a kernel must
+//      leave to its last-pair rule) handed to the portable routine of the
+//      same slot at the pixel where the body stopped.
+// No load or store ever touches a byte outside the caller's row, even inside
+// the same page: the body stops where the next whole block would need one
+// byte more than the row holds.
+#pragma once
+
+#include <emmintrin.h>
+
+#include <cstdint>
+#include <cstring>
+#include <type_traits>
+
+namespace tqcs::x86 {
+namespace {
+
+inline __m128i Load(const void *p) { return _mm_loadu_si128(static_cast<const __m128i *>(p)); }
+inline void Store(void *p, __m128i v) { _mm_storeu_si128(static_cast<__m128i *>(p), v); }
+// The low 8 bytes, the rest zero.
+inline __m128i Load64(const void *p) { return _mm_loadl_epi64(static_cast<const __m128i *>(p)); }
+inline void Store64(void *p, __m128i v) { _mm_storel_epi64(static_cast<__m128i *>(p), v); }
+// 4 bytes in lane 0, the rest zero.
+inline __m128i Load32(const void *p) {
+  int32_t v;
+  std::memcpy(&v, p, sizeof v);
+  return _mm_cvtsi32_si128(v);
+}
+inline void Store32(void *p, __m128i v) {
+  const int32_t s = _mm_cvtsi128_si32(v);
+  std::memcpy(p, &s, sizeof s);
+}
+
+// Byte pointer arithmetic for rows of any sample type.
+template <class T>
+inline T *Advance(T *p, int64_t bytes) {
+  using Byte = std::conditional_t<std::is_const_v<T>, const uint8_t, uint8_t>;
+  return reinterpret_cast<T *>(reinterpret_cast<Byte *>(p) + bytes);
+}
+
+// The number of whole blocks of kBlock units in `count` units (0 for counts
+// below one block, and for negative counts).
+template <int kBlock>
+inline int32_t WholeBlocks(int32_t count) {
+  return count >= kBlock ? count / kBlock : 0;
+}
+
+}  // namespace
+}  // namespace tqcs::x86
