@@ -101,6 +101,13 @@ SlotSignature SignatureOf(int32_t slot) {
   return {};
 }
 
+const char *SlotName(int32_t slot) {
+#define TQCS_NAME_ENTRY(n, name, ret, params) #name,
+  static const char *const names[] = {TCS_KERNEL_SLOTS(TQCS_NAME_ENTRY)};
+#undef TQCS_NAME_ENTRY
+  return slot >= 0 && slot < TCS_KERNEL_SLOT_COUNT ? names[slot] : "?";
+}
+
 void CallSlot(const TCS_KernelTable &table, int32_t slot, const CallArgs &args) {
   switch (slot) {
 #define TQCS_CALL_CASE(n, name, ret, params)                                \

@@ -128,6 +128,9 @@ struct SlotSignature {
 };
 SlotSignature SignatureOf(int32_t slot);
 
+// The slot's kernel name.
+const char *SlotName(int32_t slot);
+
 // Calls slot `slot` of `table` with `args`.
 void CallSlot(const TCS_KernelTable &table, int32_t slot, const CallArgs &args);
 
