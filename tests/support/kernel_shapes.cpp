@@ -76,6 +76,16 @@ const std::vector<KernelShape> &AllShapes() {
       {K::RGB24_2_HSV_Row, {Px(2), Px(1), Px(1), Px(3)}},
       {K::BGR24_2_HSV_Row, {Px(2), Px(1), Px(1), Px(3)}},
       {K::RGB24_Histogram_Row, {Fixed(1024), Fixed(1024), Fixed(1024), Px(3)}},
+
+      // 16-bit RGB and the deep-colour YUV families (deep_color).
+
+      // 16-bit planar and packed moves (planar16).
+
+      // 8+2 packing (pack_8plus2).
+
+      // V210 (v210).
+
+      // Key planes, chroma interleaving and zero fills (repack_8bit).
   };
   return shapes;
 }
