@@ -76,7 +76,7 @@ struct PackedReader {
     const __m128i x0 = Load(s), x1 = Load(s + 16);
     const __m128i c0 = Centre(Order::Chroma(x0)), c1 = Centre(Order::Chroma(x1));
     const __m128i c8 = Centre(Order::Chroma(Load32(s + 32)));
-    Block b;
+    Block b{};
     b.y[0] = Order::Luma(x0);
     b.y[1] = Order::Luma(x1);
     PairsToPixels(c0, _mm_or_si128(_mm_srli_si128(c0, 4), _mm_slli_si128(c1, 12)), b.c);
@@ -101,7 +101,7 @@ struct PlanarReader {
     __m128i c[2], next[2];
     Chroma(px / 2, c);
     Chroma(px / 2 + 1, next);
-    Block b;
+    Block b{};
     b.y[0] = _mm_unpacklo_epi8(luma, zero);
     b.y[1] = _mm_unpackhi_epi8(luma, zero);
     PairsToPixels(c[0], next[0], b.c);
@@ -119,7 +119,7 @@ struct YuvaReader {
   Block Read(Index px) const {
     const __m128i low = _mm_set1_epi32(0xFF), third = _mm_set1_epi32(0xFF0000);
     __m128i x[4], luma[4], alpha[4];
-    Block b;
+    Block b{};
     for (int i = 0; i < 4; ++i) x[i] = Load(src + 4 * px + 16 * i);
     for (int i = 0; i < 4; ++i) {
       // Y U V A -> (U, V) in 16-bit lanes.
