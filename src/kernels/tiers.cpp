@@ -71,6 +71,14 @@ List SSE2List() {
       // sse2/rgb_to_yuv_8bit.cpp
 
       // sse2/yuv_to_rgb_8bit.cpp
+      TQCS_SLOT(sse2, YUYV_2_RGB32_Row), TQCS_SLOT(sse2, YUYV_2_BGR32_Row),
+      TQCS_SLOT(sse2, UYVY_2_RGB32_Row), TQCS_SLOT(sse2, UYVY_2_BGR32_Row),
+      TQCS_SLOT(sse2, YUVA_2_RGB32_Row), TQCS_SLOT(sse2, YUVA_2_BGR32_Row),
+      TQCS_SLOT(sse2, YUV422_2_RGB32_Row), TQCS_SLOT(sse2, YUV422_2_BGR32_Row),
+      TQCS_SLOT(sse2, YUV422_2_RGB24_Row), TQCS_SLOT(sse2, YUV422_2_BGR24_Row),
+      TQCS_SLOT(sse2, YUYV_2_RGB24_Row), TQCS_SLOT(sse2, YUYV_2_BGR24_Row),
+      TQCS_SLOT(sse2, UYVY_2_RGB24_Row), TQCS_SLOT(sse2, UYVY_2_BGR24_Row),
+      TQCS_SLOT(sse2, YUVA_2_RGB24_Row), TQCS_SLOT(sse2, YUVA_2_BGR24_Row),
 
       // sse2/chroma_resample.cpp
 
