@@ -221,6 +221,25 @@ int32_t Blocks(Writer write, const uint8_t *src, int32_t count, const Matrix &m)
   return steps * kStep;
 }
 
+// The 4:2:2 rows: whole blocks here, the rest by the portable routine of the
+// same slot (kRest) at the pixel where the blocks stopped.
+using MatrixOf = Matrix (*)(const int16_t *, const int16_t *, const int16_t *);
+
+template <int kBytes, class Order, MatrixOf kMatrix, decltype(&portable::RGB24_2_YUYV_Row) kRest>
+void PackedRow(uint8_t *dst, const uint8_t *src, int32_t count, TCS_R3) {
+  const Index done = Blocks<kBytes>(PackedWriter<Order>{dst}, src, count, kMatrix(r1, r2, r3));
+  kRest(dst + 2 * done, src + kBytes * done, count - done, r1, r2, r3);
+}
+
+template <int kBytes, decltype(&portable::RGB24_2_YUV422_Row) kRest>
+void PlanarRow(uint8_t *dstY, uint8_t *dstU, uint8_t *dstV, const uint8_t *src, int32_t count,
+               TCS_R3) {
+  const Index done =
+      Blocks<kBytes>(PlanarWriter{dstY, dstU, dstV}, src, count, RoundedMatrix(r1, r2, r3));
+  kRest(dstY + done, dstU + done / 2, dstV + done / 2, src + kBytes * done, count - done, r1, r2,
+        r3);
+}
+
 }  // namespace
 
 int32_t RGB32_Luma_Blocks(uint8_t *dst, const uint8_t *src, const int16_t *coef, int32_t count) {
@@ -246,27 +265,19 @@ void sse2::RGB24_2_YUVA_Row(uint8_t *dst, const uint8_t *src, int32_t count, uin
 }
 void sse2::RGB32_2_YUV422_Row(uint8_t *dstY, uint8_t *dstU, uint8_t *dstV, const uint8_t *src,
                               int32_t count, TCS_R3) {
-  const Index done =
-      Blocks<4>(PlanarWriter{dstY, dstU, dstV}, src, count, RoundedMatrix(r1, r2, r3));
-  portable::RGB32_2_YUV422_Row(dstY + done, dstU + done / 2, dstV + done / 2, src + 4 * done,
-                               count - done, r1, r2, r3);
+  PlanarRow<4, portable::RGB32_2_YUV422_Row>(dstY, dstU, dstV, src, count, r1, r2, r3);
 }
 void sse2::RGB24_2_YUV422_Row(uint8_t *dstY, uint8_t *dstU, uint8_t *dstV, const uint8_t *src,
                               int32_t count, TCS_R3) {
-  const Index done =
-      Blocks<3>(PlanarWriter{dstY, dstU, dstV}, src, count, RoundedMatrix(r1, r2, r3));
-  portable::RGB24_2_YUV422_Row(dstY + done, dstU + done / 2, dstV + done / 2, src + 3 * done,
-                               count - done, r1, r2, r3);
+  PlanarRow<3, portable::RGB24_2_YUV422_Row>(dstY, dstU, dstV, src, count, r1, r2, r3);
 }
 void sse2::RGB24_2_YUYV_Row(uint8_t *dst, const uint8_t *src, int32_t count, TCS_R3) {
-  const Index done =
-      Blocks<3>(PackedWriter<PairOrderYUYV>{dst}, src, count, RoundedMatrix(r1, r2, r3));
-  portable::RGB24_2_YUYV_Row(dst + 2 * done, src + 3 * done, count - done, r1, r2, r3);
+  PackedRow<3, PairOrderYUYV, RoundedMatrix, portable::RGB24_2_YUYV_Row>(dst, src, count, r1, r2,
+                                                                         r3);
 }
 void sse2::RGB24_2_UYVY_Row(uint8_t *dst, const uint8_t *src, int32_t count, TCS_R3) {
-  const Index done =
-      Blocks<3>(PackedWriter<PairOrderUYVY>{dst}, src, count, RoundedMatrix(r1, r2, r3));
-  portable::RGB24_2_UYVY_Row(dst + 2 * done, src + 3 * done, count - done, r1, r2, r3);
+  PackedRow<3, PairOrderUYVY, RoundedMatrix, portable::RGB24_2_UYVY_Row>(dst, src, count, r1, r2,
+                                                                         r3);
 }
 void sse2::RGB24_2_Gray_Row(uint8_t *dst, const uint8_t *src, const int16_t *coef, int32_t count) {
   const Index done = Blocks<3>(LumaWriter{dst}, src, count, LumaMatrix(coef));
@@ -275,14 +286,10 @@ void sse2::RGB24_2_Gray_Row(uint8_t *dst, const uint8_t *src, const int16_t *coe
 
 // RGB32 -> packed 4:2:2, pair pattern, truncating.
 void sse2::RGB32_2_YUYV_Row(uint8_t *dst, const uint8_t *src, int32_t count, TCS_R3) {
-  const Index done =
-      Blocks<4>(PackedWriter<PairOrderYUYV>{dst}, src, count, PairMatrix(r1, r2, r3));
-  portable::RGB32_2_YUYV_Row(dst + 2 * done, src + 4 * done, count - done, r1, r2, r3);
+  PackedRow<4, PairOrderYUYV, PairMatrix, portable::RGB32_2_YUYV_Row>(dst, src, count, r1, r2, r3);
 }
 void sse2::RGB32_2_UYVY_Row(uint8_t *dst, const uint8_t *src, int32_t count, TCS_R3) {
-  const Index done =
-      Blocks<4>(PackedWriter<PairOrderUYVY>{dst}, src, count, PairMatrix(r1, r2, r3));
-  portable::RGB32_2_UYVY_Row(dst + 2 * done, src + 4 * done, count - done, r1, r2, r3);
+  PackedRow<4, PairOrderUYVY, PairMatrix, portable::RGB32_2_UYVY_Row>(dst, src, count, r1, r2, r3);
 }
 
 }  // namespace tqcs
