@@ -91,18 +91,24 @@ inline __m128i Apply8(const Output &o, const Split &lo, const Split &hi) {
   return _mm_packs_epi32(Apply(o, lo), Apply(o, hi));
 }
 
-// Eight source pixels, one per 32-bit lane (pixels 0-3 and 4-7); byte 3 of
-// each lane is the pixel's fourth byte or whatever follows its third.
+// Eight source pixels, one per 32-bit lane (pixels 0-3 and 4-7; byte 3 of
+// each lane is the pixel's fourth byte or whatever follows its third), and
+// each half split once for all outputs.
 struct Block {
   __m128i p0, p1;
+  Split s0, s1;
 };
+
+inline Block MakeBlock(__m128i p0, __m128i p1) {
+  return {p0, p1, SplitPixels(p0), SplitPixels(p1)};
+}
 
 template <int kBytes>
 Block LoadBlock(const uint8_t *s);
 
 template <>
 inline Block LoadBlock<4>(const uint8_t *s) {
-  return {Load(s), Load(s + 16)};
+  return MakeBlock(Load(s), Load(s + 16));
 }
 
 // 3-byte pixels: a 32-bit load at each pixel; the last one is loaded one byte
@@ -112,20 +118,23 @@ inline __m128i Gather4(__m128i a, __m128i b, __m128i c, __m128i d) {
 }
 template <>
 inline Block LoadBlock<3>(const uint8_t *s) {
-  return {
+  return MakeBlock(
       Gather4(Load32(s), Load32(s + 3), Load32(s + 6), Load32(s + 9)),
-      Gather4(Load32(s + 12), Load32(s + 15), Load32(s + 18), _mm_srli_si128(Load32(s + 20), 1))};
+      Gather4(Load32(s + 12), Load32(s + 15), Load32(s + 18), _mm_srli_si128(Load32(s + 20), 1)));
 }
 
-// The even pixels 0, 2, 4, 6 of a block.
-inline __m128i EvenPixels(const Block &b) {
+// The even pixels 0, 2, 4, 6 of a block, split.
+inline __m128i EvenLanes(__m128i a, __m128i b) {
   return _mm_castps_si128(
-      _mm_shuffle_ps(_mm_castsi128_ps(b.p0), _mm_castsi128_ps(b.p1), _MM_SHUFFLE(2, 0, 2, 0)));
+      _mm_shuffle_ps(_mm_castsi128_ps(a), _mm_castsi128_ps(b), _MM_SHUFFLE(2, 0, 2, 0)));
+}
+inline Split EvenPixels(const Block &b) {
+  return {EvenLanes(b.s0.b02, b.s1.b02), EvenLanes(b.s0.b13, b.s1.b13)};
 }
 
 // Chroma of the even pixels as int16 lanes U0..U3, V0..V3.
 inline __m128i EvenChroma(const Matrix &m, const Block &b) {
-  const Split e = SplitPixels(EvenPixels(b));
+  const Split e = EvenPixels(b);
   return _mm_packs_epi32(Apply(m.u, e), Apply(m.v, e));
 }
 
@@ -154,9 +163,7 @@ struct SourceAlpha {
   }
 };
 
-inline __m128i Luma8(const Matrix &m, const Block &b) {
-  return Apply8(m.y, SplitPixels(b.p0), SplitPixels(b.p1));
-}
+inline __m128i Luma8(const Matrix &m, const Block &b) { return Apply8(m.y, b.s0, b.s1); }
 
 template <class Alpha>
 struct YuvaWriter {
@@ -164,7 +171,7 @@ struct YuvaWriter {
   uint8_t *dst;
   Alpha alpha;
   void operator()(Index k, const Matrix &m, const Block (&b)[kBlocks]) const {
-    const Split lo = SplitPixels(b[0].p0), hi = SplitPixels(b[0].p1);
+    const Split &lo = b[0].s0, &hi = b[0].s1;
     const __m128i yu = _mm_packus_epi16(Apply8(m.y, lo, hi), Apply8(m.u, lo, hi));
     const __m128i va = _mm_packus_epi16(Apply8(m.v, lo, hi), alpha(b[0]));
     const __m128i yuPairs = _mm_unpacklo_epi8(yu, _mm_srli_si128(yu, 8));
@@ -191,7 +198,7 @@ struct PlanarWriter {
   uint8_t *y, *u, *v;
   void operator()(Index k, const Matrix &m, const Block (&b)[kBlocks]) const {
     Store(y + 16 * k, _mm_packus_epi16(Luma8(m, b[0]), Luma8(m, b[1])));
-    const Split e0 = SplitPixels(EvenPixels(b[0])), e1 = SplitPixels(EvenPixels(b[1]));
+    const Split e0 = EvenPixels(b[0]), e1 = EvenPixels(b[1]);
     const __m128i uv = _mm_packus_epi16(Apply8(m.u, e0, e1), Apply8(m.v, e0, e1));
     Store64(u + 8 * k, uv);
     _mm_storeh_pd(reinterpret_cast<double *>(v + 8 * k), _mm_castsi128_pd(uv));
