@@ -172,10 +172,10 @@ struct YuvaWriter {
   Alpha alpha;
   void operator()(Index k, const Matrix &m, const Block (&b)[kBlocks]) const {
     const Split &lo = b[0].s0, &hi = b[0].s1;
-    const __m128i yu = _mm_packus_epi16(Apply8(m.y, lo, hi), Apply8(m.u, lo, hi));
-    const __m128i va = _mm_packus_epi16(Apply8(m.v, lo, hi), alpha(b[0]));
-    const __m128i yuPairs = _mm_unpacklo_epi8(yu, _mm_srli_si128(yu, 8));
-    const __m128i vaPairs = _mm_unpacklo_epi8(va, _mm_srli_si128(va, 8));
+    // Y0..Y7 V0..V7 and U0..U7 A0..A7, then Y U pairs and V A pairs.
+    const __m128i yv = _mm_packus_epi16(Apply8(m.y, lo, hi), Apply8(m.v, lo, hi));
+    const __m128i ua = _mm_packus_epi16(Apply8(m.u, lo, hi), alpha(b[0]));
+    const __m128i yuPairs = _mm_unpacklo_epi8(yv, ua), vaPairs = _mm_unpackhi_epi8(yv, ua);
     Store(dst + 32 * k, _mm_unpacklo_epi16(yuPairs, vaPairs));
     Store(dst + 32 * k + 16, _mm_unpackhi_epi16(yuPairs, vaPairs));
   }
