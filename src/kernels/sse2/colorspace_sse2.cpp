@@ -7,7 +7,7 @@ namespace tqcs {
 // Whole 16-pixel blocks in SSE2, the rest by the portable operation.
 void ColorSpaceSSE2::RGB_2_YUV_Matrix(uint8_t *dst, const uint8_t *src, const int16_t *coef,
                                       int32_t count) {
-  const sse2::Index done = sse2::RGB32_Luma_Blocks(dst, src, coef, count);
+  const int64_t done = sse2::RGB32_Luma_Blocks(dst, src, coef, count);
   ColorSpaceC::RGB_2_YUV_Matrix(dst + done, src + 4 * done, coef, count - done);
 }
 

@@ -10,6 +10,8 @@
 
 #include <emmintrin.h>
 
+#include <cstddef>
+
 #include "kernels/kernel_slots.hpp"
 #include "kernels/x86/row.hpp"
 
@@ -20,6 +22,9 @@ using x86::Load;
 using x86::Load32;
 using x86::Store;
 using x86::Store64;
+
+// Pixel and block indices; offsets of huge rows need 64 bits.
+using Index = std::ptrdiff_t;
 
 constexpr int32_t kBlock = 8;
 

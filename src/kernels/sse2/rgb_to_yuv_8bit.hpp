@@ -1,12 +1,9 @@
 // What the SSE2 RGB to YUV unit shares with the SSE2 kernel object.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 
 namespace tqcs::sse2 {
-
-using Index = std::ptrdiff_t;
 
 // The luma of the whole 16-pixel blocks of a row of 4-byte pixels (elements 2,
 // 3, 4 of coef weigh bytes 0, 1, 2, rounded, clamped); returns the number of
