@@ -206,7 +206,7 @@ struct PlanarWriter {
     const Split e0 = EvenPixels(b[0]), e1 = EvenPixels(b[1]);
     const __m128i uv = _mm_packus_epi16(Apply8(m.u, e0, e1), Apply8(m.v, e0, e1));
     Store64(u + 8 * k, uv);
-    _mm_storeh_pd(reinterpret_cast<double *>(v + 8 * k), _mm_castsi128_pd(uv));
+    _mm_storeh_pi(reinterpret_cast<__m64 *>(v + 8 * k), _mm_castsi128_ps(uv));  // any alignment
   }
 };
 
