@@ -69,6 +69,11 @@ List SSE2List() {
       // sse2/repack_8bit.cpp
 
       // sse2/rgb_to_yuv_8bit.cpp
+      TQCS_SLOT(sse2, RGB32_2_YUYV_Row), TQCS_SLOT(sse2, RGB32_2_UYVY_Row),
+      TQCS_SLOT(sse2, RGB32_2_YUVA_Row), TQCS_SLOT(sse2, RGB32_2_YUV422_Row),
+      TQCS_SLOT(sse2, RGB24_2_YUV422_Row), TQCS_SLOT(sse2, RGB24_2_YUYV_Row),
+      TQCS_SLOT(sse2, RGB24_2_UYVY_Row), TQCS_SLOT(sse2, RGB24_2_YUVA_Row),
+      TQCS_SLOT(sse2, RGB24_2_Gray_Row),
 
       // sse2/yuv_to_rgb_8bit.cpp
       TQCS_SLOT(sse2, YUYV_2_RGB32_Row), TQCS_SLOT(sse2, YUYV_2_BGR32_Row),
