@@ -2,10 +2,17 @@
 // kernels (8-bit, and raw 16-bit samples to bytes), the 3:1 merge of two
 // 4:2:2 chroma rows, and two packed 4:2:2 rows to 4:2:0.
 //
-// Every weighted sum is done in 16-bit lanes. The 8-bit sums stay below
-// 2048. The raw 16-bit sums wrap in their lanes, which is exact for what is
-// kept of them: the stored byte is bits 5 to 12 of the sum, and those depend
-// only on the sum modulo 2^16.
+// The 8-bit weights are exact chains of byte averages, 16 samples an
+// instruction. With fl(x, y) = (x + y) >> 1 and rd(x, y) = (x + y + 1) >> 1,
+// integer floors nest: (x + (y >> k)) >> 1 == (2^k x + y) >> (k + 1). So
+//   (7a + b + 4) >> 3 == rd(a, fl(a, fl(a, b)))
+//   (5a + 3b + 4) >> 3 == rd(a, fl(b, fl(b, a)))
+//   (3a + b + 2) >> 2  == rd(a, fl(a, b))
+// (the rounding term enters as the +1 of the last average: x = a + 1).
+//
+// The raw 16-bit sums are done in 16-bit lanes and wrap there, which is exact
+// for what is kept of them: the stored byte is bits 5 to 12 of the sum, and
+// those depend only on the sum modulo 2^16.
 #include "kernels/kernel_slots.hpp"
 #include "kernels/x86/row.hpp"
 
@@ -18,42 +25,54 @@ using x86::WholeBlocks;
 // Samples per block: one 16-byte store of bytes per destination row.
 constexpr int kBlock = 16;
 
-// How a family reads a block of 16 samples into two vectors of 16-bit lanes
-// (samples 0-7, 8-15) and makes bytes of two vectors of results.
+// (x + y) >> 1 per byte: the rounding average less the bit it rounded up.
+inline __m128i FloorAvg(__m128i x, __m128i y) {
+  const __m128i odd = _mm_and_si128(_mm_xor_si128(x, y), _mm_set1_epi8(1));
+  return _mm_sub_epi8(_mm_avg_epu8(x, y), odd);
+}
+
+// How a family reads a block of 16 samples (Read), weighs two blocks into 16
+// bytes, (kWa a + (8 - kWa) b + round) >> shift for kWa 5 or 7 (Weigh8), and
+// stores a block as bytes unweighted (Plain).
 struct Bytes {
   using Src = uint8_t;
-  static constexpr int kShift = 3;
-  static void Read(const uint8_t *p, __m128i &lo, __m128i &hi) {
-    const __m128i v = x86::Load(p), zero = _mm_setzero_si128();
-    lo = _mm_unpacklo_epi8(v, zero);
-    hi = _mm_unpackhi_epi8(v, zero);
+  using Block = __m128i;
+  static Block Read(const uint8_t *p) { return x86::Load(p); }
+  template <int kWa>
+  static __m128i Weigh8(Block a, Block b) {
+    static_assert(kWa == 5 || kWa == 7);
+    const Block c = kWa == 7 ? a : b;  // the sample with weight 3 in (3c + d) >> 2
+    const Block d = kWa == 7 ? b : a;
+    return _mm_avg_epu8(a, FloorAvg(c, FloorAvg(c, d)));
   }
-  // Results are 0..255 already.
-  static __m128i Bytes8(__m128i lo, __m128i hi) { return _mm_packus_epi16(lo, hi); }
+  static __m128i Plain(Block a) { return a; }
 };
 
 // Raw 16-bit samples, weighted as they stand and shifted by 5; the byte is
 // the low 8 bits of the shifted sum (a truncating cast, not a saturation).
 struct Raw16To8 {
   using Src = uint16_t;
-  static constexpr int kShift = 5;
-  static void Read(const uint16_t *p, __m128i &lo, __m128i &hi) {
-    lo = x86::Load(p);
-    hi = x86::Load(p + 8);
+  struct Block {
+    __m128i lo, hi;  // samples 0-7, 8-15
+  };
+  static Block Read(const uint16_t *p) { return {x86::Load(p), x86::Load(p + 8)}; }
+  template <int kWa>
+  static __m128i Weigh8(Block a, Block b) {
+    return Plain({Weigh(a.lo, b.lo, kWa), Weigh(a.hi, b.hi, kWa)});
   }
-  static __m128i Bytes8(__m128i lo, __m128i hi) {
+  static __m128i Plain(Block a) {
     const __m128i low = _mm_set1_epi16(0xFF);
-    return _mm_packus_epi16(_mm_and_si128(lo, low), _mm_and_si128(hi, low));
+    return _mm_packus_epi16(_mm_and_si128(a.lo, low), _mm_and_si128(a.hi, low));
+  }
+
+ private:
+  static __m128i Weigh(__m128i a, __m128i b, int wa) {
+    const __m128i sum =
+        _mm_add_epi16(_mm_mullo_epi16(a, _mm_set1_epi16(static_cast<int16_t>(wa))),
+                      _mm_mullo_epi16(b, _mm_set1_epi16(static_cast<int16_t>(8 - wa))));
+    return _mm_srli_epi16(_mm_add_epi16(sum, _mm_set1_epi16(16)), 5);
   }
 };
-
-// (wa * a + wb * b + round) >> kShift in wrapping 16-bit lanes.
-template <int kWa, int kWb, int kShift>
-inline __m128i Weigh(__m128i a, __m128i b) {
-  const __m128i sum = _mm_add_epi16(_mm_mullo_epi16(a, _mm_set1_epi16(kWa)),
-                                    _mm_mullo_epi16(b, _mm_set1_epi16(kWb)));
-  return _mm_srli_epi16(_mm_add_epi16(sum, _mm_set1_epi16(1 << (kShift - 1))), kShift);
-}
 
 // ---------------------------------------------------------------------------
 // 4:2:0 -> 4:2:2: one chroma row `a` gives two destination rows.
@@ -68,25 +87,19 @@ enum class Edge { First, Last, Interior };
 template <Edge E, class P>
 void UpsamplePlane(uint8_t *dst, int64_t dstPitch, const typename P::Src *src, int64_t srcPitch,
                    int32_t blocks) {
-  constexpr int s = P::kShift;
   uint8_t *dst2 = Advance(dst, dstPitch);
   const typename P::Src *next = Advance(src, srcPitch);
   const typename P::Src *prev = Advance(src, -srcPitch);
   for (int32_t b = 0; b < blocks; ++b) {
     const int32_t i = b * kBlock;
-    __m128i a0, a1, n0, n1;
-    P::Read(src + i, a0, a1);
-    P::Read(next + i, n0, n1);
+    const typename P::Block a = P::Read(src + i), n = P::Read(next + i);
     __m128i top, bottom;
     if constexpr (E == Edge::Interior) {
-      __m128i p0, p1;
-      P::Read(prev + i, p0, p1);
-      top = P::Bytes8(Weigh<7, 1, s>(a0, p0), Weigh<7, 1, s>(a1, p1));
-      bottom = P::Bytes8(Weigh<5, 3, s>(a0, n0), Weigh<5, 3, s>(a1, n1));
+      top = P::template Weigh8<7>(a, P::Read(prev + i));
+      bottom = P::template Weigh8<5>(a, n);
     } else {
-      constexpr int kWa = E == Edge::First ? 5 : 7;
-      top = P::Bytes8(a0, a1);
-      bottom = P::Bytes8(Weigh<kWa, 8 - kWa, s>(a0, n0), Weigh<kWa, 8 - kWa, s>(a1, n1));
+      top = P::Plain(a);
+      bottom = P::template Weigh8 < E == Edge::First ? 5 : 7 > (a, n);
     }
     x86::Store(dst + i, top);
     x86::Store(dst2 + i, bottom);
@@ -108,15 +121,15 @@ void Upsample(uint8_t *dstU, int64_t dstUPitch, uint8_t *dstV, int64_t dstVPitch
           srcVPitch, width - done);
 }
 
-// 4:2:2 -> 4:2:0: (3a + b + 2) >> 2, a the given row, b the row at +srcPitch.
+// (3a + b + 2) >> 2 per byte.
+inline __m128i Merge31(__m128i a, __m128i b) { return _mm_avg_epu8(a, FloorAvg(a, b)); }
+
+// 4:2:2 -> 4:2:0: a the given row, b the row at +srcPitch.
 void DownsamplePlane(uint8_t *dst, const uint8_t *src, int64_t srcPitch, int32_t blocks) {
   const uint8_t *next = Advance(src, srcPitch);
   for (int32_t b = 0; b < blocks; ++b) {
     const int32_t i = b * kBlock;
-    __m128i a0, a1, n0, n1;
-    Bytes::Read(src + i, a0, a1);
-    Bytes::Read(next + i, n0, n1);
-    x86::Store(dst + i, Bytes::Bytes8(Weigh<3, 1, 2>(a0, n0), Weigh<3, 1, 2>(a1, n1)));
+    x86::Store(dst + i, Merge31(x86::Load(src + i), x86::Load(next + i)));
   }
 }
 
@@ -127,26 +140,18 @@ void DownsamplePlane(uint8_t *dst, const uint8_t *src, int64_t srcPitch, int32_t
 // of each destination row, 16 bytes of U and of V.
 constexpr int kPairBlock = 16;
 
-// The luma and chroma of one 16-byte vector of pairs, each in 16-bit lanes;
-// the chroma lanes alternate U, V.
+// One row's block of 16 pairs: 32 luma bytes and 16 pairs of chroma bytes (U,
+// V alternating), each as two vectors.
 template <bool kLumaFirst>
-inline void SplitPairs(__m128i v, __m128i &luma, __m128i &chroma) {
+inline void SplitPairs(const uint8_t *src, __m128i luma[2], __m128i chroma[2]) {
   const __m128i low = _mm_set1_epi16(0xFF);
-  const __m128i even = _mm_and_si128(v, low), odd = _mm_srli_epi16(v, 8);
-  luma = kLumaFirst ? even : odd;
-  chroma = kLumaFirst ? odd : even;
-}
-
-// Alternating U, V lanes of four vectors (16 pairs) to 16 bytes of U and 16 of V.
-inline void SeparateChroma(const __m128i c[4], __m128i &u, __m128i &v) {
-  const __m128i low = _mm_set1_epi32(0xFFFF);
-  __m128i u16[2], v16[2];
   for (int k = 0; k < 2; ++k) {
-    u16[k] = _mm_packs_epi32(_mm_and_si128(c[2 * k], low), _mm_and_si128(c[2 * k + 1], low));
-    v16[k] = _mm_packs_epi32(_mm_srli_epi32(c[2 * k], 16), _mm_srli_epi32(c[2 * k + 1], 16));
+    const __m128i v0 = x86::Load(src + 32 * k), v1 = x86::Load(src + 32 * k + 16);
+    const __m128i even = _mm_packus_epi16(_mm_and_si128(v0, low), _mm_and_si128(v1, low));
+    const __m128i odd = _mm_packus_epi16(_mm_srli_epi16(v0, 8), _mm_srli_epi16(v1, 8));
+    luma[k] = kLumaFirst ? even : odd;
+    chroma[k] = kLumaFirst ? odd : even;
   }
-  u = _mm_packus_epi16(u16[0], u16[1]);
-  v = _mm_packus_epi16(v16[0], v16[1]);
 }
 
 template <bool kLumaFirst, auto kTail>
@@ -155,22 +160,19 @@ void PackedTo420(uint8_t *dstY, int64_t dstYPitch, uint8_t *dstU, uint8_t *dstV,
   const int32_t blocks = WholeBlocks<2 * kPairBlock>(count);
   uint8_t *dstY2 = Advance(dstY, dstYPitch);
   const uint8_t *src2 = Advance(src, srcPitch);
+  const __m128i low = _mm_set1_epi16(0xFF);
   for (int32_t b = 0; b < blocks; ++b) {
     const int64_t p = int64_t{b} * kPairBlock;
-    __m128i ya[4], yb[4], ca[4], cb[4], c[4];
-    for (int k = 0; k < 4; ++k) {
-      SplitPairs<kLumaFirst>(x86::Load(src + 4 * p + 16 * k), ya[k], ca[k]);
-      SplitPairs<kLumaFirst>(x86::Load(src2 + 4 * p + 16 * k), yb[k], cb[k]);
-      c[k] = Weigh<3, 1, 2>(ca[k], cb[k]);
-    }
-    __m128i u, v;
-    SeparateChroma(c, u, v);
-    x86::Store(dstY + 2 * p, _mm_packus_epi16(ya[0], ya[1]));
-    x86::Store(dstY + 2 * p + 16, _mm_packus_epi16(ya[2], ya[3]));
-    x86::Store(dstY2 + 2 * p, _mm_packus_epi16(yb[0], yb[1]));
-    x86::Store(dstY2 + 2 * p + 16, _mm_packus_epi16(yb[2], yb[3]));
-    x86::Store(dstU + p, u);
-    x86::Store(dstV + p, v);
+    __m128i ya[2], yb[2], ca[2], cb[2], c[2];
+    SplitPairs<kLumaFirst>(src + 4 * p, ya, ca);
+    SplitPairs<kLumaFirst>(src2 + 4 * p, yb, cb);
+    for (int k = 0; k < 2; ++k) c[k] = Merge31(ca[k], cb[k]);
+    x86::Store(dstY + 2 * p, ya[0]);
+    x86::Store(dstY + 2 * p + 16, ya[1]);
+    x86::Store(dstY2 + 2 * p, yb[0]);
+    x86::Store(dstY2 + 2 * p + 16, yb[1]);
+    x86::Store(dstU + p, _mm_packus_epi16(_mm_and_si128(c[0], low), _mm_and_si128(c[1], low)));
+    x86::Store(dstV + p, _mm_packus_epi16(_mm_srli_epi16(c[0], 8), _mm_srli_epi16(c[1], 8)));
   }
   const int64_t done = int64_t{blocks} * kPairBlock;
   if (count - 2 * done >= 2)
