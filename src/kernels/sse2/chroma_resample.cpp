@@ -25,10 +25,13 @@ using x86::WholeBlocks;
 // Samples per block: one 16-byte store of bytes per destination row.
 constexpr int kBlock = 16;
 
-// (x + y) >> 1 per byte: the rounding average less the bit it rounded up.
-inline __m128i FloorAvg(__m128i x, __m128i y) {
-  const __m128i odd = _mm_and_si128(_mm_xor_si128(x, y), _mm_set1_epi8(1));
-  return _mm_sub_epi8(_mm_avg_epu8(x, y), odd);
+inline __m128i Not(__m128i x) { return _mm_xor_si128(x, _mm_set1_epi32(-1)); }
+
+// fl(c, fl(c, d)) == ~rd(~c, rd(~c, ~d)): the floor average is the rounding
+// one on complements, so a chain of floor averages costs one instruction a
+// link.
+inline __m128i FloorChain(__m128i notC, __m128i notD) {
+  return Not(_mm_avg_epu8(notC, _mm_avg_epu8(notC, notD)));
 }
 
 // How a family reads a block of 16 samples (Read), weighs two blocks into 16
@@ -41,9 +44,9 @@ struct Bytes {
   template <int kWa>
   static __m128i Weigh8(Block a, Block b) {
     static_assert(kWa == 5 || kWa == 7);
-    const Block c = kWa == 7 ? a : b;  // the sample with weight 3 in (3c + d) >> 2
-    const Block d = kWa == 7 ? b : a;
-    return _mm_avg_epu8(a, FloorAvg(c, FloorAvg(c, d)));
+    // c is the sample weighted 3 in (3c + d) >> 2.
+    const Block c = kWa == 7 ? a : b, d = kWa == 7 ? b : a;
+    return _mm_avg_epu8(a, FloorChain(Not(c), Not(d)));
   }
   static __m128i Plain(Block a) { return a; }
 };
@@ -58,7 +61,7 @@ struct Raw16To8 {
   static Block Read(const uint16_t *p) { return {x86::Load(p), x86::Load(p + 8)}; }
   template <int kWa>
   static __m128i Weigh8(Block a, Block b) {
-    return Plain({Weigh(a.lo, b.lo, kWa), Weigh(a.hi, b.hi, kWa)});
+    return _mm_packus_epi16(Weigh(a.lo, b.lo, kWa), Weigh(a.hi, b.hi, kWa));
   }
   static __m128i Plain(Block a) {
     const __m128i low = _mm_set1_epi16(0xFF);
@@ -66,11 +69,13 @@ struct Raw16To8 {
   }
 
  private:
+  // Bits 5-12 of wa a + (8 - wa) b + 16 are bits 8-15 of eight times it (mod
+  // 2^16): the lane's top byte, 0..255 for the pack.
   static __m128i Weigh(__m128i a, __m128i b, int wa) {
     const __m128i sum =
-        _mm_add_epi16(_mm_mullo_epi16(a, _mm_set1_epi16(static_cast<int16_t>(wa))),
-                      _mm_mullo_epi16(b, _mm_set1_epi16(static_cast<int16_t>(8 - wa))));
-    return _mm_srli_epi16(_mm_add_epi16(sum, _mm_set1_epi16(16)), 5);
+        _mm_add_epi16(_mm_mullo_epi16(a, _mm_set1_epi16(static_cast<int16_t>(8 * wa))),
+                      _mm_mullo_epi16(b, _mm_set1_epi16(static_cast<int16_t>(8 * (8 - wa)))));
+    return _mm_srli_epi16(_mm_add_epi16(sum, _mm_set1_epi16(128)), 8);
   }
 };
 
@@ -122,7 +127,9 @@ void Upsample(uint8_t *dstU, int64_t dstUPitch, uint8_t *dstV, int64_t dstVPitch
 }
 
 // (3a + b + 2) >> 2 per byte.
-inline __m128i Merge31(__m128i a, __m128i b) { return _mm_avg_epu8(a, FloorAvg(a, b)); }
+inline __m128i Merge31(__m128i a, __m128i b) {
+  return _mm_avg_epu8(a, Not(_mm_avg_epu8(Not(a), Not(b))));
+}
 
 // 4:2:2 -> 4:2:0: a the given row, b the row at +srcPitch.
 void DownsamplePlane(uint8_t *dst, const uint8_t *src, int64_t srcPitch, int32_t blocks) {
