@@ -34,9 +34,10 @@ inline __m128i FloorChain(__m128i notC, __m128i notD) {
   return Not(_mm_avg_epu8(notC, _mm_avg_epu8(notC, notD)));
 }
 
-// How a family reads a block of 16 samples (Read), weighs two blocks into 16
-// bytes, (kWa a + (8 - kWa) b + round) >> shift for kWa 5 or 7 (Weigh8), and
-// stores a block as bytes unweighted (Plain).
+// How a family reads a block of 16 samples (Read) and weighs two blocks into
+// 16 bytes, (kWa a + (8 - kWa) b + round) >> shift for kWa 5 or 7 (Weigh8).
+// The first-row and last-row kernels, 8-bit only, also store a block as it
+// stands (Plain).
 struct Bytes {
   using Src = uint8_t;
   using Block = __m128i;
@@ -62,10 +63,6 @@ struct Raw16To8 {
   template <int kWa>
   static __m128i Weigh8(Block a, Block b) {
     return _mm_packus_epi16(Weigh(a.lo, b.lo, kWa), Weigh(a.hi, b.hi, kWa));
-  }
-  static __m128i Plain(Block a) {
-    const __m128i low = _mm_set1_epi16(0xFF);
-    return _mm_packus_epi16(_mm_and_si128(a.lo, low), _mm_and_si128(a.hi, low));
   }
 
  private:
