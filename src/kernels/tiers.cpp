@@ -86,8 +86,14 @@ List SSE2List() {
       TQCS_SLOT(sse2, YUVA_2_RGB24_Row), TQCS_SLOT(sse2, YUVA_2_BGR24_Row),
 
       // sse2/chroma_resample.cpp
+      TQCS_SLOT(sse2, YUV420_2_YUV422_UV_FirstRow), TQCS_SLOT(sse2, YUV420_2_YUV422_UV_LastRow),
+      TQCS_SLOT(sse2, YUV420_2_YUV422_UV_Row), TQCS_SLOT(sse2, YUV422_2_YUV420_UV_Row),
+      TQCS_SLOT(sse2, YUYV_2_YUV420_UV_Row), TQCS_SLOT(sse2, UYVY_2_YUV420_UV_Row),
+      TQCS_SLOT(sse2, YUV420_10Bit_2_YUV422_UV_Row),
 
       // sse2/planar16.cpp
+      TQCS_SLOT(sse2, YUV422_10Bit_2_YUYV_Row), TQCS_SLOT(sse2, YUV422_10Bit_2_UYVY_Row),
+      TQCS_SLOT(sse2, Y10Bit_2_Y8_Row),
 
       // sse2/deep_color.cpp
 
