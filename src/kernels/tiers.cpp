@@ -100,6 +100,10 @@ List SSE2List() {
       // sse2/pack_8plus2.cpp
 
       // sse2/v210.cpp
+      TQCS_SLOT(sse2, V210_2_YUYV16_Row), TQCS_SLOT(sse2, V210_2_UYVY16_Row),
+      TQCS_SLOT(sse2, YUYV16_2_V210_Row), TQCS_SLOT(sse2, UYVY16_2_V210_Row),
+      TQCS_SLOT(sse2, V210_2_YUV8_Row), TQCS_SLOT(sse2, V210_2_YUV8_B_Row),
+      TQCS_SLOT(sse2, YUV8_2_V210_Row), TQCS_SLOT(sse2, YUV8_2_V210_B_Row),
   });
 }
 

@@ -9,7 +9,8 @@ namespace tqcs::test {
 size_t RowSize::Bytes(int32_t count) const {
   if (count < 1) return static_cast<size_t>(fixed);
   const size_t n = static_cast<size_t>(count);
-  return perPixel * n + perPair * (n / 2) + perCeilPair * ((n + 1) / 2) + fixed;
+  return perPixel * n + perPair * (n / 2) + perCeilPair * ((n + 1) / 2) + fixed +
+         perV210Word * ((4 * (n / 2) + 2) / 3);
 }
 
 const std::vector<KernelShape> &AllShapes() {
@@ -84,6 +85,14 @@ const std::vector<KernelShape> &AllShapes() {
       // 8+2 packing (pack_8plus2).
 
       // V210 (v210).
+      {K::V210_2_YUYV16_Row, {Pairs(8), V210Words()}},
+      {K::V210_2_UYVY16_Row, {Pairs(8), V210Words()}},
+      {K::YUYV16_2_V210_Row, {V210Words(), Pairs(8)}},
+      {K::UYVY16_2_V210_Row, {V210Words(), Pairs(8)}},
+      {K::V210_2_YUV8_Row, {Pairs(4), V210Words()}},
+      {K::V210_2_YUV8_B_Row, {Pairs(4), V210Words()}},
+      {K::YUV8_2_V210_Row, {V210Words(), Pairs(4)}},
+      {K::YUV8_2_V210_B_Row, {V210Words(), Pairs(4)}},
 
       // Key planes, chroma interleaving and zero fills (repack_8bit).
   };
