@@ -10,7 +10,7 @@ size_t RowSize::Bytes(int32_t count) const {
   if (count < 1) return static_cast<size_t>(fixed);
   const size_t n = static_cast<size_t>(count);
   return perPixel * n + perPair * (n / 2) + perCeilPair * ((n + 1) / 2) + fixed +
-         perV210Word * ((4 * (n / 2) + 2) / 3);
+         perV210Word * ((4 * (n / 2) + 2) / 3) + perQuad * (n / 4);
 }
 
 const std::vector<KernelShape> &AllShapes() {
