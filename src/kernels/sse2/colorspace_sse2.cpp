@@ -152,10 +152,21 @@ int64_t PackedToPlanarBlocks(D *dstY, int64_t dstYPitch, D *dstU, D *dstV, const
         for (int k = 0; k < 2; ++k) c[k] = _mm_avg_epu16(c[k], cr[k]);
       Store2(Advance(dstY, r * dstYPitch) + i, ShiftBy<kShift>(y[0]), ShiftBy<kShift>(y[1]));
     }
+    // Chroma that fits a byte (8-bit sources, or 16-bit ones going down to 8
+    // bits) is split through one byte pack.
+    constexpr bool kBytes = sizeof(S) == 1 || kShift < 0;
+    constexpr int kAfter = kShift < 0 ? 0 : kShift;
     __m128i u, v;
-    Split16(c[0], c[1], u, v);
-    Store1(dstU + i / 2, ShiftBy<kShift>(u));
-    Store1(dstV + i / 2, ShiftBy<kShift>(v));
+    if constexpr (kBytes) {
+      const __m128i bytes =
+          _mm_packus_epi16(ShiftBy<kShift - kAfter>(c[0]), ShiftBy<kShift - kAfter>(c[1]));
+      u = _mm_and_si128(bytes, _mm_set1_epi16(0xFF));
+      v = _mm_srli_epi16(bytes, 8);
+    } else {
+      Split16(c[0], c[1], u, v);
+    }
+    Store1(dstU + i / 2, ShiftBy<kAfter>(u));
+    Store1(dstV + i / 2, ShiftBy<kAfter>(v));
   }
   return int64_t{blocks} * kBlock;
 }
