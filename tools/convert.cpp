@@ -142,13 +142,15 @@ int RunConvert(const Args &args) {
                                                  : Range::kFull;
   options.matrix = matrix ? *matrix : DefaultMatrix(in.width, in.height);
   options.flip = args.Has("flip");
-  options.interlaced = in.interlace == 't' || in.interlace == 'b';
 
   StreamInfo outInfo = in;
   outInfo.format = out;
   if (interlace) outInfo.interlace = (*interlace)[0];
   if (inKind != FileKind::kY4m && !interlace) outInfo.interlace = 'p';
   if (split) outInfo.height /= 2;
+  // Interlaced material (as read, or as declared for a Y4M written) is
+  // converted field by field, so 4:2:0 chroma never mixes the two fields.
+  options.interlaced = outInfo.interlace == 't' || outInfo.interlace == 'b';
   std::vector<std::unique_ptr<FrameWriter>> writers;
   for (int f = 1; f <= (split ? 2 : 1); ++f) {
     const std::string path = split ? FieldPath(outPath, f) : outPath;

@@ -269,8 +269,8 @@ std::string ParseY4mHeader(std::string_view line, StreamInfo &info) {
         break;
       }
       case 'C':
-        if (value.substr(0, 3) == "420" && value.find('p', 3) == std::string_view::npos)
-          info.format = kYuv420p;  // 420jpeg, 420mpeg2, 420paldv: all one memory layout
+        if (value == "420" || value == "420jpeg" || value == "420mpeg2" || value == "420paldv")
+          info.format = kYuv420p;  // chroma sitings differ, the memory layout does not
         else if (value == "422")
           info.format = kYuv422p;
         else if (value == "444")
