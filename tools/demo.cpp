@@ -246,6 +246,10 @@ int RunDemo(const Args &args) {
     tiles.emplace_back(label, back);
   }
 
+  std::printf(
+      "(4:2:x maxima sit on the colour-bar edges, where two saturated colours share one "
+      "chroma sample)\n");
+
   // Every pair of codes the dispatcher routes, and back where it routes back.
   std::printf(
       "\ndispatcher pairs FROM -> TO -> FROM: largest byte difference ('.' not routed,"

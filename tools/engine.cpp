@@ -233,17 +233,20 @@ std::string Engine::Convert(const Image &input, Image &dst, const ConvertOptions
   switch (input.format) {
     case kYuv422p10:
     case kYuv420p10: {
+      // The library's 10-bit to 8-bit planar drivers store bits 6 to 13 of a
+      // sample (a shift right by 6 kept for compatibility): the tool moves the
+      // 10-bit value from the low bits up by 4 so that they keep its top 8 bits.
       src = Image(input.format == kYuv422p10 ? kYuv422p : kYuv420p, w, h);
+      std::vector<uint16_t> samples(input.data.size() / 2);
+      std::memcpy(samples.data(), input.data.data(), input.data.size());
+      for (uint16_t &sample : samples) sample = static_cast<uint16_t>((sample & 1023) << 4);
       const auto in = Planes(input.format, w, h);
       const auto out = Planes(src.format, w, h);
-      const auto plane16 = [&](int i) {
-        return reinterpret_cast<const uint16_t *>(input.data.data() + in[i].offset);
-      };
-      const auto reduce = input.format == kYuv422p10
-                              ? api_->pYUV422->TCS_YUV422_10Bit_2_YUV422_Frame
-                              : api_->pYUV420->TCS_YUV420_10Bit_2_YUV420_Frame;
-      reduce(src.Plane(0), out[0].pitch, src.Plane(1), out[1].pitch, src.Plane(2), out[2].pitch,
-             plane16(0), in[0].pitch, plane16(1), in[1].pitch, plane16(2), in[2].pitch, w, h, 0);
+      const auto plane16 = [&](int i) { return samples.data() + in[i].offset / 2; };
+      (input.format == kYuv422p10 ? api_->pYUV422->TCS_YUV422_10Bit_2_YUV422_Frame
+                                  : api_->pYUV420->TCS_YUV420_10Bit_2_YUV420_Frame)(
+          src.Plane(0), out[0].pitch, src.Plane(1), out[1].pitch, src.Plane(2), out[2].pitch,
+          plane16(0), in[0].pitch, plane16(1), in[1].pitch, plane16(2), in[2].pitch, w, h, 0);
       break;
     }
     case kYuv444p:

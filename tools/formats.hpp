@@ -25,7 +25,7 @@ enum Format : int32_t {
   kYuv422p = 8,       // Y plane, U plane, V plane
   kYuv420p = 9,
   kAlpha = 10,      // one key plane
-  kYuv422p10 = 11,  // 16-bit little-endian samples holding 0 to 1023
+  kYuv422p10 = 11,  // 16-bit little-endian samples holding 0 to 1023 (as ffmpeg's)
   kYuv420p10 = 12,
   kYuv444p = 13,  // planar 4:4:4: not a library format, deinterleaved in the tool
   kGray = 14,
