@@ -81,30 +81,33 @@ std::optional<int> ParsePositive(std::string_view text) {
   return value;
 }
 
+namespace {
+// Reads option `name` through `parse` when present; the error names the value
+// and what is accepted.
+template <class T, class Parse>
+bool ReadOption(const Args &args, const char *name, std::optional<T> &value, Parse parse,
+                const char *what, const std::string &accepted, std::string &error) {
+  const std::string *text = args.Get(name);
+  if (text == nullptr) return true;
+  value = parse(*text);
+  if (!value) error = std::string(what) + " '" + *text + "' (" + accepted + ")";
+  return value.has_value();
+}
+}  // namespace
+
 bool ReadFormat(const Args &args, const char *option, std::optional<Format> &format,
                 std::string &error) {
-  const std::string *name = args.Get(option);
-  if (name == nullptr) return true;
-  format = FormatByName(*name);
-  if (!format)
-    error = "unknown format name '" + *name + "' (known: " + FormatNames(false, false) + ")";
-  return format.has_value();
+  return ReadOption(args, option, format, FormatByName, "unknown format name",
+                    "known: " + FormatNames(false, false), error);
 }
 
 bool ReadSize(const Args &args, std::optional<Size> &size, std::string &error) {
-  const std::string *text = args.Get("size");
-  if (text == nullptr) return true;
-  size = ParseSize(*text);
-  if (!size) error = "bad size '" + *text + "' (expected WxH, e.g. 1920x1080)";
-  return size.has_value();
+  return ReadOption(args, "size", size, ParseSize, "bad size", "expected WxH, e.g. 1920x1080",
+                    error);
 }
 
 bool ReadMatrix(const Args &args, std::optional<int32_t> &matrix, std::string &error) {
-  const std::string *text = args.Get("matrix");
-  if (text == nullptr) return true;
-  matrix = ParseMatrix(*text);
-  if (!matrix) error = "unknown matrix '" + *text + "' (sd, hd or uhd)";
-  return matrix.has_value();
+  return ReadOption(args, "matrix", matrix, ParseMatrix, "unknown matrix", "sd, hd or uhd", error);
 }
 
 bool ReadThreads(const Args &args, int &threads, std::string &error) {

@@ -139,30 +139,37 @@ bool Engine::Dispatch(const Image &src, Image &dst, int32_t matrix, bool flip,
          ComposeFields(field1, field2, dst);
 }
 
-bool Engine::SplitFields(const Image &frame, Image &field1, Image &field2) const {
+// Runs `copy(frame plane, field 1 plane, field 2 plane, layout)` on every plane;
+// the field operations are format-free, so each plane goes as bytes.
+template <class Copy>
+bool EachPlane(const Image &frame, const Image &field1, const Image &field2, Copy copy) {
   const auto planes = Planes(frame.format, frame.width, frame.height);
   const auto fieldPlanes = Planes(field1.format, field1.width, field1.height);
-  for (size_t i = 0; i < planes.size(); ++i)
-    if (api_->pGeneral->TCS_SplitFrame(
-            field1.data.data() + fieldPlanes[i].offset, fieldPlanes[i].pitch,
-            field2.data.data() + fieldPlanes[i].offset, fieldPlanes[i].pitch,
-            frame.data.data() + planes[i].offset, planes[i].pitch, planes[i].rowBytes,
-            planes[i].rows, 1, 0) != TCS_RESULT_OK)
+  for (size_t i = 0; i < planes.size(); ++i) {
+    const auto at = [&](const Image &image, const PlaneLayout &plane) {
+      return const_cast<uint8_t *>(image.data.data()) + plane.offset;
+    };
+    if (copy(at(frame, planes[i]), at(field1, fieldPlanes[i]), at(field2, fieldPlanes[i]),
+             fieldPlanes[i].pitch, planes[i]) != TCS_RESULT_OK)
       return false;
+  }
   return true;
 }
 
+bool Engine::SplitFields(const Image &frame, Image &field1, Image &field2) const {
+  return EachPlane(frame, field1, field2,
+                   [&](uint8_t *f, uint8_t *f1, uint8_t *f2, int64_t pitch, const PlaneLayout &p) {
+                     return api_->pGeneral->TCS_SplitFrame(f1, pitch, f2, pitch, f, p.pitch,
+                                                           p.rowBytes, p.rows, 1, 0);
+                   });
+}
+
 bool Engine::ComposeFields(const Image &field1, const Image &field2, Image &frame) const {
-  const auto planes = Planes(frame.format, frame.width, frame.height);
-  const auto fieldPlanes = Planes(field1.format, field1.width, field1.height);
-  for (size_t i = 0; i < planes.size(); ++i)
-    if (api_->pGeneral->TCS_ComposeFields(
-            frame.data.data() + planes[i].offset, planes[i].pitch,
-            field1.data.data() + fieldPlanes[i].offset, fieldPlanes[i].pitch,
-            field2.data.data() + fieldPlanes[i].offset, fieldPlanes[i].pitch, planes[i].rowBytes,
-            planes[i].rows, 1, 0) != TCS_RESULT_OK)
-      return false;
-  return true;
+  return EachPlane(frame, field1, field2,
+                   [&](uint8_t *f, uint8_t *f1, uint8_t *f2, int64_t pitch, const PlaneLayout &p) {
+                     return api_->pGeneral->TCS_ComposeFields(f, p.pitch, f1, pitch, f2, pitch,
+                                                              p.rowBytes, p.rows, 1, 0);
+                   });
 }
 
 void Engine::ScaleRange(Image &image, bool compress) const {

@@ -13,32 +13,20 @@
 namespace tqcs {
 namespace {
 
-const char *TierName(uint32_t level) {
-  switch (level) {
-    case 1:
-      return "sse2";
-    case 2:
-    case 3:
-      return "ssse3";
-    case 4:
-      return "sse41";
-    default:
-      return "portable";
-  }
-}
+struct Tier {
+  const char *name;
+  const char *detail;
+};
 
-const char *TierDetail(uint32_t level) {
-  switch (level) {
-    case 1:
-      return "SSE2 kernels";
-    case 2:
-    case 3:
-      return "SSSE3 repacking kernels (slots 7, 8, 10) over SSE2";
-    case 4:
-      return "SSE4.1 kernel (slot 144), SSSE3 (slots 7, 8, 10) over SSE2";
-    default:
-      return "portable reference kernels";
-  }
+// Levels 0 and above 4 get the portable kernels.
+Tier TierOf(uint32_t level) {
+  static constexpr Tier kTiers[] = {
+      {"portable", "portable reference kernels"},
+      {"sse2", "SSE2 kernels"},
+      {"ssse3", "SSSE3 repacking kernels (slots 7, 8, 10) over SSE2"},
+      {"ssse3", "SSSE3 repacking kernels (slots 7, 8, 10) over SSE2"},
+      {"sse41", "SSE4.1 kernel (slot 144), SSSE3 (slots 7, 8, 10) over SSE2"}};
+  return kTiers[level <= 4 ? level : 0];
 }
 
 int RunInfo() {
@@ -46,7 +34,7 @@ int RunInfo() {
   const TCS_APIStu *api = TCS_GetAPIStuPtr();
   const int32_t check = TCS_CheckAPIStu(api);
   std::printf("processor level: %u (detected %u)\n", level, TCB_GetCPUInsHighDetected());
-  std::printf("kernel tier:     %s (%s)\n", TierName(level), TierDetail(level));
+  std::printf("kernel tier:     %s (%s)\n", TierOf(level).name, TierOf(level).detail);
   std::printf("load state:      %s (check result %d)\n",
               check == TCS_CHECK_OK ? "loaded" : "incomplete", check);
   if (api == nullptr) return 1;
