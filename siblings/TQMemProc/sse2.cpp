@@ -1,0 +1,109 @@
+// The SSE2 path (the x86-64 baseline): no flags beyond the project's own.
+#include <emmintrin.h>
+
+#include "row_kernels.hpp"
+#include "simd_rows.hpp"
+
+namespace tqmp {
+namespace sse2 {
+namespace {
+
+// Sixteen bytes scaled with the (gain, offset) pairs of `coefficients`, one
+// pair per 32-bit lane for the bytes 0 to 3 of every four: the Q14 sum
+// in * gain + 512 * offset + 8192 in 32 bits, shifted arithmetically and
+// clamped to 0..255 by the packs (the shifted sum lies within +-1536).
+__m128i ScaleBlock(__m128i in, __m128i coefficients) {
+  const __m128i zero = _mm_setzero_si128();
+  const __m128i k512 = _mm_set1_epi16(512);
+  const __m128i round = _mm_set1_epi32(8192);
+  const __m128i lo = _mm_unpacklo_epi8(in, zero), hi = _mm_unpackhi_epi8(in, zero);
+  const auto quarter = [&](__m128i words) {
+    return _mm_srai_epi32(_mm_add_epi32(_mm_madd_epi16(words, coefficients), round), 14);
+  };
+  return _mm_packus_epi16(
+      _mm_packs_epi32(quarter(_mm_unpacklo_epi16(lo, k512)), quarter(_mm_unpackhi_epi16(lo, k512))),
+      _mm_packs_epi32(quarter(_mm_unpacklo_epi16(hi, k512)),
+                      quarter(_mm_unpackhi_epi16(hi, k512))));
+}
+
+template <class Rest>
+void ScaleBytes(uint8_t *dst, const uint8_t *src, __m128i coefficients, int32_t bytes, Rest rest) {
+  ByBlocks<16, 1, 1>(
+      dst, src, bytes,
+      [&](uint8_t *d, const uint8_t *s) { Store(d, ScaleBlock(Load(s), coefficients)); }, rest);
+}
+
+// Four pixels b0 b1 b2 x to twelve bytes at the bottom of the register.
+__m128i DropFourth(__m128i px) {
+  const __m128i first = _mm_set_epi32(0, 0x00FFFFFF, 0, 0x00FFFFFF);
+  const __m128i second = _mm_set_epi32(0x0000FFFF, static_cast<int>(0xFF000000), 0x0000FFFF,
+                                       static_cast<int>(0xFF000000));
+  // Six bytes at the bottom of each half, then the upper half moved down by two.
+  const __m128i halves =
+      _mm_or_si128(_mm_and_si128(px, first), _mm_and_si128(_mm_srli_epi64(px, 8), second));
+  const __m128i lowHalf = _mm_set_epi32(0, 0, -1, -1);
+  return _mm_or_si128(_mm_and_si128(halves, lowHalf),
+                      _mm_srli_si128(_mm_andnot_si128(lowHalf, halves), 2));
+}
+
+}  // namespace
+
+void ExtractChannelRow(uint8_t *dst, const uint8_t *src, int32_t count, int32_t channel) {
+  if (channel < 0 || channel > 3) return portable::ExtractChannelRow(dst, src, count, channel);
+  const __m128i shift = _mm_cvtsi32_si128(8 * channel);
+  const __m128i low = _mm_set1_epi32(0xFF);
+  const auto pick = [&](const uint8_t *s) {
+    return _mm_and_si128(_mm_srl_epi32(Load(s), shift), low);
+  };
+  ByBlocks<16, 4, 1>(
+      dst, src, count,
+      [&](uint8_t *d, const uint8_t *s) {
+        Store(d, _mm_packus_epi16(_mm_packs_epi32(pick(s), pick(s + 16)),
+                                  _mm_packs_epi32(pick(s + 32), pick(s + 48))));
+      },
+      [&](uint8_t *d, const uint8_t *s, int32_t n) {
+        portable::ExtractChannelRow(d, s, n, channel);
+      });
+}
+
+void SwapRow(uint8_t *dst, const uint8_t *src, int32_t count) {
+  ByBlocks<16, 2, 2>(
+      dst, src, count,
+      [](uint8_t *d, const uint8_t *s) {
+        const __m128i a = Load(s), b = Load(s + 16);
+        Store(d, _mm_or_si128(_mm_slli_epi16(a, 8), _mm_srli_epi16(a, 8)));
+        Store(d + 16, _mm_or_si128(_mm_slli_epi16(b, 8), _mm_srli_epi16(b, 8)));
+      },
+      portable::SwapRow);
+}
+
+void ScaleRow(uint8_t *dst, const uint8_t *src, const int16_t *gain, const int16_t *offset,
+              int32_t bytes) {
+  if (bytes < 16) return portable::ScaleRow(dst, src, gain, offset, bytes);
+  const __m128i coefficients = _mm_setr_epi16(gain[0], offset[0], gain[1], offset[1], gain[2],
+                                              offset[2], gain[3], offset[3]);
+  ScaleBytes(dst, src, coefficients, bytes, [&](uint8_t *d, const uint8_t *s, int32_t n) {
+    portable::ScaleRow(d, s, gain, offset, n);
+  });
+}
+
+void ScaleRun(uint8_t *dst, const uint8_t *src, int16_t gain, int16_t offset, int32_t bytes) {
+  const __m128i coefficients = _mm_set1_epi32((offset << 16) | static_cast<uint16_t>(gain));
+  ScaleBytes(dst, src, coefficients, bytes, [&](uint8_t *d, const uint8_t *s, int32_t n) {
+    portable::ScaleRun(d, s, gain, offset, n);
+  });
+}
+
+void RGB32ToRGB24Row(uint8_t *dst, const uint8_t *src, int32_t count) {
+  ByBlocks<16, 4, 3>(
+      dst, src, count,
+      [](uint8_t *d, const uint8_t *s) {
+        const __m128i a = DropFourth(Load(s)), b = DropFourth(Load(s + 16));
+        const __m128i c = DropFourth(Load(s + 32)), e = DropFourth(Load(s + 48));
+        StoreTwelves(d, a, b, c, e);
+      },
+      portable::RGB32ToRGB24Row);
+}
+
+}  // namespace sse2
+}  // namespace tqmp
