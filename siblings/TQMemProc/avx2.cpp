@@ -19,26 +19,24 @@ __m256i Dwords(int a, int b, int c, int d, int e, int f, int g, int h) {
   return _mm256_setr_epi32(a, b, c, d, e, f, g, h);
 }
 
-// As the SSE2 path's ScaleBlock, over 32 bytes.
-__m256i ScaleBlock(__m256i in, __m256i coefficients) {
+// As the SSE2 path's ScaleBlock (the exact high-half form), over 32 bytes.
+__m256i ScaleBlock(__m256i in, __m256i gain, __m256i offset) {
   const __m256i zero = _mm256_setzero_si256();
-  const __m256i k512 = _mm256_set1_epi16(512);
-  const __m256i round = _mm256_set1_epi32(8192);
-  const __m256i lo = _mm256_unpacklo_epi8(in, zero), hi = _mm256_unpackhi_epi8(in, zero);
-  const auto quarter = [&](__m256i words) {
-    return _mm256_srai_epi32(_mm256_add_epi32(_mm256_madd_epi16(words, coefficients), round), 14);
+  const auto half = [&](__m256i words) {
+    return _mm256_srai_epi16(
+        _mm256_adds_epi16(_mm256_mulhi_epi16(_mm256_slli_epi16(words, 7), gain), offset), 5);
   };
-  return _mm256_packus_epi16(_mm256_packs_epi32(quarter(_mm256_unpacklo_epi16(lo, k512)),
-                                                quarter(_mm256_unpackhi_epi16(lo, k512))),
-                             _mm256_packs_epi32(quarter(_mm256_unpacklo_epi16(hi, k512)),
-                                                quarter(_mm256_unpackhi_epi16(hi, k512))));
+  return _mm256_packus_epi16(half(_mm256_unpacklo_epi8(in, zero)),
+                             half(_mm256_unpackhi_epi8(in, zero)));
 }
 
 template <class Rest>
-void ScaleBytes(uint8_t *dst, const uint8_t *src, __m256i coefficients, int32_t bytes, Rest rest) {
+void ScaleBytes(uint8_t *dst, const uint8_t *src, __m256i gain, __m256i offset, int32_t bytes,
+                Rest rest) {
+  offset = _mm256_adds_epi16(offset, _mm256_set1_epi16(16));
   ByBlocks<32, 1, 1>(
       dst, src, bytes,
-      [&](uint8_t *d, const uint8_t *s) { Store32(d, ScaleBlock(Load32(s), coefficients)); }, rest);
+      [&](uint8_t *d, const uint8_t *s) { Store32(d, ScaleBlock(Load32(s), gain, offset)); }, rest);
 }
 
 // The shuffle (same in both lanes) that moves byte `channel` of the four
@@ -88,18 +86,18 @@ void SwapRow(uint8_t *dst, const uint8_t *src, int32_t count) {
 void ScaleRow(uint8_t *dst, const uint8_t *src, const int16_t *gain, const int16_t *offset,
               int32_t bytes) {
   if (bytes < 32) return sse2::ScaleRow(dst, src, gain, offset, bytes);
-  const __m256i coefficients = _mm256_broadcastsi128_si256(_mm_setr_epi16(
-      gain[0], offset[0], gain[1], offset[1], gain[2], offset[2], gain[3], offset[3]));
-  ScaleBytes(dst, src, coefficients, bytes, [&](uint8_t *d, const uint8_t *s, int32_t n) {
-    sse2::ScaleRow(d, s, gain, offset, n);
-  });
+  const auto cycle = [](const int16_t *c) {
+    return _mm256_broadcastq_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i *>(c)));
+  };
+  ScaleBytes(
+      dst, src, cycle(gain), cycle(offset), bytes,
+      [&](uint8_t *d, const uint8_t *s, int32_t n) { sse2::ScaleRow(d, s, gain, offset, n); });
 }
 
 void ScaleRun(uint8_t *dst, const uint8_t *src, int16_t gain, int16_t offset, int32_t bytes) {
-  const __m256i coefficients = _mm256_set1_epi32((offset << 16) | static_cast<uint16_t>(gain));
-  ScaleBytes(dst, src, coefficients, bytes, [&](uint8_t *d, const uint8_t *s, int32_t n) {
-    sse2::ScaleRun(d, s, gain, offset, n);
-  });
+  ScaleBytes(
+      dst, src, _mm256_set1_epi16(gain), _mm256_set1_epi16(offset), bytes,
+      [&](uint8_t *d, const uint8_t *s, int32_t n) { sse2::ScaleRun(d, s, gain, offset, n); });
 }
 
 void RGB32ToRGB24Row(uint8_t *dst, const uint8_t *src, int32_t count) {

@@ -8,29 +8,28 @@ namespace tqmp {
 namespace sse2 {
 namespace {
 
-// Sixteen bytes scaled with the (gain, offset) pairs of `coefficients`, one
-// pair per 32-bit lane for the bytes 0 to 3 of every four: the Q14 sum
-// in * gain + 512 * offset + 8192 in 32 bits, shifted arithmetically and
-// clamped to 0..255 by the packs (the shifted sum lies within +-1536).
-__m128i ScaleBlock(__m128i in, __m128i coefficients) {
+// Sixteen bytes scaled with `gain` and `offset` (16-bit lanes, bytes 0 to 3
+// of every four). Exact for every int16 gain and offset: with m = offset + 16,
+//   (in * gain + 512 * m) >> 14 == (floor(in * gain / 512) + m) >> 5,
+// the floor is the high half of (in << 7) * gain (within +-16320), `offset`
+// holds m saturated to int16 and the sum saturates only where the clamp to
+// 0..255 (the unsigned pack) gives the same byte as the exact sum.
+__m128i ScaleBlock(__m128i in, __m128i gain, __m128i offset) {
   const __m128i zero = _mm_setzero_si128();
-  const __m128i k512 = _mm_set1_epi16(512);
-  const __m128i round = _mm_set1_epi32(8192);
-  const __m128i lo = _mm_unpacklo_epi8(in, zero), hi = _mm_unpackhi_epi8(in, zero);
-  const auto quarter = [&](__m128i words) {
-    return _mm_srai_epi32(_mm_add_epi32(_mm_madd_epi16(words, coefficients), round), 14);
+  const auto half = [&](__m128i words) {
+    return _mm_srai_epi16(_mm_adds_epi16(_mm_mulhi_epi16(_mm_slli_epi16(words, 7), gain), offset),
+                          5);
   };
-  return _mm_packus_epi16(
-      _mm_packs_epi32(quarter(_mm_unpacklo_epi16(lo, k512)), quarter(_mm_unpackhi_epi16(lo, k512))),
-      _mm_packs_epi32(quarter(_mm_unpacklo_epi16(hi, k512)),
-                      quarter(_mm_unpackhi_epi16(hi, k512))));
+  return _mm_packus_epi16(half(_mm_unpacklo_epi8(in, zero)), half(_mm_unpackhi_epi8(in, zero)));
 }
 
 template <class Rest>
-void ScaleBytes(uint8_t *dst, const uint8_t *src, __m128i coefficients, int32_t bytes, Rest rest) {
+void ScaleBytes(uint8_t *dst, const uint8_t *src, __m128i gain, __m128i offset, int32_t bytes,
+                Rest rest) {
+  offset = _mm_adds_epi16(offset, _mm_set1_epi16(16));
   ByBlocks<16, 1, 1>(
       dst, src, bytes,
-      [&](uint8_t *d, const uint8_t *s) { Store(d, ScaleBlock(Load(s), coefficients)); }, rest);
+      [&](uint8_t *d, const uint8_t *s) { Store(d, ScaleBlock(Load(s), gain, offset)); }, rest);
 }
 
 // Four pixels b0 b1 b2 x to twelve bytes at the bottom of the register.
@@ -80,18 +79,18 @@ void SwapRow(uint8_t *dst, const uint8_t *src, int32_t count) {
 void ScaleRow(uint8_t *dst, const uint8_t *src, const int16_t *gain, const int16_t *offset,
               int32_t bytes) {
   if (bytes < 16) return portable::ScaleRow(dst, src, gain, offset, bytes);
-  const __m128i coefficients = _mm_setr_epi16(gain[0], offset[0], gain[1], offset[1], gain[2],
-                                              offset[2], gain[3], offset[3]);
-  ScaleBytes(dst, src, coefficients, bytes, [&](uint8_t *d, const uint8_t *s, int32_t n) {
-    portable::ScaleRow(d, s, gain, offset, n);
-  });
+  const auto cycle = [](const int16_t *c) {
+    return _mm_setr_epi16(c[0], c[1], c[2], c[3], c[0], c[1], c[2], c[3]);
+  };
+  ScaleBytes(
+      dst, src, cycle(gain), cycle(offset), bytes,
+      [&](uint8_t *d, const uint8_t *s, int32_t n) { portable::ScaleRow(d, s, gain, offset, n); });
 }
 
 void ScaleRun(uint8_t *dst, const uint8_t *src, int16_t gain, int16_t offset, int32_t bytes) {
-  const __m128i coefficients = _mm_set1_epi32((offset << 16) | static_cast<uint16_t>(gain));
-  ScaleBytes(dst, src, coefficients, bytes, [&](uint8_t *d, const uint8_t *s, int32_t n) {
-    portable::ScaleRun(d, s, gain, offset, n);
-  });
+  ScaleBytes(
+      dst, src, _mm_set1_epi16(gain), _mm_set1_epi16(offset), bytes,
+      [&](uint8_t *d, const uint8_t *s, int32_t n) { portable::ScaleRun(d, s, gain, offset, n); });
 }
 
 void RGB32ToRGB24Row(uint8_t *dst, const uint8_t *src, int32_t count) {
