@@ -19,43 +19,39 @@ __m256i Dwords(int a, int b, int c, int d, int e, int f, int g, int h) {
   return _mm256_setr_epi32(a, b, c, d, e, f, g, h);
 }
 
-// As the SSE2 path's ScaleBlock (the exact high-half form), over 32 bytes.
-__m256i ScaleBlock(__m256i in, __m256i gain, __m256i offset) {
-  const __m256i zero = _mm256_setzero_si256();
-  const auto half = [&](__m256i words) {
-    return _mm256_srai_epi16(
-        _mm256_adds_epi16(_mm256_mulhi_epi16(_mm256_slli_epi16(words, 7), gain), offset), 5);
-  };
-  return _mm256_packus_epi16(half(_mm256_unpacklo_epi8(in, zero)),
-                             half(_mm256_unpackhi_epi8(in, zero)));
-}
-
-template <class Rest>
-void ScaleBytes(uint8_t *dst, const uint8_t *src, __m256i gain, __m256i offset, int32_t bytes,
-                Rest rest) {
-  offset = _mm256_adds_epi16(offset, _mm256_set1_epi16(16));
-  ByBlocks<32, 1, 1>(
-      dst, src, bytes,
-      [&](uint8_t *d, const uint8_t *s) { Store32(d, ScaleBlock(Load32(s), gain, offset)); }, rest);
-}
-
-// The shuffle (same in both lanes) that moves byte `channel` of the four
-// pixels of a lane to the lane's dword `lane`, zeroing the rest.
-__m256i ChannelToLane(int32_t channel, int lane) {
-  alignas(32) int8_t m[32];
-  for (int i = 0; i < 32; ++i) {
-    const int j = i % 16;
-    m[i] = j / 4 == lane ? static_cast<int8_t>(4 * (j % 4) + channel) : -1;
+// As the SSE2 path's range scaling (the same exact high-half form), over 32
+// bytes; the unpacks and the pack work within each 128-bit lane.
+struct Vec256 {
+  using T = __m256i;
+  static constexpr int kBytes = 32;
+  static T Splat(int16_t c) { return _mm256_set1_epi16(c); }
+  static T Cycle(const int16_t *c) {
+    return _mm256_broadcastq_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i *>(c)));
   }
-  return _mm256_load_si256(reinterpret_cast<const __m256i *>(m));
+  static T Raise16(T offset) { return _mm256_adds_epi16(offset, _mm256_set1_epi16(16)); }
+  static void Scale(uint8_t *d, const uint8_t *s, T gain, T offset) {
+    const __m256i in = Load32(s), zero = _mm256_setzero_si256();
+    const auto half = [&](__m256i words) {
+      return _mm256_srai_epi16(
+          _mm256_adds_epi16(_mm256_mulhi_epi16(_mm256_slli_epi16(words, 7), gain), offset), 5);
+    };
+    Store32(d, _mm256_packus_epi16(half(_mm256_unpacklo_epi8(in, zero)),
+                                   half(_mm256_unpackhi_epi8(in, zero))));
+  }
+};
+using Scaling256 = Scaling<Vec256, sse2::ScaleRow, sse2::ScaleRun>;
+
+// ChannelToLane in both 128-bit lanes.
+__m256i ChannelToLanes(int32_t channel, int lane) {
+  return _mm256_broadcastsi128_si256(ChannelToLane(channel, lane));
 }
 
 }  // namespace
 
 void ExtractChannelRow(uint8_t *dst, const uint8_t *src, int32_t count, int32_t channel) {
   if (channel < 0 || channel > 3) return portable::ExtractChannelRow(dst, src, count, channel);
-  const __m256i m0 = ChannelToLane(channel, 0), m1 = ChannelToLane(channel, 1);
-  const __m256i m2 = ChannelToLane(channel, 2), m3 = ChannelToLane(channel, 3);
+  const __m256i m0 = ChannelToLanes(channel, 0), m1 = ChannelToLanes(channel, 1);
+  const __m256i m2 = ChannelToLanes(channel, 2), m3 = ChannelToLanes(channel, 3);
   // Lane 0 holds pixels 0-3, 8-11, 16-19, 24-27; lane 1 the four after each.
   const __m256i order = Dwords(0, 4, 1, 5, 2, 6, 3, 7);
   ByBlocks<32, 4, 1>(
@@ -85,19 +81,11 @@ void SwapRow(uint8_t *dst, const uint8_t *src, int32_t count) {
 
 void ScaleRow(uint8_t *dst, const uint8_t *src, const int16_t *gain, const int16_t *offset,
               int32_t bytes) {
-  if (bytes < 32) return sse2::ScaleRow(dst, src, gain, offset, bytes);
-  const auto cycle = [](const int16_t *c) {
-    return _mm256_broadcastq_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i *>(c)));
-  };
-  ScaleBytes(
-      dst, src, cycle(gain), cycle(offset), bytes,
-      [&](uint8_t *d, const uint8_t *s, int32_t n) { sse2::ScaleRow(d, s, gain, offset, n); });
+  Scaling256::Row(dst, src, gain, offset, bytes);
 }
 
 void ScaleRun(uint8_t *dst, const uint8_t *src, int16_t gain, int16_t offset, int32_t bytes) {
-  ScaleBytes(
-      dst, src, _mm256_set1_epi16(gain), _mm256_set1_epi16(offset), bytes,
-      [&](uint8_t *d, const uint8_t *s, int32_t n) { sse2::ScaleRun(d, s, gain, offset, n); });
+  Scaling256::Run(dst, src, gain, offset, bytes);
 }
 
 void RGB32ToRGB24Row(uint8_t *dst, const uint8_t *src, int32_t count) {

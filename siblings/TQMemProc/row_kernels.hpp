@@ -29,10 +29,10 @@ TQMP_ROW_ROUTINES
 }
 namespace ssse3 {
 void ExtractChannelRow(uint8_t *dst, const uint8_t *src, int32_t count, int32_t channel);
-void SwapRow(uint8_t *dst, const uint8_t *src, int32_t count);
 void RGB32ToRGB24Row(uint8_t *dst, const uint8_t *src, int32_t count);
 using sse2::ScaleRow;
 using sse2::ScaleRun;
+using sse2::SwapRow;
 }  // namespace ssse3
 namespace avx2 {
 TQMP_ROW_ROUTINES

@@ -8,29 +8,31 @@ namespace tqmp {
 namespace sse2 {
 namespace {
 
-// Sixteen bytes scaled with `gain` and `offset` (16-bit lanes, bytes 0 to 3
-// of every four). Exact for every int16 gain and offset: with m = offset + 16,
+// Range scaling on 16 bytes. Exact for every int16 gain and offset: with
+// m = offset + 16,
 //   (in * gain + 512 * m) >> 14 == (floor(in * gain / 512) + m) >> 5,
-// the floor is the high half of (in << 7) * gain (within +-16320), `offset`
-// holds m saturated to int16 and the sum saturates only where the clamp to
-// 0..255 (the unsigned pack) gives the same byte as the exact sum.
-__m128i ScaleBlock(__m128i in, __m128i gain, __m128i offset) {
-  const __m128i zero = _mm_setzero_si128();
-  const auto half = [&](__m128i words) {
-    return _mm_srai_epi16(_mm_adds_epi16(_mm_mulhi_epi16(_mm_slli_epi16(words, 7), gain), offset),
-                          5);
-  };
-  return _mm_packus_epi16(half(_mm_unpacklo_epi8(in, zero)), half(_mm_unpackhi_epi8(in, zero)));
-}
-
-template <class Rest>
-void ScaleBytes(uint8_t *dst, const uint8_t *src, __m128i gain, __m128i offset, int32_t bytes,
-                Rest rest) {
-  offset = _mm_adds_epi16(offset, _mm_set1_epi16(16));
-  ByBlocks<16, 1, 1>(
-      dst, src, bytes,
-      [&](uint8_t *d, const uint8_t *s) { Store(d, ScaleBlock(Load(s), gain, offset)); }, rest);
-}
+// the floor is the high half of (in << 7) * gain (within +-16320), the
+// offsets hold m saturated to int16 and the sum saturates only where the clamp
+// to 0..255 (the unsigned pack) gives the same byte as the exact sum.
+struct Vec128 {
+  using T = __m128i;
+  static constexpr int kBytes = 16;
+  static T Splat(int16_t c) { return _mm_set1_epi16(c); }
+  static T Cycle(const int16_t *c) {
+    return _mm_setr_epi16(c[0], c[1], c[2], c[3], c[0], c[1], c[2], c[3]);
+  }
+  static T Raise16(T offset) { return _mm_adds_epi16(offset, _mm_set1_epi16(16)); }
+  static void Scale(uint8_t *d, const uint8_t *s, T gain, T offset) {
+    const __m128i in = Load(s), zero = _mm_setzero_si128();
+    const auto half = [&](__m128i words) {
+      return _mm_srai_epi16(_mm_adds_epi16(_mm_mulhi_epi16(_mm_slli_epi16(words, 7), gain), offset),
+                            5);
+    };
+    Store(d,
+          _mm_packus_epi16(half(_mm_unpacklo_epi8(in, zero)), half(_mm_unpackhi_epi8(in, zero))));
+  }
+};
+using Scaling128 = Scaling<Vec128, portable::ScaleRow, portable::ScaleRun>;
 
 // Four pixels b0 b1 b2 x to twelve bytes at the bottom of the register.
 __m128i DropFourth(__m128i px) {
@@ -78,19 +80,11 @@ void SwapRow(uint8_t *dst, const uint8_t *src, int32_t count) {
 
 void ScaleRow(uint8_t *dst, const uint8_t *src, const int16_t *gain, const int16_t *offset,
               int32_t bytes) {
-  if (bytes < 16) return portable::ScaleRow(dst, src, gain, offset, bytes);
-  const auto cycle = [](const int16_t *c) {
-    return _mm_setr_epi16(c[0], c[1], c[2], c[3], c[0], c[1], c[2], c[3]);
-  };
-  ScaleBytes(
-      dst, src, cycle(gain), cycle(offset), bytes,
-      [&](uint8_t *d, const uint8_t *s, int32_t n) { portable::ScaleRow(d, s, gain, offset, n); });
+  Scaling128::Row(dst, src, gain, offset, bytes);
 }
 
 void ScaleRun(uint8_t *dst, const uint8_t *src, int16_t gain, int16_t offset, int32_t bytes) {
-  ScaleBytes(
-      dst, src, _mm_set1_epi16(gain), _mm_set1_epi16(offset), bytes,
-      [&](uint8_t *d, const uint8_t *s, int32_t n) { portable::ScaleRun(d, s, gain, offset, n); });
+  Scaling128::Run(dst, src, gain, offset, bytes);
 }
 
 void RGB32ToRGB24Row(uint8_t *dst, const uint8_t *src, int32_t count) {

@@ -1,5 +1,6 @@
-// The SSSE3 path (compiled with -mssse3 only): byte shuffles for the
-// rearranging routines; scaling is the SSE2 path's.
+// The SSSE3 path (compiled with -mssse3 only): byte shuffles for channel
+// extraction and the 4-to-3-byte copy; the pair swap and scaling are the SSE2
+// path's (a shuffle gains nothing over their shifts and multiplies).
 #include <tmmintrin.h>
 
 #include "row_kernels.hpp"
@@ -7,18 +8,6 @@
 
 namespace tqmp {
 namespace ssse3 {
-namespace {
-
-// The shuffle that moves byte `channel` of the four pixels of a register to
-// its 32-bit lane `lane`, zeroing the rest.
-__m128i ChannelToLane(int32_t channel, int lane) {
-  alignas(16) int8_t m[16];
-  for (int i = 0; i < 16; ++i)
-    m[i] = i / 4 == lane ? static_cast<int8_t>(4 * (i % 4) + channel) : -1;
-  return _mm_load_si128(reinterpret_cast<const __m128i *>(m));
-}
-
-}  // namespace
 
 void ExtractChannelRow(uint8_t *dst, const uint8_t *src, int32_t count, int32_t channel) {
   if (channel < 0 || channel > 3) return portable::ExtractChannelRow(dst, src, count, channel);
@@ -35,18 +24,6 @@ void ExtractChannelRow(uint8_t *dst, const uint8_t *src, int32_t count, int32_t 
       [&](uint8_t *d, const uint8_t *s, int32_t n) {
         portable::ExtractChannelRow(d, s, n, channel);
       });
-}
-
-void SwapRow(uint8_t *dst, const uint8_t *src, int32_t count) {
-  const __m128i swap = _mm_setr_epi8(1, 0, 3, 2, 5, 4, 7, 6, 9, 8, 11, 10, 13, 12, 15, 14);
-  ByBlocks<16, 2, 2>(
-      dst, src, count,
-      [&](uint8_t *d, const uint8_t *s) {
-        const __m128i a = Load(s), b = Load(s + 16);
-        Store(d, _mm_shuffle_epi8(a, swap));
-        Store(d + 16, _mm_shuffle_epi8(b, swap));
-      },
-      portable::SwapRow);
 }
 
 void RGB32ToRGB24Row(uint8_t *dst, const uint8_t *src, int32_t count) {
