@@ -67,7 +67,7 @@ struct Path {
   static void Scale32(uint8_t *dst, int64_t dstPitch, const uint8_t *src, int64_t srcPitch,
                       const int16_t *gain, const int16_t *offset, int32_t width, int32_t height,
                       uint8_t flip) {
-    ScaleRows(dst, dstPitch, src, srcPitch, gain, offset, 4 * width, height, flip);
+    ScaleRows(dst, dstPitch, src, srcPitch, gain, offset, width > 0 ? 4 * width : 0, height, flip);
   }
 
   static inline constinit TMP_MemTable mem = {

@@ -1,5 +1,5 @@
 // The row shape shared by the SIMD paths: whole blocks from the start of the
-// row, then the portable routine for what is left, from where the blocks
+// row, then a lower path's routine for what is left, from where the blocks
 // stopped. Internal linkage: every unit gets its own copy, compiled with its
 // own flags only.
 #pragma once
