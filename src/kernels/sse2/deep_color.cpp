@@ -71,24 +71,69 @@ inline Pixels8 Spread3x8(__m128i a, __m128i b, __m128i c) {
            Spread3(_mm_srli_si128(c, 4))}};
 }
 
+// Eight 3-sample pixels (24 samples, 8 or 16 bits) as 24 words in memory
+// order, values unshifted.
+struct Words24 {
+  __m128i v[3];
+};
+
+template <class In>
+inline Words24 ReadWords24(const In *src) {
+  if constexpr (sizeof(In) == 2) {
+    return {{Load(src), Load(src + 8), Load(src + 16)}};
+  } else {
+    const __m128i zero = _mm_setzero_si128(), a = Load(src), b = Load64(src + 16);
+    return {{_mm_unpacklo_epi8(a, zero), _mm_unpackhi_epi8(a, zero), _mm_unpacklo_epi8(b, zero)}};
+  }
+}
+
+// 24 words to 24 samples; words bound for bytes are 0..255 (or saturate).
+template <class Out>
+inline void WriteWords24(Out *dst, const Words24 &w) {
+  if constexpr (sizeof(Out) == 2) {
+    for (int j = 0; j < 3; ++j) Store(dst + 8 * j, w.v[j]);
+  } else {
+    Store(dst, _mm_packus_epi16(w.v[0], w.v[1]));
+    Store64(dst + 16, _mm_packus_epi16(w.v[2], w.v[2]));
+  }
+}
+
+// Samples 0 and 2 of each 3-word pixel exchanged in place: a word takes the
+// one two places right (sample 0), two places left (sample 2) or keeps its own
+// (sample 1); the pixel phase of each vector fixes which is which.
+inline Words24 SwapRB3(const Words24 &w) {
+  const __m128i a = w.v[0], b = w.v[1], c = w.v[2];
+  const __m128i at036 = _mm_setr_epi16(-1, 0, 0, -1, 0, 0, -1, 0);
+  const __m128i at147 = _mm_setr_epi16(0, -1, 0, 0, -1, 0, 0, -1);
+  const __m128i at25 = _mm_setr_epi16(0, 0, -1, 0, 0, -1, 0, 0);
+  // own where `mid`, the word two right where `r`, two left where `l`.
+  auto pick = [](__m128i own, __m128i right, __m128i left, __m128i mid, __m128i r, __m128i l) {
+    return _mm_or_si128(_mm_and_si128(own, mid),
+                        _mm_or_si128(_mm_and_si128(right, r), _mm_and_si128(left, l)));
+  };
+  const __m128i aRight = _mm_or_si128(_mm_srli_si128(a, 4), _mm_slli_si128(b, 12));
+  const __m128i bRight = _mm_or_si128(_mm_srli_si128(b, 4), _mm_slli_si128(c, 12));
+  const __m128i bLeft = _mm_or_si128(_mm_slli_si128(b, 4), _mm_srli_si128(a, 12));
+  const __m128i cLeft = _mm_or_si128(_mm_slli_si128(c, 4), _mm_srli_si128(b, 12));
+  // Word 0 of a is sample 0, of b sample 2, of c sample 1.
+  return {{pick(a, aRight, _mm_slli_si128(a, 4), at147, at036, at25),
+           pick(b, bRight, bLeft, at25, at147, at036),
+           pick(c, _mm_srli_si128(c, 4), cLeft, at036, at25, at147)}};
+}
+
 // Eight pixels of kStride samples (8 or 16 bits) as words, values unshifted.
 template <int kStride, class In>
 inline Pixels8 Read8(const In *src) {
   const __m128i zero = _mm_setzero_si128();
-  if constexpr (sizeof(In) == 2 && kStride == 4) {
-    return {{Load(src), Load(src + 8), Load(src + 16), Load(src + 24)}};
+  if constexpr (kStride == 3) {
+    const Words24 w = ReadWords24(src);
+    return Spread3x8(w.v[0], w.v[1], w.v[2]);
   } else if constexpr (sizeof(In) == 2) {
-    static_assert(kStride == 3);
-    return Spread3x8(Load(src), Load(src + 8), Load(src + 16));
-  } else if constexpr (kStride == 4) {
+    return {{Load(src), Load(src + 8), Load(src + 16), Load(src + 24)}};
+  } else {
     const __m128i a = Load(src), b = Load(src + 16);
     return {{_mm_unpacklo_epi8(a, zero), _mm_unpackhi_epi8(a, zero), _mm_unpacklo_epi8(b, zero),
              _mm_unpackhi_epi8(b, zero)}};
-  } else {
-    static_assert(kStride == 3);
-    const __m128i a = Load(src), b = Load64(src + 16);
-    return Spread3x8(_mm_unpacklo_epi8(a, zero), _mm_unpackhi_epi8(a, zero),
-                     _mm_unpacklo_epi8(b, zero));
   }
 }
 
@@ -107,17 +152,9 @@ inline void Write8(Out *dst, const Pixels8 &p) {
     static_assert(kStride == 3);
     const __m128i g0 = Gather3(p.v[0]), g1 = Gather3(p.v[1]), g2 = Gather3(p.v[2]),
                   g3 = Gather3(p.v[3]);
-    const __m128i o0 = _mm_or_si128(g0, _mm_slli_si128(g1, 12));
-    const __m128i o1 = _mm_or_si128(_mm_srli_si128(g1, 4), _mm_slli_si128(g2, 8));
-    const __m128i o2 = _mm_or_si128(_mm_srli_si128(g2, 8), _mm_slli_si128(g3, 4));
-    if constexpr (sizeof(Out) == 2) {
-      Store(dst, o0);
-      Store(dst + 8, o1);
-      Store(dst + 16, o2);
-    } else {
-      Store(dst, _mm_packus_epi16(o0, o1));
-      Store64(dst + 16, _mm_packus_epi16(o2, o2));
-    }
+    WriteWords24(dst, Words24{{_mm_or_si128(g0, _mm_slli_si128(g1, 12)),
+                               _mm_or_si128(_mm_srli_si128(g1, 4), _mm_slli_si128(g2, 8)),
+                               _mm_or_si128(_mm_srli_si128(g2, 8), _mm_slli_si128(g3, 4))}});
   }
 }
 
@@ -156,6 +193,13 @@ int32_t RepackBlocks(Out *dst, const In *src, int32_t count, const Alpha &alpha)
   const int32_t blocks = x86::WholeBlocks<kBlock>(count);
   for (int32_t b = 0; b < blocks; ++b) {
     const Index i = Index{b} * kBlock;
+    if constexpr (kIn == 3 && kOut == 3) {
+      // Three samples stay three: one stream of samples.
+      Words24 w = ReadWords24(src + kIn * i);
+      for (auto &v : w.v) v = ShiftWords<kShift>(v);
+      WriteWords24(dst + kOut * i, kSwap ? SwapRB3(w) : w);
+      continue;
+    }
     Pixels8 p = Read8<kIn>(src + kIn * i);
     if constexpr (kOut == 4 && kIn == 3) {
       __m128i a[4];
