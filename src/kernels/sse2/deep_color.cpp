@@ -1,11 +1,12 @@
 // Deep-colour row kernels, SSE2 tier: the 8/16-bit RGB repacks, RGB to
 // 16-bit YUV 4:2:2, and 10-bit 4:2:2 and 8-bit 4:1:1 YUV to RGB.
 //
-// Every kernel works on blocks of eight pixels held as four vectors of two
-// pixels, four 16-bit words a pixel (component 0, 1, 2 and a fourth word for
-// alpha or padding). Loads and stores cover exactly the block's own bytes; the
-// pixels after the last whole block (and the last pair or group of the
-// kernels that interpolate with the next one) go to the portable routine.
+// The kernels work on blocks of eight pixels (sixteen for 4:1:1), mostly
+// held as four vectors of two pixels, four 16-bit words a pixel (component 0,
+// 1, 2 and a fourth word for alpha or padding). Loads and stores cover only
+// the block's own bytes; the pixels after the last whole block (and the last
+// pair or group of the kernels that interpolate with the next one) go to the
+// portable routine, which applies its own rules to the row's end.
 #include "kernels/kernel_slots.hpp"
 #include "kernels/x86/row.hpp"
 
@@ -203,20 +204,20 @@ int32_t RepackBlocks(Out *dst, const In *src, int32_t count, const Alpha &alpha)
       Words24 w = ReadWords24(src + kIn * i);
       for (auto &v : w.v) v = ShiftWords<kShift>(v);
       WriteWords24(dst + kOut * i, kSwap ? SwapRB3(w) : w);
-      continue;
-    }
-    Pixels8 p = Read8<kIn>(src + kIn * i);
-    if constexpr (kOut == 4 && kIn == 3) {
-      __m128i a[4];
-      alpha.Get(a, i);
-      for (int j = 0; j < 4; ++j) p.v[j] = _mm_or_si128(Colour(ShiftWords<kShift>(p.v[j])), a[j]);
     } else {
-      for (auto &v : p.v) v = ShiftWords<kShift>(v);
+      Pixels8 p = Read8<kIn>(src + kIn * i);
+      if constexpr (kOut == 4 && kIn == 3) {
+        __m128i a[4];
+        alpha.Get(a, i);
+        for (int j = 0; j < 4; ++j) p.v[j] = _mm_or_si128(Colour(ShiftWords<kShift>(p.v[j])), a[j]);
+      } else {
+        for (auto &v : p.v) v = ShiftWords<kShift>(v);
+      }
+      if constexpr (kSwap) {
+        for (auto &v : p.v) v = SwapRB(v);
+      }
+      Write8<kOut>(dst + kOut * i, p);
     }
-    if constexpr (kSwap) {
-      for (auto &v : p.v) v = SwapRB(v);
-    }
-    Write8<kOut>(dst + kOut * i, p);
   }
   return blocks * kBlock;
 }
