@@ -99,27 +99,58 @@ inline void WriteWords24(Out *dst, const Words24 &w) {
   }
 }
 
-// Samples 0 and 2 of each 3-word pixel exchanged in place: a word takes the
-// one two places right (sample 0), two places left (sample 2) or keeps its own
-// (sample 1); the pixel phase of each vector fixes which is which.
-inline Words24 SwapRB3(const Words24 &w) {
-  const __m128i a = w.v[0], b = w.v[1], c = w.v[2];
-  const __m128i at036 = _mm_setr_epi16(-1, 0, 0, -1, 0, 0, -1, 0);
-  const __m128i at147 = _mm_setr_epi16(0, -1, 0, 0, -1, 0, 0, -1);
-  const __m128i at25 = _mm_setr_epi16(0, 0, -1, 0, 0, -1, 0, 0);
-  // own where `mid`, the word two right where `r`, two left where `l`.
-  auto pick = [](__m128i own, __m128i right, __m128i left, __m128i mid, __m128i r, __m128i l) {
-    return _mm_or_si128(_mm_and_si128(own, mid),
+// Samples 0 and 2 of sixteen 3-byte pixels (three vectors) exchanged: a byte
+// takes the one two places right (sample 0), two places left (sample 2) or
+// keeps its own (sample 1); each vector starts at its own pixel phase.
+inline void SwapRB3Bytes(__m128i v[3]) {
+  const __m128i m0 = _mm_setr_epi8(-1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1);
+  const __m128i m1 = _mm_slli_si128(m0, 1), m2 = _mm_slli_si128(m0, 2);
+  const __m128i a = v[0], b = v[1], c = v[2];
+  // own where `mine`, the byte two right where `r`, two left where `l`.
+  auto pick = [](__m128i own, __m128i right, __m128i left, __m128i mine, __m128i r, __m128i l) {
+    return _mm_or_si128(_mm_and_si128(own, mine),
                         _mm_or_si128(_mm_and_si128(right, r), _mm_and_si128(left, l)));
   };
-  const __m128i aRight = _mm_or_si128(_mm_srli_si128(a, 4), _mm_slli_si128(b, 12));
-  const __m128i bRight = _mm_or_si128(_mm_srli_si128(b, 4), _mm_slli_si128(c, 12));
-  const __m128i bLeft = _mm_or_si128(_mm_slli_si128(b, 4), _mm_srli_si128(a, 12));
-  const __m128i cLeft = _mm_or_si128(_mm_slli_si128(c, 4), _mm_srli_si128(b, 12));
-  // Word 0 of a is sample 0, of b sample 2, of c sample 1.
-  return {{pick(a, aRight, _mm_slli_si128(a, 4), at147, at036, at25),
-           pick(b, bRight, bLeft, at25, at147, at036),
-           pick(c, _mm_srli_si128(c, 4), cLeft, at036, at25, at147)}};
+  // Byte 0 of a is sample 0, of b sample 1, of c sample 2.
+  v[0] = pick(a, _mm_or_si128(_mm_srli_si128(a, 2), _mm_slli_si128(b, 14)), _mm_slli_si128(a, 2),
+              m1, m0, m2);
+  v[1] = pick(b, _mm_or_si128(_mm_srli_si128(b, 2), _mm_slli_si128(c, 14)),
+              _mm_or_si128(_mm_slli_si128(b, 2), _mm_srli_si128(a, 14)), m0, m2, m1);
+  v[2] = pick(c, _mm_srli_si128(c, 2), _mm_or_si128(_mm_slli_si128(c, 2), _mm_srli_si128(b, 14)),
+              m2, m1, m0);
+}
+
+// Sixteen 3-sample pixels to 3-sample pixels (48 samples): a depth shift,
+// and the exchange of samples 0 and 2 (done on bytes; every swapping kernel
+// of this kind has an 8-bit side). Each vector is read before the bytes it
+// covers are stored, so 16-bit to 16-bit runs in place.
+template <int kShift, bool kSwap, class Out, class In>
+inline void Repack48(Out *dst, const In *src) {
+  if constexpr (sizeof(In) == 2 && sizeof(Out) == 2) {
+    static_assert(!kSwap);
+    for (int j = 0; j < 6; ++j) Store(dst + 8 * j, ShiftWords<kShift>(Load(src + 8 * j)));
+  } else {
+    static_assert(sizeof(In) != sizeof(Out) && kShift == (sizeof(In) == 1 ? 8 : -8));
+    __m128i v[3];
+    for (int j = 0; j < 3; ++j) {
+      if constexpr (sizeof(In) == 1) {
+        v[j] = Load(src + 16 * j);
+      } else {
+        v[j] = _mm_packus_epi16(_mm_srli_epi16(Load(src + 16 * j), 8),
+                                _mm_srli_epi16(Load(src + 16 * j + 8), 8));
+      }
+    }
+    if constexpr (kSwap) SwapRB3Bytes(v);
+    const __m128i zero = _mm_setzero_si128();
+    for (int j = 0; j < 3; ++j) {
+      if constexpr (sizeof(Out) == 1) {
+        Store(dst + 16 * j, v[j]);
+      } else {  // a byte under a zero byte: its value << 8
+        Store(dst + 16 * j, _mm_unpacklo_epi8(zero, v[j]));
+        Store(dst + 16 * j + 8, _mm_unpackhi_epi8(zero, v[j]));
+      }
+    }
+  }
 }
 
 // Eight pixels of kStride samples (8 or 16 bits) as words, values unshifted.
@@ -196,14 +227,13 @@ struct KeyAlpha16 {
 // done.
 template <int kIn, int kOut, int kShift, bool kSwap, class Out, class In, class Alpha>
 int32_t RepackBlocks(Out *dst, const In *src, int32_t count, const Alpha &alpha) {
-  const int32_t blocks = x86::WholeBlocks<kBlock>(count);
+  constexpr bool kStream = kIn == 3 && kOut == 3;  // three samples stay three
+  constexpr int kPixels = kStream ? 16 : kBlock;
+  const int32_t blocks = x86::WholeBlocks<kPixels>(count);
   for (int32_t b = 0; b < blocks; ++b) {
-    const Index i = Index{b} * kBlock;
-    if constexpr (kIn == 3 && kOut == 3) {
-      // Three samples stay three: one stream of samples.
-      Words24 w = ReadWords24(src + kIn * i);
-      for (auto &v : w.v) v = ShiftWords<kShift>(v);
-      WriteWords24(dst + kOut * i, kSwap ? SwapRB3(w) : w);
+    const Index i = Index{b} * kPixels;
+    if constexpr (kStream) {
+      Repack48<kShift, kSwap>(dst + kOut * i, src + kIn * i);
     } else {
       Pixels8 p = Read8<kIn>(src + kIn * i);
       if constexpr (kOut == 4 && kIn == 3) {
@@ -219,7 +249,7 @@ int32_t RepackBlocks(Out *dst, const In *src, int32_t count, const Alpha &alpha)
       Write8<kOut>(dst + kOut * i, p);
     }
   }
-  return blocks * kBlock;
+  return blocks * kPixels;
 }
 
 // A repack slot: the blocks, then the rest through the portable routine.
