@@ -75,7 +75,7 @@ List SSE2List() {
       TQCS_SLOT(sse2, YUV422_2_UYVY_Row), TQCS_SLOT(sse2, UYVY_2_YUV422_Row),
       TQCS_SLOT(sse2, YUV422_2_YUVA_Row), TQCS_SLOT(sse2, YUVA_2_YUV422_Row),
       TQCS_SLOT(sse2, RGB24_2_HSV_Row), TQCS_SLOT(sse2, BGR24_2_HSV_Row),
-      TQCS_SLOT(sse2, RGB24_SwapRB_Row),
+      TQCS_SLOT(sse2, RGB24_SwapRB_Row), TQCS_SLOT(sse2, RGB24_Histogram_Row),
 
       // sse2/rgb_to_yuv_8bit.cpp
 
