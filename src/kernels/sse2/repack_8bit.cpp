@@ -2,7 +2,7 @@
 // 24/32-bit RGB repacks and swaps, HSV and histograms.
 //
 // The 4:2:2 families meet in one register form, sixteen pixels split into a
-// luma vector and an interleaved chroma vector (Pairs8); readers build it from
+// luma vector and an interleaved chroma vector per eight pairs (Pairs16); readers build it from
 // a layout and writers store it into one, so every slot of a family is one
 // reader and one writer around the same body.
 #include <emmintrin.h>
@@ -28,68 +28,83 @@ inline __m128i LowBytes16() { return _mm_set1_epi16(0x00FF); }
 
 // ---- 4:2:2 pairs ----------------------------------------------------------
 
-// Eight pairs: y = Y0 .. Y15, uv = U0 V0 U1 V1 .. U7 V7.
-struct Pairs8 {
-  __m128i y, uv;
+// Sixteen pairs in two halves: y[h] = Y0 .. Y15 of pairs 8h .. 8h + 7,
+// uv[h] = U0 V0 U1 V1 .. U7 V7 of the same pairs.
+struct Pairs16 {
+  __m128i y[2], uv[2];
 };
 
 // Packed pairs, luma first (YUYV) or chroma first (UYVY).
 template <bool kLumaFirst>
 struct PackedReader {
   const uint8_t *src;
-  Pairs8 Read(Index p) const {
-    const __m128i a = Load(src + 4 * p), b = Load(src + 4 * p + 16);
-    const __m128i even =
-        _mm_packus_epi16(_mm_and_si128(a, LowBytes16()), _mm_and_si128(b, LowBytes16()));
-    const __m128i odd = _mm_packus_epi16(_mm_srli_epi16(a, 8), _mm_srli_epi16(b, 8));
-    return kLumaFirst ? Pairs8{even, odd} : Pairs8{odd, even};
+  Pairs16 Read(Index p) const {
+    Pairs16 s;
+    for (int h = 0; h < 2; ++h) {
+      const __m128i a = Load(src + 4 * p + 32 * h), b = Load(src + 4 * p + 32 * h + 16);
+      const __m128i even =
+          _mm_packus_epi16(_mm_and_si128(a, LowBytes16()), _mm_and_si128(b, LowBytes16()));
+      const __m128i odd = _mm_packus_epi16(_mm_srli_epi16(a, 8), _mm_srli_epi16(b, 8));
+      s.y[h] = kLumaFirst ? even : odd;
+      s.uv[h] = kLumaFirst ? odd : even;
+    }
+    return s;
   }
 };
 
 template <bool kLumaFirst>
 struct PackedWriter {
   uint8_t *dst;
-  void Write(Index p, Pairs8 s) const {
-    const __m128i first = kLumaFirst ? s.y : s.uv, second = kLumaFirst ? s.uv : s.y;
-    Store(dst + 4 * p, _mm_unpacklo_epi8(first, second));
-    Store(dst + 4 * p + 16, _mm_unpackhi_epi8(first, second));
+  void Write(Index p, const Pairs16 &s) const {
+    for (int h = 0; h < 2; ++h) {
+      const __m128i first = kLumaFirst ? s.y[h] : s.uv[h], second = kLumaFirst ? s.uv[h] : s.y[h];
+      Store(dst + 4 * p + 32 * h, _mm_unpacklo_epi8(first, second));
+      Store(dst + 4 * p + 32 * h + 16, _mm_unpackhi_epi8(first, second));
+    }
   }
 };
 
 struct PlanarReader {
   const uint8_t *y, *u, *v;
-  Pairs8 Read(Index p) const {
-    return {Load(y + 2 * p), _mm_unpacklo_epi8(Load64(u + p), Load64(v + p))};
+  Pairs16 Read(Index p) const {
+    const __m128i cu = Load(u + p), cv = Load(v + p);
+    return {{Load(y + 2 * p), Load(y + 2 * p + 16)},
+            {_mm_unpacklo_epi8(cu, cv), _mm_unpackhi_epi8(cu, cv)}};
   }
 };
 
 struct PlanarWriter {
   uint8_t *y, *u, *v;
-  void Write(Index p, Pairs8 s) const {
-    Store(y + 2 * p, s.y);
-    const __m128i uv = _mm_packus_epi16(_mm_and_si128(s.uv, LowBytes16()), _mm_srli_epi16(s.uv, 8));
-    Store64(u + p, uv);
-    Store64(v + p, _mm_srli_si128(uv, 8));
+  void Write(Index p, const Pairs16 &s) const {
+    Store(y + 2 * p, s.y[0]);
+    Store(y + 2 * p + 16, s.y[1]);
+    Store(u + p, _mm_packus_epi16(_mm_and_si128(s.uv[0], LowBytes16()),
+                                  _mm_and_si128(s.uv[1], LowBytes16())));
+    Store(v + p, _mm_packus_epi16(_mm_srli_epi16(s.uv[0], 8), _mm_srli_epi16(s.uv[1], 8)));
   }
 };
 
-// Sixteen Y,U,V,A pixels as pairs: every luma, the chroma of the even pixels.
-inline Pairs8 ReadYUVA(const uint8_t *src) {
-  const __m128i a0 = Load(src), a1 = Load(src + 16), a2 = Load(src + 32), a3 = Load(src + 48);
+// Thirty-two Y,U,V,A pixels as pairs: every luma, the chroma of the even
+// pixels.
+inline Pairs16 ReadYUVA(const uint8_t *src) {
   const __m128i luma = Every32(0xFF);
-  const __m128i y =
-      _mm_packus_epi16(_mm_packs_epi32(_mm_and_si128(a0, luma), _mm_and_si128(a1, luma)),
-                       _mm_packs_epi32(_mm_and_si128(a2, luma), _mm_and_si128(a3, luma)));
-  // Pixels 0, 2, 4, 6 and 8, 10, 12, 14, whole.
   constexpr int kEvenFirst = _MM_SHUFFLE(3, 1, 2, 0);
-  const __m128i e0 =
-      _mm_unpacklo_epi64(_mm_shuffle_epi32(a0, kEvenFirst), _mm_shuffle_epi32(a1, kEvenFirst));
-  const __m128i e1 =
-      _mm_unpacklo_epi64(_mm_shuffle_epi32(a2, kEvenFirst), _mm_shuffle_epi32(a3, kEvenFirst));
-  // U | V << 8 sign-extended, so the signed pack keeps it whole.
-  const __m128i uv = _mm_packs_epi32(_mm_srai_epi32(_mm_slli_epi32(e0, 8), 16),
-                                     _mm_srai_epi32(_mm_slli_epi32(e1, 8), 16));
-  return {y, uv};
+  Pairs16 s;
+  for (int h = 0; h < 2; ++h) {
+    const uint8_t *q = src + 64 * h;
+    const __m128i a0 = Load(q), a1 = Load(q + 16), a2 = Load(q + 32), a3 = Load(q + 48);
+    s.y[h] = _mm_packus_epi16(_mm_packs_epi32(_mm_and_si128(a0, luma), _mm_and_si128(a1, luma)),
+                              _mm_packs_epi32(_mm_and_si128(a2, luma), _mm_and_si128(a3, luma)));
+    // Pixels 0, 2, 4, 6 and 8, 10, 12, 14, whole.
+    const __m128i e0 =
+        _mm_unpacklo_epi64(_mm_shuffle_epi32(a0, kEvenFirst), _mm_shuffle_epi32(a1, kEvenFirst));
+    const __m128i e1 =
+        _mm_unpacklo_epi64(_mm_shuffle_epi32(a2, kEvenFirst), _mm_shuffle_epi32(a3, kEvenFirst));
+    // U | V << 8 sign-extended, so the signed pack keeps it whole.
+    s.uv[h] = _mm_packs_epi32(_mm_srai_epi32(_mm_slli_epi32(e0, 8), 16),
+                              _mm_srai_epi32(_mm_slli_epi32(e1, 8), 16));
+  }
+  return s;
 }
 
 // Returns the pairs done. Each block also reads the chroma of the pair after
@@ -99,31 +114,34 @@ Index PairsToYUVA(uint8_t *dst, Reader src, int32_t count, uint8_t alpha) {
   const Index pairs = count / 2;
   const __m128i a = _mm_set1_epi16(static_cast<int16_t>(alpha << 8));
   Index p = 0;
-  for (; p + 9 <= pairs; p += 8) {
-    const Pairs8 s = src.Read(p);
-    const __m128i odd = _mm_avg_epu8(s.uv, src.Read(p + 1).uv);  // (a + b + 1) >> 1
-    // Per pixel two words: Y | U << 8 and V | A << 8.
-    const __m128i e0 = _mm_or_si128(_mm_and_si128(s.y, LowBytes16()), _mm_slli_epi16(s.uv, 8));
-    const __m128i e1 = _mm_or_si128(_mm_srli_epi16(s.uv, 8), a);
-    const __m128i o0 = _mm_or_si128(_mm_srli_epi16(s.y, 8), _mm_slli_epi16(odd, 8));
-    const __m128i o1 = _mm_or_si128(_mm_srli_epi16(odd, 8), a);
-    const __m128i evenLo = _mm_unpacklo_epi16(e0, e1), evenHi = _mm_unpackhi_epi16(e0, e1);
-    const __m128i oddLo = _mm_unpacklo_epi16(o0, o1), oddHi = _mm_unpackhi_epi16(o0, o1);
-    uint8_t *d = dst + 8 * p;
-    Store(d, _mm_unpacklo_epi32(evenLo, oddLo));
-    Store(d + 16, _mm_unpackhi_epi32(evenLo, oddLo));
-    Store(d + 32, _mm_unpacklo_epi32(evenHi, oddHi));
-    Store(d + 48, _mm_unpackhi_epi32(evenHi, oddHi));
+  for (; p + 17 <= pairs; p += 16) {
+    const Pairs16 s = src.Read(p), next = src.Read(p + 1);
+    for (int h = 0; h < 2; ++h) {
+      const __m128i y = s.y[h], uv = s.uv[h];
+      const __m128i odd = _mm_avg_epu8(uv, next.uv[h]);  // (a + b + 1) >> 1
+      // Per pixel two words: Y | U << 8 and V | A << 8.
+      const __m128i e0 = _mm_or_si128(_mm_and_si128(y, LowBytes16()), _mm_slli_epi16(uv, 8));
+      const __m128i e1 = _mm_or_si128(_mm_srli_epi16(uv, 8), a);
+      const __m128i o0 = _mm_or_si128(_mm_srli_epi16(y, 8), _mm_slli_epi16(odd, 8));
+      const __m128i o1 = _mm_or_si128(_mm_srli_epi16(odd, 8), a);
+      const __m128i evenLo = _mm_unpacklo_epi16(e0, e1), evenHi = _mm_unpackhi_epi16(e0, e1);
+      const __m128i oddLo = _mm_unpacklo_epi16(o0, o1), oddHi = _mm_unpackhi_epi16(o0, o1);
+      uint8_t *d = dst + 8 * p + 64 * h;
+      Store(d, _mm_unpacklo_epi32(evenLo, oddLo));
+      Store(d + 16, _mm_unpackhi_epi32(evenLo, oddLo));
+      Store(d + 32, _mm_unpacklo_epi32(evenHi, oddHi));
+      Store(d + 48, _mm_unpackhi_epi32(evenHi, oddHi));
+    }
   }
   return p;
 }
 
-// Returns the pixels done (a multiple of 16); an odd tail is the portable
+// Returns the pixels done (a multiple of 32); an odd tail is the portable
 // routine's.
 template <class Writer>
 Index YUVAToPairs(Writer dst, const uint8_t *src, int32_t count) {
   Index i = 0;
-  for (; i + 16 <= count; i += 16) dst.Write(i / 2, ReadYUVA(src + 4 * i));
+  for (; i + 32 <= count; i += 32) dst.Write(i / 2, ReadYUVA(src + 4 * i));
   return i;
 }
 
@@ -132,7 +150,7 @@ template <class Writer, class Reader>
 Index MovePairs(Writer dst, Reader src, int32_t count) {
   const Index pairs = count / 2;
   Index p = 0;
-  for (; p + 8 <= pairs; p += 8) dst.Write(p, src.Read(p));
+  for (; p + 16 <= pairs; p += 16) dst.Write(p, src.Read(p));
   return p;
 }
 
@@ -247,8 +265,11 @@ Index SwapRB24(uint8_t *dst, const uint8_t *src, int32_t count) {
   return i;
 }
 
+// Sixteen pixels per step, each vector read before it is written.
 Index SwapRB32Row(uint8_t *dst, const uint8_t *src, int32_t count) {
   Index i = 0;
+  for (; i + 16 <= count; i += 16)
+    for (int k = 0; k < 4; ++k) Store(dst + 4 * i + 16 * k, SwapRB32(Load(src + 4 * i + 16 * k)));
   for (; i + 4 <= count; i += 4) Store(dst + 4 * i, SwapRB32(Load(src + 4 * i)));
   return i;
 }
