@@ -61,6 +61,44 @@ TEST(FillRule, PortableTierSharesOneRoutineBetweenSlots124And144) {
             Portable(Slot(K::Deinterleave_Pairs_Row)));
 }
 
+// Each tier list: ascending, one entry per slot, tiered slots only.
+TEST(TierLists, AscendingUniqueAndTiered) {
+  for (Tier tier : {Tier::SSE41, Tier::SSSE3, Tier::SSE2, Tier::Portable}) {
+    int32_t last = -1;
+    for (const SlotEntry &e : TierEntries(tier)) {
+      EXPECT_GT(e.slot, last) << TierName(tier);
+      EXPECT_TRUE(IsTieredSlot(e.slot)) << TierName(tier) << " slot " << e.slot;
+      EXPECT_NE(e.fn, nullptr) << TierName(tier) << " slot " << e.slot;
+      last = e.slot;
+    }
+  }
+}
+
+// The frame drivers' and general operations' kernels have a SIMD routine on
+// every level from 1 to 4: SSE2, or SSSE3 for slots 7, 8 and 10 from level 2.
+TEST(TierLists, FramePathSlotsAreSIMDOnLevelsOneToFour) {
+  std::vector<int32_t> slots;
+  for (int32_t s = 3; s <= 51; ++s)
+    if (s != 9) slots.push_back(s);
+  for (int32_t s : {152, 153, 154, 157, 158}) slots.push_back(s);
+  auto listed = [](Tier tier, int32_t slot) {
+    for (const SlotEntry &e : TierEntries(tier))
+      if (e.slot == slot) return e.fn;
+    return Fn{nullptr};
+  };
+  for (uint32_t level : {1u, 2u, 3u, 4u}) {
+    TCS_KernelTable table{};
+    FillKernelTable(level, table);
+    for (int32_t s : slots) {
+      const bool shuffled = level >= 2 && (s == 7 || s == 8 || s == 10);
+      const Fn expected = listed(shuffled ? Tier::SSSE3 : Tier::SSE2, s);
+      EXPECT_NE(expected, nullptr) << "slot " << s << " has no routine in its tier";
+      EXPECT_EQ(LoadSlot(table, s), expected) << "slot " << s << ", level " << level;
+      EXPECT_NE(LoadSlot(table, s), Portable(s)) << "slot " << s << ", level " << level;
+    }
+  }
+}
+
 TEST(FillRule, TiersByLevel) {
   auto tiers = [](uint32_t level) {
     auto span = TiersForLevel(level);
@@ -128,16 +166,13 @@ TEST_F(StartupAtForcedLevel, SecondBuildTouchesNothing) {
 
 TEST_F(StartupAtForcedLevel, EntryPointRecordsLoadAndUnload) {
   test::LogCapture log;
-  const int32_t loaded = TCS_DllMain(nullptr, TCS_REASON_PROCESS_ATTACH, nullptr);
-  const bool complete = TCS_CheckAPIStu(g_pColorSpaceAPI) == TCS_CHECK_OK;
-  EXPECT_EQ(loaded, complete ? 1 : 0);
-  EXPECT_EQ(g_pMemProcRoot, complete ? TMP_GetAPIStuPtr() : nullptr);
+  EXPECT_EQ(TCS_DllMain(nullptr, TCS_REASON_PROCESS_ATTACH, nullptr), 1);
+  EXPECT_EQ(TCS_CheckAPIStu(g_pColorSpaceAPI), TCS_CHECK_OK);
+  EXPECT_EQ(g_pMemProcRoot, TMP_GetAPIStuPtr());
   EXPECT_EQ(TCS_DllMain(nullptr, TCS_REASON_THREAD_ATTACH, nullptr), 1);
   EXPECT_EQ(TCS_DllMain(nullptr, TCS_REASON_THREAD_DETACH, nullptr), 1);
   EXPECT_EQ(TCS_DllMain(nullptr, TCS_REASON_PROCESS_DETACH, nullptr), 1);
-  const test::LogRecord load =
-      complete ? test::LogRecord{0, u"TQColorSpace", u"DllMain()", u"%s", u"DLL Loading Succeed"}
-               : test::LogRecord{3, u"TQColorSpace", u"DllMain()", u"%s", u"DLL Loading Failed"};
+  const test::LogRecord load{0, u"TQColorSpace", u"DllMain()", u"%s", u"DLL Loading Succeed"};
   const test::LogRecord unload{0, u"TQColorSpace", u"DllMain()", u"%s", u"DLL Unloading Succeed"};
   EXPECT_EQ(log.records(), (std::vector<test::LogRecord>{load, unload}));
   // Detach tears nothing down.

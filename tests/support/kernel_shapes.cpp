@@ -1,0 +1,133 @@
+#include "support/kernel_shapes.hpp"
+
+#include <algorithm>
+
+#include "core/api.hpp"
+
+namespace tqcs::test {
+
+size_t RowSize::Bytes(int32_t count) const {
+  if (count < 1) return static_cast<size_t>(fixed);
+  const size_t n = static_cast<size_t>(count);
+  return perPixel * n + perPair * (n / 2) + perCeilPair * ((n + 1) / 2) + fixed;
+}
+
+const std::vector<KernelShape> &AllShapes() {
+  // Sources exactly as long as the portable routine reads them; destinations
+  // at least as long as it writes them.
+  static const std::vector<KernelShape> shapes = {
+      // Packed 4:2:2 <-> Y,U,V,A and planar 4:2:2.
+      {K::YUYV_2_YUVA_Row, {Pairs(8), Pairs(4)}},
+      {K::YUVA_2_YUYV_Row, {CeilPairs(4), Px(4)}},
+      {K::UYVY_2_YUVA_Row, {Pairs(8), Pairs(4)}},
+      {K::YUVA_2_UYVY_Row, {CeilPairs(4), Px(4)}},
+      {K::YUV422_2_YUVA_Row, {Pairs(8), Pairs(2), Pairs(1), Pairs(1)}},
+      {K::YUVA_2_YUV422_Row, {Px(1), Pairs(1), Pairs(1), Px(4)}},
+      {K::YUV422_2_YUYV_Row, {Pairs(4), Pairs(2), Pairs(1), Pairs(1)}},
+      {K::YUYV_2_YUV422_Row, {Pairs(2), Pairs(1), Pairs(1), Pairs(4)}},
+      {K::YUV422_2_UYVY_Row, {Pairs(4), Pairs(2), Pairs(1), Pairs(1)}},
+      {K::UYVY_2_YUV422_Row, {Pairs(2), Pairs(1), Pairs(1), Pairs(4)}},
+      // 24/32-bit RGB.
+      {K::RGB24_2_RGB32_Row, {Px(4), Px(3)}},
+      {K::RGB24_2_BGR32_Row, {Px(4), Px(3)}},
+      {K::RGB32_2_BGR24_Row, {Px(3), Px(4)}},
+      {K::RGB32_SwapRB_Row, {Px(4), Px(4)}, 0, true},
+      {K::RGB24_SwapRB_Row, {Px(3), Px(3)}, 0, true},
+      // RGB -> YUV.
+      {K::RGB32_2_YUYV_Row, {CeilPairs(4), Px(4)}},
+      {K::RGB32_2_UYVY_Row, {CeilPairs(4), Px(4)}},
+      {K::RGB24_2_YUYV_Row, {CeilPairs(4), Px(3)}},
+      {K::RGB24_2_UYVY_Row, {CeilPairs(4), Px(3)}},
+      {K::RGB32_2_YUVA_Row, {Px(4), Px(4)}},
+      {K::RGB24_2_YUVA_Row, {Px(4), Px(3)}},
+      {K::RGB32_2_YUV422_Row, {Px(1), Pairs(1), Pairs(1), Px(4)}},
+      {K::RGB24_2_YUV422_Row, {Px(1), Pairs(1), Pairs(1), Px(3)}},
+      {K::RGB24_2_Gray_Row, {Px(1), Px(3)}},
+      // YUV -> RGB.
+      {K::YUYV_2_RGB32_Row, {Pairs(8), Pairs(4)}},
+      {K::YUYV_2_BGR32_Row, {Pairs(8), Pairs(4)}},
+      {K::UYVY_2_RGB32_Row, {Pairs(8), Pairs(4)}},
+      {K::UYVY_2_BGR32_Row, {Pairs(8), Pairs(4)}},
+      {K::YUYV_2_RGB24_Row, {Pairs(6), Pairs(4)}},
+      {K::YUYV_2_BGR24_Row, {Pairs(6), Pairs(4)}},
+      {K::UYVY_2_RGB24_Row, {Pairs(6), Pairs(4)}},
+      {K::UYVY_2_BGR24_Row, {Pairs(6), Pairs(4)}},
+      {K::YUV422_2_RGB32_Row, {Pairs(8), Pairs(2), Pairs(1), Pairs(1)}},
+      {K::YUV422_2_BGR32_Row, {Pairs(8), Pairs(2), Pairs(1), Pairs(1)}},
+      {K::YUV422_2_RGB24_Row, {Pairs(6), Pairs(2), Pairs(1), Pairs(1)}},
+      {K::YUV422_2_BGR24_Row, {Pairs(6), Pairs(2), Pairs(1), Pairs(1)}},
+      {K::YUVA_2_RGB32_Row, {Px(4), Px(4)}},
+      {K::YUVA_2_BGR32_Row, {Px(4), Px(4)}},
+      {K::YUVA_2_RGB24_Row, {Px(3), Px(4)}},
+      {K::YUVA_2_BGR24_Row, {Px(3), Px(4)}},
+      // Chroma rows between 4:2:0 and 4:2:2 (count = chroma samples).
+      {K::YUV420_2_YUV422_UV_FirstRow, {Px(1), Px(1), Px(1), Px(1)}},
+      {K::YUV420_2_YUV422_UV_LastRow, {Px(1), Px(1), Px(1), Px(1)}},
+      {K::YUV420_2_YUV422_UV_Row, {Px(1), Px(1), Px(1), Px(1)}, 1},
+      {K::YUV422_2_YUV420_UV_Row, {Px(1), Px(1), Px(1), Px(1)}},
+      {K::YUYV_2_YUV420_UV_Row, {Pairs(2), Pairs(1), Pairs(1), Pairs(4)}},
+      {K::UYVY_2_YUV420_UV_Row, {Pairs(2), Pairs(1), Pairs(1), Pairs(4)}},
+      {K::YUV420_10Bit_2_YUV422_UV_Row, {Px(1), Px(1), Px(2), Px(2)}, 1},
+      // 10-bit planes to 8-bit.
+      {K::YUV422_10Bit_2_YUYV_Row, {Pairs(4), Pairs(4), Pairs(2), Pairs(2)}},
+      {K::YUV422_10Bit_2_UYVY_Row, {Pairs(4), Pairs(4), Pairs(2), Pairs(2)}},
+      {K::Y10Bit_2_Y8_Row, {Px(1), Px(2)}},
+      // HSV and histogram.
+      {K::RGB24_2_HSV_Row, {Px(2), Px(1), Px(1), Px(3)}},
+      {K::BGR24_2_HSV_Row, {Px(2), Px(1), Px(1), Px(3)}},
+      {K::RGB24_Histogram_Row, {Fixed(1024), Fixed(1024), Fixed(1024), Px(3)}},
+
+      // 16-bit RGB and the deep-colour YUV families (deep_color).
+
+      // 16-bit planar and packed moves (planar16).
+
+      // 8+2 packing (pack_8plus2).
+
+      // V210 (v210).
+
+      // Key planes, chroma interleaving and zero fills (repack_8bit).
+  };
+  return shapes;
+}
+
+const KernelShape *ShapeOf(int32_t slot) {
+  const auto &all = AllShapes();
+  auto it = std::find_if(all.begin(), all.end(), [slot](const KernelShape &s) {
+    return static_cast<int32_t>(s.slot) == slot;
+  });
+  return it == all.end() ? nullptr : &*it;
+}
+
+SlotSignature SignatureOf(int32_t slot) {
+  switch (slot) {
+#define TQCS_SIGNATURE_CASE(n, name, ret, params)    \
+  case n: {                                          \
+    using C = detail::Caller<SlotFn<K::name>::Type>; \
+    return {C::Written(), C::Pitched(), C::kCoefs};  \
+  }
+    TCS_KERNEL_SLOTS(TQCS_SIGNATURE_CASE)
+#undef TQCS_SIGNATURE_CASE
+  }
+  return {};
+}
+
+const char *SlotName(int32_t slot) {
+#define TQCS_NAME_ENTRY(n, name, ret, params) #name,
+  static const char *const names[] = {TCS_KERNEL_SLOTS(TQCS_NAME_ENTRY)};
+#undef TQCS_NAME_ENTRY
+  return slot >= 0 && slot < TCS_KERNEL_SLOT_COUNT ? names[slot] : "?";
+}
+
+void CallSlot(const TCS_KernelTable &table, int32_t slot, const CallArgs &args) {
+  switch (slot) {
+#define TQCS_CALL_CASE(n, name, ret, params)                                \
+  case n:                                                                   \
+    detail::Caller<SlotFn<K::name>::Type>::Call(                            \
+        reinterpret_cast<SlotFn<K::name>::Type>(LoadSlot(table, n)), args); \
+    return;
+    TCS_KERNEL_SLOTS(TQCS_CALL_CASE)
+#undef TQCS_CALL_CASE
+  }
+}
+
+}  // namespace tqcs::test
