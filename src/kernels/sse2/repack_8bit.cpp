@@ -1,9 +1,9 @@
 // SSE2 8-bit repacking kernels: 4:2:2 <-> 4:4:4 and packed <-> planar moves,
 // 24/32-bit RGB repacks and swaps, HSV and histograms.
 //
-// The 4:2:2 families meet in one register form, sixteen pixels split into a
-// luma vector and an interleaved chroma vector per eight pairs (Pairs16); readers build it from
-// a layout and writers store it into one, so every slot of a family is one
+// The 4:2:2 families meet in one register form, sixteen pairs held as luma
+// vectors and interleaved chroma vectors (Pairs16); readers build it from a
+// layout and writers store it into one, so every slot of a family is one
 // reader and one writer around the same body.
 #include <emmintrin.h>
 
@@ -18,9 +18,7 @@ namespace {
 
 using Index = std::ptrdiff_t;
 using x86::Load;
-using x86::Load64;
 using x86::Store;
-using x86::Store64;
 
 inline __m128i Every32(uint32_t v) { return _mm_set1_epi32(static_cast<int>(v)); }
 inline __m128i Every64(uint64_t v) { return _mm_set1_epi64x(static_cast<long long>(v)); }
