@@ -78,12 +78,31 @@ List SSE2List() {
       TQCS_SLOT(sse2, RGB24_SwapRB_Row), TQCS_SLOT(sse2, RGB24_Histogram_Row),
 
       // sse2/rgb_to_yuv_8bit.cpp
+      TQCS_SLOT(sse2, RGB32_2_YUYV_Row), TQCS_SLOT(sse2, RGB32_2_UYVY_Row),
+      TQCS_SLOT(sse2, RGB32_2_YUVA_Row), TQCS_SLOT(sse2, RGB32_2_YUV422_Row),
+      TQCS_SLOT(sse2, RGB24_2_YUV422_Row), TQCS_SLOT(sse2, RGB24_2_YUYV_Row),
+      TQCS_SLOT(sse2, RGB24_2_UYVY_Row), TQCS_SLOT(sse2, RGB24_2_YUVA_Row),
+      TQCS_SLOT(sse2, RGB24_2_Gray_Row),
 
       // sse2/yuv_to_rgb_8bit.cpp
+      TQCS_SLOT(sse2, YUYV_2_RGB32_Row), TQCS_SLOT(sse2, YUYV_2_BGR32_Row),
+      TQCS_SLOT(sse2, UYVY_2_RGB32_Row), TQCS_SLOT(sse2, UYVY_2_BGR32_Row),
+      TQCS_SLOT(sse2, YUVA_2_RGB32_Row), TQCS_SLOT(sse2, YUVA_2_BGR32_Row),
+      TQCS_SLOT(sse2, YUV422_2_RGB32_Row), TQCS_SLOT(sse2, YUV422_2_BGR32_Row),
+      TQCS_SLOT(sse2, YUV422_2_RGB24_Row), TQCS_SLOT(sse2, YUV422_2_BGR24_Row),
+      TQCS_SLOT(sse2, YUYV_2_RGB24_Row), TQCS_SLOT(sse2, YUYV_2_BGR24_Row),
+      TQCS_SLOT(sse2, UYVY_2_RGB24_Row), TQCS_SLOT(sse2, UYVY_2_BGR24_Row),
+      TQCS_SLOT(sse2, YUVA_2_RGB24_Row), TQCS_SLOT(sse2, YUVA_2_BGR24_Row),
 
       // sse2/chroma_resample.cpp
+      TQCS_SLOT(sse2, YUV420_2_YUV422_UV_FirstRow), TQCS_SLOT(sse2, YUV420_2_YUV422_UV_LastRow),
+      TQCS_SLOT(sse2, YUV420_2_YUV422_UV_Row), TQCS_SLOT(sse2, YUV422_2_YUV420_UV_Row),
+      TQCS_SLOT(sse2, YUYV_2_YUV420_UV_Row), TQCS_SLOT(sse2, UYVY_2_YUV420_UV_Row),
+      TQCS_SLOT(sse2, YUV420_10Bit_2_YUV422_UV_Row),
 
       // sse2/planar16.cpp
+      TQCS_SLOT(sse2, YUV422_10Bit_2_YUYV_Row), TQCS_SLOT(sse2, YUV422_10Bit_2_UYVY_Row),
+      TQCS_SLOT(sse2, Y10Bit_2_Y8_Row),
 
       // sse2/deep_color.cpp
 

@@ -132,7 +132,8 @@ class Parity : public ::testing::TestWithParam<ParityCase> {
     ASSERT_NE(shape, nullptr) << "slot " << c.slot << " has a SIMD routine but no shape";
     const SlotSignature sig = SignatureOf(c.slot);
     ASSERT_EQ(shape->rows.size(), sig.written.size()) << "slot " << c.slot;
-    std::mt19937 rng(static_cast<uint32_t>(count * 7919 + v.pattern * 31 + c.slot));
+    std::mt19937 rng(static_cast<uint32_t>(count) * 7919u +
+                     static_cast<uint32_t>(v.pattern * 31 + c.slot));
 
     const size_t n = sig.written.size();
     std::vector<Region> regions(n);

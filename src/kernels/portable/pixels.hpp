@@ -96,6 +96,9 @@ struct PlanarReader {
   T V(Index p) const { return Load(v, p); }
 };
 
+template <class T>
+PlanarReader(const T *, const T *, const T *) -> PlanarReader<T>;
+
 // Sample c of a reader's row read as one stream of pairs laid out in Order.
 template <class Order, class Reader>
 inline auto PairSample(const Reader &src, Index c) {
@@ -133,6 +136,9 @@ struct PlanarWriter {
   // The chroma rows hold count / 2 samples: a lone last pixel has its luma only.
   void Tail(Index p, uint32_t luma, uint32_t, uint32_t) const { Store(y, 2 * p, luma); }
 };
+
+template <class T>
+PlanarWriter(T *, T *, T *) -> PlanarWriter<T>;
 
 // count / 2 whole pairs from one 4:2:2 layout to another, every sample
 // shifted by kShift (left when positive) and stored with a truncating cast.
@@ -207,6 +213,9 @@ struct ConstAlpha {
   T operator()(Index) const { return value; }
 };
 
+template <class T>
+ConstAlpha(T) -> ConstAlpha<T>;
+
 // One byte per pixel at a fixed stride: a key plane (1, 0), or byte 3 of
 // 4-byte pixels (4, 3).
 template <Index kStride = 1, Index kOffset = 0>
@@ -214,6 +223,7 @@ struct KeyAlpha {
   const uint8_t *key;
   uint8_t operator()(Index i) const { return key[kStride * i + kOffset]; }
 };
+KeyAlpha(const uint8_t *)->KeyAlpha<1, 0>;
 
 // ---- RGB ------------------------------------------------------------------------
 
