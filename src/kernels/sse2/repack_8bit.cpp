@@ -9,6 +9,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstring>
 
 #include "kernels/kernel_slots.hpp"
 #include "kernels/x86/row.hpp"
@@ -341,6 +342,14 @@ Index RGBToHSV(uint16_t *dstH, uint8_t *dstS, uint8_t *dstV, const uint8_t *src,
 
 // ---- Histogram ----------------------------------------------------------------
 
+// The arrays need no particular alignment.
+inline void AddCount(uint32_t *hist, uint8_t bin, uint32_t n) {
+  uint32_t c;
+  std::memcpy(&c, hist + bin, sizeof c);
+  c += n;
+  std::memcpy(hist + bin, &c, sizeof c);
+}
+
 // True when the sixteen 3-byte pixels at s are all the first one's colour:
 // every byte equals the byte three places on.
 inline bool SameColour16(const uint8_t *s) {
@@ -471,9 +480,9 @@ void sse2::RGB24_Histogram_Row(uint32_t *hist0, uint32_t *hist1, uint32_t *hist2
     if (s[0] != s[45] || s[1] != s[46] || s[2] != s[47] || !SameColour16(s)) continue;
     portable::RGB24_Histogram_Row(hist0, hist1, hist2, src + 3 * counted,
                                   static_cast<int32_t>(i - counted));
-    hist0[s[0]] += 16;
-    hist1[s[1]] += 16;
-    hist2[s[2]] += 16;
+    AddCount(hist0, s[0], 16);
+    AddCount(hist1, s[1], 16);
+    AddCount(hist2, s[2], 16);
     counted = i + 16;
   }
   portable::RGB24_Histogram_Row(hist0, hist1, hist2, src + 3 * counted,
