@@ -67,6 +67,15 @@ List SSE2List() {
       Stub<K::RGB24_2_RGB48_Expand_Row>(),
 
       // sse2/repack_8bit.cpp
+      TQCS_SLOT(sse2, YUYV_2_YUVA_Row), TQCS_SLOT(sse2, YUVA_2_YUYV_Row),
+      TQCS_SLOT(sse2, UYVY_2_YUVA_Row), TQCS_SLOT(sse2, YUVA_2_UYVY_Row),
+      TQCS_SLOT(sse2, RGB24_2_RGB32_Row), TQCS_SLOT(sse2, RGB24_2_BGR32_Row),
+      TQCS_SLOT(sse2, RGB32_2_BGR24_Row), TQCS_SLOT(sse2, RGB32_SwapRB_Row),
+      TQCS_SLOT(sse2, YUV422_2_YUYV_Row), TQCS_SLOT(sse2, YUYV_2_YUV422_Row),
+      TQCS_SLOT(sse2, YUV422_2_UYVY_Row), TQCS_SLOT(sse2, UYVY_2_YUV422_Row),
+      TQCS_SLOT(sse2, YUV422_2_YUVA_Row), TQCS_SLOT(sse2, YUVA_2_YUV422_Row),
+      TQCS_SLOT(sse2, RGB24_2_HSV_Row), TQCS_SLOT(sse2, BGR24_2_HSV_Row),
+      TQCS_SLOT(sse2, RGB24_SwapRB_Row), TQCS_SLOT(sse2, RGB24_Histogram_Row),
 
       // sse2/rgb_to_yuv_8bit.cpp
       TQCS_SLOT(sse2, RGB32_2_YUYV_Row), TQCS_SLOT(sse2, RGB32_2_UYVY_Row),
@@ -126,6 +135,9 @@ List SSE2List() {
 List SSSE3List() {
   return Listed({
       // ssse3/repack_8bit.cpp
+      TQCS_SLOT(ssse3, RGB24_2_RGB32_Row),
+      TQCS_SLOT(ssse3, RGB24_2_BGR32_Row),
+      TQCS_SLOT(ssse3, RGB32_2_BGR24_Row),
   });
 }
 
