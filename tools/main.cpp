@@ -1,36 +1,200 @@
-// tqcs: reports what the library chose on this machine: the processor level,
-// the kernel tier installed at that level and whether loading succeeded.
+// tqcs: converts frame files through TQColorSpace, demonstrates and measures
+// it, and reports what the library chose on this machine. It reaches the
+// library only through its public headers and typed tables.
 #include <TQCPUBase.h>
 #include <TQColorSpace/TQColorSpace.h>
 
 #include <cstdio>
+#include <cstring>
+#include <string_view>
 
+#include "cli.hpp"
+
+namespace tqcs {
 namespace {
 
-const char *TierName(uint32_t level) {
-  switch (level) {
-    case 1:
-      return "SSE2";
-    case 2:
-    case 3:
-      return "SSSE3 (slots 7, 8, 10) over SSE2";
-    case 4:
-      return "SSE4.1/AVX (slot 144), SSSE3 (slots 7, 8, 10) over SSE2";
-    default:
-      return "portable";
-  }
+struct Tier {
+  const char *name;
+  const char *detail;
+};
+
+// Levels 0 and above 4 get the portable kernels.
+Tier TierOf(uint32_t level) {
+  static constexpr Tier kTiers[] = {
+      {"portable", "portable reference kernels"},
+      {"sse2", "SSE2 kernels"},
+      {"ssse3", "SSSE3 repacking kernels (slots 7, 8, 10) over SSE2"},
+      {"ssse3", "SSSE3 repacking kernels (slots 7, 8, 10) over SSE2"},
+      {"sse41", "SSE4.1 kernel (slot 144), SSSE3 (slots 7, 8, 10) over SSE2"}};
+  return kTiers[level <= 4 ? level : 0];
 }
 
-}  // namespace
-
-int main() {
-  const uint32_t detected = TCB_GetCPUInsHighDetected();
+int RunInfo() {
   const uint32_t level = TCB_GetCPUInsHigh();
   const TCS_APIStu *api = TCS_GetAPIStuPtr();
   const int32_t check = TCS_CheckAPIStu(api);
-  std::printf("processor level: %u (detected %u)\n", level, detected);
-  std::printf("kernel tier:     %s\n", TierName(level));
+  std::printf("processor level: %u (detected %u)\n", level, TCB_GetCPUInsHighDetected());
+  std::printf("kernel tier:     %s (%s)\n", TierOf(level).name, TierOf(level).detail);
   std::printf("load state:      %s (check result %d)\n",
               check == TCS_CHECK_OK ? "loaded" : "incomplete", check);
-  return 0;
+  if (api == nullptr) return 1;
+  struct Table {
+    const char *name;
+    const void *table;
+    int32_t slots;
+  };
+  const Table tables[] = {{"general", api->pGeneral, TCS_GENERAL_SLOT_COUNT},
+                          {"RGB32 source", api->pRGB32, TCS_RGB32_SLOT_COUNT},
+                          {"RGB24 source", api->pRGB24, TCS_RGB24_SLOT_COUNT},
+                          {"YUVA source", api->pYUVA, TCS_YUVA_SLOT_COUNT},
+                          {"YUV16 source", api->pYUV16, TCS_YUV16_SLOT_COUNT},
+                          {"YUV422 source", api->pYUV422, TCS_YUV422_SLOT_COUNT},
+                          {"YUV420 source", api->pYUV420, TCS_YUV420_SLOT_COUNT},
+                          {"YUV source", api->pYUV, TCS_YUV_SLOT_COUNT},
+                          {"kernels", api->pKernel, TCS_KERNEL_SLOT_COUNT}};
+  std::printf("tables:\n");
+  int32_t total = 0;
+  for (int i = 0; i < 9; ++i) {
+    int32_t filled = 0;
+    const auto *slots = static_cast<void *const *>(tables[i].table);
+    for (int32_t s = 0; slots != nullptr && s < tables[i].slots; ++s) filled += slots[s] != nullptr;
+    total += filled;
+    std::printf("  %d %-14s %3d of %3d slots filled\n", i, tables[i].name, filled, tables[i].slots);
+  }
+  std::printf("  %d slots in all\n", total);
+  return check == TCS_CHECK_OK ? 0 : 1;
+}
+
+constexpr const char kUsage[] =
+    "usage: tqcs COMMAND [options]\n"
+    "\n"
+    "commands:\n"
+    "  convert IN OUT   convert raw, .y4m or .png frames\n"
+    "  demo             draw a test pattern, convert it through every format, write PNGs\n"
+    "  bench            frames per second and GB/s of every conversion\n"
+    "  info             processor level, kernel tier and load state\n"
+    "  compare A B      largest and mean difference of two files, per channel\n"
+    "\n"
+    "formats (--from/--to):\n%s"
+    "matrices (--matrix): sd (BT.601), hd (BT.709), uhd (BT.2020);\n"
+    "  default hd from 1280x720 up, sd below\n"
+    "\n"
+    "examples:\n"
+    "  tqcs convert in.png out.y4m                  # limited-range 4:2:0, tagged\n"
+    "  tqcs demo --out /tmp/demo\n"
+    "  tqcs bench --size 1280x720 --threads 2\n"
+    "run 'tqcs COMMAND --help' for the options of one command.\n";
+
+constexpr const char kConvertHelp[] =
+    "usage: tqcs convert IN OUT [options]\n"
+    "\n"
+    "Files: .y4m (YUV4MPEG2: C420*, C422, C444, Cmono at 8 bits, many frames, interlace\n"
+    "and XCOLORRANGE honoured), .png (8-bit RGB or RGBA, one frame), anything else is\n"
+    "raw frames back to back.\n"
+    "\n"
+    "  --from FMT         format of a raw IN (a .y4m or .png says its own)\n"
+    "  --to FMT           format of OUT; for .y4m the chroma layout: yuv420p, yuv422p,\n"
+    "                     yuv444p (default: the input's, else yuv420p); for .png rgb24,\n"
+    "                     rgba, gray or alpha (default: rgba when the input has alpha)\n"
+    "  --size WxH         frame size of a raw IN (the whole frame with --fields compose)\n"
+    "  --matrix M         sd, hd or uhd (default hd from 1280x720 up, sd below)\n"
+    "  --range R          full or limited: the range of the YUV side (overrides the Y4M\n"
+    "                     tag; a Y4M without the tag is limited, raw YUV is full)\n"
+    "  --flip             turn the picture upside down\n"
+    "  --fields split     write OUT as two field files OUT.f1.EXT, OUT.f2.EXT\n"
+    "  --fields compose   read IN.f1.EXT and IN.f2.EXT as the fields of one frame\n"
+    "  --interlace I      p, t or b: the interlace field of a .y4m written\n"
+    "  --threads N        frames converted at once (default: number of cores)\n"
+    "\n"
+    "formats:\n%s"
+    "examples:\n"
+    "  tqcs convert photo.png photo.y4m --matrix hd\n"
+    "  tqcs convert clip.yuv clip.y4m --from uyvy422 --size 1920x1080 --threads 4\n"
+    "  tqcs convert clip.y4m frame.png              # first frame only fits a PNG\n"
+    "  tqcs convert in.y4m out.rgb --to bgra --flip\n"
+    "  tqcs convert frame.yuv fld.yuv --from yuv422p --size 720x576 --fields split\n";
+
+constexpr const char kDemoHelp[] =
+    "usage: tqcs demo [--out DIR] [--size WxH] [--matrix M]\n"
+    "\n"
+    "Draws a test pattern (colour bars, ramps, a zone plate, an alpha ramp), converts it\n"
+    "through every pair of format codes the dispatcher routes and back, writes a PNG of\n"
+    "each format's round trip and contact-sheet.png into DIR (default ./tqcs-demo), and\n"
+    "prints the round-trip error per format (max and mean per channel) and timings.\n"
+    "example: tqcs demo --out /tmp/demo --size 640x360\n";
+
+constexpr const char kBenchHelp[] =
+    "usage: tqcs bench [--size WxH] [--reps N] [--threads N] [--from FMT] [--to FMT]\n"
+    "\n"
+    "Converts frames of the given size (default 1920x1080) through every routed pair of\n"
+    "format codes (or the ones named) and prints the median of N repetitions (default 5)\n"
+    "as frames per second and GB/s (source plus destination bytes).\n"
+    "example: tqcs bench --from rgb24 --to yuv420p --threads 2\n";
+
+constexpr const char kInfoHelp[] =
+    "usage: tqcs info\n"
+    "Prints the processor level, the kernel tier chosen for it (portable, sse2, ssse3,\n"
+    "sse41), the load state and the slots of each table. TCB_CPU_LEVEL forces a level.\n"
+    "example: TCB_CPU_LEVEL=0 tqcs info\n";
+
+constexpr const char kCompareHelp[] =
+    "usage: tqcs compare A B [--from FMT --size WxH] [--max N]\n"
+    "Prints the largest and mean difference per channel (per plane for planar layouts);\n"
+    "exits with status 2 when a difference exceeds --max.\n"
+    "example: tqcs compare a.png b.png --max 2\n";
+
+std::string FormatTable() {
+  std::string table;
+  for (int32_t f = 0; f < kFormatCount; ++f) {
+    char line[160];
+    std::snprintf(line, sizeof line, "  %-13s %s\n", Info(static_cast<Format>(f)).name,
+                  Info(static_cast<Format>(f)).description);
+    table += line;
+  }
+  return table;
+}
+
+void PrintHelp(const char *text) { std::printf(text, FormatTable().c_str()); }
+
+}  // namespace
+}  // namespace tqcs
+
+int main(int argc, char **argv) {
+  using namespace tqcs;
+  if (argc < 2 || std::strcmp(argv[1], "--help") == 0 || std::strcmp(argv[1], "-h") == 0 ||
+      std::strcmp(argv[1], "help") == 0) {
+    PrintHelp(kUsage);
+    return argc < 2 ? 1 : 0;
+  }
+  struct Command {
+    const char *name;
+    const char *help;
+    std::span<const OptionSpec> options;
+    int (*run)(const Args &);
+  };
+  static constexpr OptionSpec kConvertOptions[] = {
+      {"from", true},  {"to", true},     {"size", true},      {"matrix", true}, {"range", true},
+      {"flip", false}, {"fields", true}, {"interlace", true}, {"threads", true}};
+  static constexpr OptionSpec kDemoOptions[] = {{"out", true}, {"size", true}, {"matrix", true}};
+  static constexpr OptionSpec kBenchOptions[] = {{"size", true}, {"reps", true}, {"threads", true},
+                                                 {"from", true}, {"to", true},   {"matrix", true}};
+  static constexpr OptionSpec kCompareOptions[] = {{"from", true}, {"size", true}, {"max", true}};
+  const Command commands[] = {{"convert", kConvertHelp, kConvertOptions, RunConvert},
+                              {"demo", kDemoHelp, kDemoOptions, RunDemo},
+                              {"bench", kBenchHelp, kBenchOptions, RunBench},
+                              {"info", kInfoHelp, {}, [](const Args &) { return RunInfo(); }},
+                              {"compare", kCompareHelp, kCompareOptions, RunCompare}};
+  for (const Command &command : commands) {
+    if (std::strcmp(argv[1], command.name) != 0) continue;
+    std::string error;
+    const auto args = ParseArgs(std::span<char *const>(argv + 2, static_cast<size_t>(argc - 2)),
+                                command.options, error);
+    if (!args) return Fail(error + " (see tqcs " + command.name + " --help)");
+    if (args->Has("help")) {
+      PrintHelp(command.help);
+      return 0;
+    }
+    return command.run(*args);
+  }
+  return Fail(std::string("unknown command '") + argv[1] + "' (see tqcs --help)");
 }

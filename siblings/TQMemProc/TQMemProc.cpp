@@ -1,8 +1,13 @@
 #include "TQMemProc.h"
 
-#include <algorithm>
+#include <cpuid.h>
+
+#include <cstdlib>
 #include <cstring>
 
+#include "row_kernels.hpp"
+
+namespace tqmp {
 namespace {
 
 void MemCopy(uint8_t *dst, const uint8_t *src, int64_t bytes) {
@@ -24,90 +29,108 @@ void PlaneCopy(uint8_t *dst, int64_t dstPitch, const uint8_t *src, int64_t srcPi
     MemCopy(dst, src, bytesPerRow);
 }
 
-void ExtractChannelRow(uint8_t *dst, const uint8_t *src, int32_t count, int32_t channel) {
-  for (int32_t i = 0; i < count; ++i) dst[i] = src[4 * i + channel];
-}
-
-void ExtractChannelPlane(uint8_t *dst, int64_t dstPitch, const uint8_t *src, int64_t srcPitch,
-                         int64_t width, int32_t channel, int32_t height, uint8_t flip) {
-  if (!dst || !src || width <= 0 || height <= 0 || channel < 0 || channel > 3) return;
-  Orient(dst, dstPitch, height, flip);
-  for (int32_t y = 0; y < height; ++y, dst += dstPitch, src += srcPitch)
-    ExtractChannelRow(dst, src, static_cast<int32_t>(width), channel);
-}
-
-void SwapRow(uint8_t *dst, const uint8_t *src, int32_t count) {
-  const int32_t bytes = (count / 2) * 4;
-  for (int32_t i = 0; i < bytes; i += 4) {
-    const uint8_t a = src[i], b = src[i + 1], c = src[i + 2], d = src[i + 3];
-    dst[i] = b;
-    dst[i + 1] = a;
-    dst[i + 2] = d;
-    dst[i + 3] = c;
-  }
-}
-
-void SwapFrame(uint8_t *dst, int64_t dstPitch, const uint8_t *src, int64_t srcPitch, int64_t width,
-               int32_t height, uint8_t flip) {
-  if (!dst || !src || width <= 0 || height <= 0) return;
-  Orient(dst, dstPitch, height, flip);
-  for (int32_t y = 0; y < height; ++y, dst += dstPitch, src += srcPitch)
-    SwapRow(dst, src, static_cast<int32_t>(width));
-}
-
 void PlaneFill(uint8_t *dst, int64_t dstPitch, int32_t bytesPerRow, uint8_t value, int32_t rows) {
   if (bytesPerRow <= 0) return;
   for (int32_t y = 0; y < rows; ++y, dst += dstPitch)
     std::memset(dst, value, static_cast<size_t>(bytesPerRow));
 }
 
-uint8_t ScaleByte(uint8_t in, int16_t gain, int16_t offset) {
-  // in * gain / 2^14 + offset / 2^5, rounded to nearest, in Q14.
-  const int32_t v = (in * gain + offset * 512 + 8192) >> 14;
-  return static_cast<uint8_t>(std::clamp(v, 0, 255));
-}
-
-void ScaleRun(uint8_t *dst, const uint8_t *src, int16_t gain, int16_t offset, int32_t bytes) {
-  for (int32_t i = 0; i < bytes; ++i) dst[i] = ScaleByte(src[i], gain, offset);
-}
-
-void ScaleRows(uint8_t *dst, int64_t dstPitch, const uint8_t *src, int64_t srcPitch,
-               const int16_t *gain, const int16_t *offset, int32_t rowBytes, int32_t height,
-               uint8_t flip) {
-  Orient(dst, dstPitch, height, flip);
-  for (int32_t y = 0; y < height; ++y, dst += dstPitch, src += srcPitch)
-    for (int32_t i = 0; i < rowBytes; ++i) dst[i] = ScaleByte(src[i], gain[i & 3], offset[i & 3]);
-}
-
-void Scale32(uint8_t *dst, int64_t dstPitch, const uint8_t *src, int64_t srcPitch,
-             const int16_t *gain, const int16_t *offset, int32_t width, int32_t height,
-             uint8_t flip) {
-  ScaleRows(dst, dstPitch, src, srcPitch, gain, offset, 4 * width, height, flip);
-}
-
-void ScaleYUV16(uint8_t *dst, int64_t dstPitch, const uint8_t *src, int64_t srcPitch,
-                const int16_t *gain, const int16_t *offset, int32_t width, int32_t height,
-                uint8_t flip) {
-  ScaleRows(dst, dstPitch, src, srcPitch, gain, offset, width, height, flip);
-}
-
-void RGB32ToRGB24Row(uint8_t *dst, const uint8_t *src, int32_t count) {
-  for (int32_t i = 0; i < count; ++i) {
-    dst[3 * i] = src[4 * i];
-    dst[3 * i + 1] = src[4 * i + 1];
-    dst[3 * i + 2] = src[4 * i + 2];
+// One code path's tables: the frame routines walk rows (flip applied to the
+// destination) and hand each to the path's row routine.
+template <auto ExtractRow, auto SwapRow, auto ScaleRow, auto ScaleRun, auto RGB32ToRGB24Row>
+struct Path {
+  static void ExtractChannelPlane(uint8_t *dst, int64_t dstPitch, const uint8_t *src,
+                                  int64_t srcPitch, int64_t width, int32_t channel, int32_t height,
+                                  uint8_t flip) {
+    if (!dst || !src || width <= 0 || height <= 0 || channel < 0 || channel > 3) return;
+    Orient(dst, dstPitch, height, flip);
+    for (int32_t y = 0; y < height; ++y, dst += dstPitch, src += srcPitch)
+      ExtractRow(dst, src, static_cast<int32_t>(width), channel);
   }
+
+  static void SwapFrame(uint8_t *dst, int64_t dstPitch, const uint8_t *src, int64_t srcPitch,
+                        int64_t width, int32_t height, uint8_t flip) {
+    if (!dst || !src || width <= 0 || height <= 0) return;
+    Orient(dst, dstPitch, height, flip);
+    for (int32_t y = 0; y < height; ++y, dst += dstPitch, src += srcPitch)
+      SwapRow(dst, src, static_cast<int32_t>(width));
+  }
+
+  static void ScaleRows(uint8_t *dst, int64_t dstPitch, const uint8_t *src, int64_t srcPitch,
+                        const int16_t *gain, const int16_t *offset, int32_t rowBytes,
+                        int32_t height, uint8_t flip) {
+    Orient(dst, dstPitch, height, flip);
+    for (int32_t y = 0; y < height; ++y, dst += dstPitch, src += srcPitch)
+      ScaleRow(dst, src, gain, offset, rowBytes);
+  }
+
+  static void Scale32(uint8_t *dst, int64_t dstPitch, const uint8_t *src, int64_t srcPitch,
+                      const int16_t *gain, const int16_t *offset, int32_t width, int32_t height,
+                      uint8_t flip) {
+    ScaleRows(dst, dstPitch, src, srcPitch, gain, offset, width > 0 ? 4 * width : 0, height, flip);
+  }
+
+  static inline constinit TMP_MemTable mem = {
+      MemCopy, {}, PlaneCopy, ExtractRow, ExtractChannelPlane, nullptr, SwapFrame, SwapRow};
+  static inline constinit TMP_FillTable fill = {{}, PlaneFill};
+  static inline constinit TMP_PixelTable pixel = {{}, ScaleRows,       nullptr, Scale32,
+                                                  {}, RGB32ToRGB24Row, {},      ScaleRun};
+  static inline constinit TMP_APIStu root = {&mem,    nullptr, &fill, nullptr,
+                                             nullptr, nullptr, &pixel};
+};
+
+#define TQMP_PATH_ROOT(ns) \
+  &Path<ns::ExtractChannelRow, ns::SwapRow, ns::ScaleRow, ns::ScaleRun, ns::RGB32ToRGB24Row>::root
+
+// In order of capability; each path needs the processor features of the ones before it.
+constexpr const char *kPathNames[] = {"portable", "sse2", "ssse3", "avx2"};
+constexpr TMP_APIStu *kPathRoots[] = {TQMP_PATH_ROOT(portable), TQMP_PATH_ROOT(sse2),
+                                      TQMP_PATH_ROOT(ssse3), TQMP_PATH_ROOT(avx2)};
+constexpr int kPaths = 4;
+
+uint64_t ReadXcr0() {
+  uint32_t eax = 0, edx = 0;
+  __asm__ volatile("xgetbv" : "=a"(eax), "=d"(edx) : "c"(0));
+  return (static_cast<uint64_t>(edx) << 32) | eax;
 }
 
-TMP_MemTable g_mem = {MemCopy, {},        PlaneCopy, ExtractChannelRow, ExtractChannelPlane,
-                      nullptr, SwapFrame, SwapRow};
-TMP_FillTable g_fill = {{}, PlaneFill};
-TMP_PixelTable g_pixel = {{}, ScaleYUV16, nullptr, Scale32, {}, RGB32ToRGB24Row, {}, ScaleRun};
-TMP_APIStu g_root = {&g_mem, nullptr, &g_fill, nullptr, nullptr, nullptr, &g_pixel};
+// The most capable path the processor (and, for AVX2, the OS) supports. SSE2
+// is part of x86-64.
+int DetectedPath() {
+  static const int path = [] {
+    unsigned eax = 0, ebx = 0, ecx = 0, edx = 0;
+    if (!__get_cpuid(1, &eax, &ebx, &ecx, &edx) || !(ecx & bit_SSSE3)) return 1;
+    const bool ymmSaved = (ecx & bit_OSXSAVE) && (ecx & bit_AVX) && (ReadXcr0() & 6) == 6;
+    if (ymmSaved && __get_cpuid_count(7, 0, &eax, &ebx, &ecx, &edx) && (ebx & bit_AVX2)) return 3;
+    return 2;
+  }();
+  return path;
+}
+
+int PathNamed(const char *name) {
+  for (int i = 0; name && i < kPaths; ++i)
+    if (std::strcmp(name, kPathNames[i]) == 0) return i;
+  return -1;
+}
+
+// Chosen once at load: the detected path, or the one TMP_CPU_PATH names if the
+// processor has it (a more capable name is capped at the detected path).
+[[gnu::constructor]] void ChoosePathAtLoad() {
+  const int named = PathNamed(std::getenv("TMP_CPU_PATH"));
+  const int detected = DetectedPath();
+  g_pMemProcAPI = kPathRoots[named < 0 || named > detected ? detected : named];
+}
 
 }  // namespace
+}  // namespace tqmp
 
 extern "C" {
-TMP_APIStu *g_pMemProcAPI = &g_root;
+// The portable path until the load-time choice replaces it.
+constinit TMP_APIStu *g_pMemProcAPI = tqmp::kPathRoots[0];
 TMP_APIStu *TMP_GetAPIStuPtr(void) { return g_pMemProcAPI; }
+
+TMP_APIStu *TMP_GetAPIStuForPath(const char *path) {
+  const int i = tqmp::PathNamed(path);
+  return i < 0 || i > tqmp::DetectedPath() ? nullptr : tqmp::kPathRoots[i];
+}
 }

@@ -121,9 +121,8 @@ class ColorSpaceC : public ColorSpace {
                        int32_t) override;
 };
 
-// The SSE2 kernel object (sse2/colorspace_sse2.cpp). Operations without an
-// SSE2 body (9, 10) are inherited from the portable object, their exact
-// reference.
+// The SSE2 kernel object (sse2/colorspace_sse2.cpp): every operation in
+// SSE2 blocks, the rest of each row by the portable object's operation.
 class ColorSpaceSSE2 : public ColorSpaceC {
  public:
   void YUV411_2_YUYV(uint8_t *, const uint8_t *, const uint8_t *, const uint8_t *,
@@ -139,6 +138,10 @@ class ColorSpaceSSE2 : public ColorSpaceC {
   void YUYV_2_YUV422_16(uint16_t *, uint16_t *, uint16_t *, const uint8_t *, int32_t) override;
   void UYVY_2_YUV422_16(uint16_t *, uint16_t *, uint16_t *, const uint8_t *, int32_t) override;
   void Scale_Q14(uint8_t *, const uint8_t *, const int16_t *, int32_t) override;
+  void RGB48_2_YUYV16_Matrix(uint16_t *, const uint16_t *, const int16_t *, const int16_t *,
+                             int32_t) override;
+  void RGB48_2_UYVY16_Matrix(uint16_t *, const uint16_t *, const int16_t *, const int16_t *,
+                             int32_t) override;
   void YUV422_2_YUV420_UV_Avg(uint8_t *, const uint8_t *, int64_t, int32_t) override;
   void YUV422_16_2_YUV420_16_UV_Avg(uint16_t *, const uint16_t *, int64_t, int32_t) override;
   void UV_Interpolate_4Tap(uint8_t *, const uint8_t *, int64_t, int32_t) override;

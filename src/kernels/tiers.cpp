@@ -67,6 +67,15 @@ List SSE2List() {
       Stub<K::RGB24_2_RGB48_Expand_Row>(),
 
       // sse2/repack_8bit.cpp
+      TQCS_SLOT(sse2, YUYV_2_YUVA_Row), TQCS_SLOT(sse2, YUVA_2_YUYV_Row),
+      TQCS_SLOT(sse2, UYVY_2_YUVA_Row), TQCS_SLOT(sse2, YUVA_2_UYVY_Row),
+      TQCS_SLOT(sse2, RGB24_2_RGB32_Row), TQCS_SLOT(sse2, RGB24_2_BGR32_Row),
+      TQCS_SLOT(sse2, RGB32_2_BGR24_Row), TQCS_SLOT(sse2, RGB32_SwapRB_Row),
+      TQCS_SLOT(sse2, YUV422_2_YUYV_Row), TQCS_SLOT(sse2, YUYV_2_YUV422_Row),
+      TQCS_SLOT(sse2, YUV422_2_UYVY_Row), TQCS_SLOT(sse2, UYVY_2_YUV422_Row),
+      TQCS_SLOT(sse2, YUV422_2_YUVA_Row), TQCS_SLOT(sse2, YUVA_2_YUV422_Row),
+      TQCS_SLOT(sse2, RGB24_2_HSV_Row), TQCS_SLOT(sse2, BGR24_2_HSV_Row),
+      TQCS_SLOT(sse2, RGB24_SwapRB_Row), TQCS_SLOT(sse2, RGB24_Histogram_Row),
 
       // sse2/rgb_to_yuv_8bit.cpp
       TQCS_SLOT(sse2, RGB32_2_YUYV_Row), TQCS_SLOT(sse2, RGB32_2_UYVY_Row),
@@ -96,6 +105,25 @@ List SSE2List() {
       TQCS_SLOT(sse2, Y10Bit_2_Y8_Row),
 
       // sse2/deep_color.cpp
+      TQCS_SLOT(sse2, RGB48_2_YUYV16_Row), TQCS_SLOT(sse2, RGB48_2_UYVY16_Row),
+      TQCS_SLOT(sse2, RGB24_2_YUYV16_Row), TQCS_SLOT(sse2, RGB24_2_UYVY16_Row),
+      TQCS_SLOT(sse2, YUYV16_2_RGB64_Row), TQCS_SLOT(sse2, UYVY16_2_RGB64_Row),
+      TQCS_SLOT(sse2, YUYV16_2_BGR64_Row), TQCS_SLOT(sse2, UYVY16_2_BGR64_Row),
+      TQCS_SLOT(sse2, RGB64_2_BGR32_Row), TQCS_SLOT(sse2, BGR32_2_RGB64_Row),
+      TQCS_SLOT(sse2, YUYV16_2_RGB32_Row), TQCS_SLOT(sse2, YUYV16_2_BGR32_Row),
+      TQCS_SLOT(sse2, UYVY16_2_RGB32_Row), TQCS_SLOT(sse2, UYVY16_2_BGR32_Row),
+      TQCS_SLOT(sse2, RGB64_SwapRB_Row), TQCS_SLOT(sse2, RGB48_2_RGB64_Row),
+      TQCS_SLOT(sse2, RGB48_2_BGR64_Row), TQCS_SLOT(sse2, RGB24_2_RGB48_Row),
+      TQCS_SLOT(sse2, RGB24_2_BGR48_Row), TQCS_SLOT(sse2, RGB24_2_RGB64_Row),
+      TQCS_SLOT(sse2, RGB24_2_BGR64_Row), TQCS_SLOT(sse2, RGB24_Key_2_RGB64_Row),
+      TQCS_SLOT(sse2, RGB24_Key_2_BGR64_Row), TQCS_SLOT(sse2, RGB48_2_RGB30_Row),
+      TQCS_SLOT(sse2, RGB48_2_BGR24_Row), TQCS_SLOT(sse2, RGB48_2_RGB32_Row),
+      TQCS_SLOT(sse2, RGB48_2_BGR32_Row), TQCS_SLOT(sse2, RGB48_2_RGB64_Opaque_Row),
+      TQCS_SLOT(sse2, RGB48_2_BGR64_Opaque_Row), TQCS_SLOT(sse2, RGB32_2_YUYV16_Row),
+      TQCS_SLOT(sse2, RGB32_2_UYVY16_Row), TQCS_SLOT(sse2, YUV422_10Bit_2_RGB64_Row),
+      TQCS_SLOT(sse2, YUV422_10Bit_2_BGR64_Row), TQCS_SLOT(sse2, YUV422_10Bit_2_RGB32_Row),
+      TQCS_SLOT(sse2, YUV422_10Bit_2_BGR32_Row), TQCS_SLOT(sse2, YUV411_2_RGB32_Row),
+      TQCS_SLOT(sse2, YUV411_2_BGR32_Row), TQCS_SLOT(sse2, RGB48_2_YUV422_16_Row),
 
       // sse2/pack_8plus2.cpp
 
@@ -111,6 +139,9 @@ List SSE2List() {
 List SSSE3List() {
   return Listed({
       // ssse3/repack_8bit.cpp
+      TQCS_SLOT(ssse3, RGB24_2_RGB32_Row),
+      TQCS_SLOT(ssse3, RGB24_2_BGR32_Row),
+      TQCS_SLOT(ssse3, RGB32_2_BGR24_Row),
   });
 }
 

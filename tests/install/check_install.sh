@@ -1,22 +1,50 @@
 #!/usr/bin/env bash
-# Installs the build into a scratch prefix, then builds and runs a C host
-# against it through find_package, and checks the pkg-config file.
+# Installs the build into a scratch prefix, moves the prefix elsewhere (the
+# install must be relocatable), then builds a C99 and a C++ host against it
+# through find_package and through pkg-config and runs them with no
+# LD_LIBRARY_PATH: the hosts' rpath and the libraries' own $ORIGIN run path
+# must be enough.
 set -euo pipefail
 build_dir=$1
 source_dir=$2
-prefix=$(mktemp -d)
-trap 'rm -rf "$prefix"' EXIT
-cmake --install "$build_dir" --prefix "$prefix" >/dev/null
-for lib in libTQColorSpace.so libTQCPUBase.so libTQMemProc.so; do
-  test -f "$prefix/lib/$lib" || { echo "missing lib/$lib"; exit 1; }
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+cmake --install "$build_dir" --prefix "$scratch/staged" >/dev/null
+mv "$scratch/staged" "$scratch/opt-tq"
+prefix=$scratch/opt-tq
+lib=$prefix/lib
+unset LD_LIBRARY_PATH
+
+fail() { echo "install check: $*"; exit 1; }
+for name in TQColorSpace TQCPUBase TQMemProc; do
+  test -f "$lib/lib$name.so.1.0.0" || fail "missing lib/lib$name.so.1.0.0"
+  test "$(readlink "$lib/lib$name.so.1")" = "lib$name.so.1.0.0" || fail "lib$name.so.1 link"
+  test "$(readlink "$lib/lib$name.so")" = "lib$name.so.1" || fail "lib$name.so link"
+  readelf -d "$lib/lib$name.so" | grep -q "SONAME.*\[lib$name.so.1\]" || fail "soname of $name"
+  readelf -d "$lib/lib$name.so" | grep -q 'R.*PATH.*\[\$ORIGIN\]' || fail "run path of $name"
 done
+readelf -d "$prefix/bin/tqcs" | grep -q 'R.*PATH.*\[\$ORIGIN/../lib\]' || fail "run path of tqcs"
+"$prefix/bin/tqcs" info | grep -q "load state: *loaded" || fail "installed tqcs does not load"
 # Only public symbols are exported.
-if nm -D --defined-only "$prefix/lib/libTQColorSpace.so" | grep -q ' T _ZN'; then
-  echo "internal C++ symbols are exported"; exit 1
+if nm -D --defined-only "$lib/libTQColorSpace.so" | grep -q ' T _ZN'; then
+  fail "internal C++ symbols are exported"
 fi
-cmake -S "$source_dir/tests/install/consumer" -B "$prefix/consumer" -G Ninja \
+
+# find_package
+cmake -S "$source_dir/tests/install/consumer" -B "$scratch/consumer" -G Ninja \
   -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
-cmake --build "$prefix/consumer" >/dev/null
-LD_LIBRARY_PATH="$prefix/lib" "$prefix/consumer/consumer"
-PKG_CONFIG_PATH="$prefix/lib/pkgconfig" pkg-config --libs TQColorSpace | grep -q -- -lTQColorSpace
+cmake --build "$scratch/consumer" >/dev/null
+"$scratch/consumer/consumer"
+"$scratch/consumer/consumer_cxx"
+
+# pkg-config, from the moved prefix
+export PKG_CONFIG_PATH=$lib/pkgconfig
+test "$(cd "$(pkg-config --variable=libdir TQColorSpace)" && pwd -P)" = "$(cd "$lib" && pwd -P)" ||
+  fail "pkg-config does not follow the moved prefix"
+cc -std=c99 -pedantic -Wall -Werror "$source_dir/tests/install/consumer/main.c" -o "$scratch/pc_c" \
+  $(pkg-config --cflags --libs TQColorSpace) -Wl,-rpath,"$lib"
+c++ -std=c++17 -Wall -Werror "$source_dir/tests/install/consumer/main.cpp" -o "$scratch/pc_cxx" \
+  $(pkg-config --cflags --libs TQColorSpace) -Wl,-rpath,"$lib"
+"$scratch/pc_c"
+"$scratch/pc_cxx"
 echo "install check passed"

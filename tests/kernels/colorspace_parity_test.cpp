@@ -67,6 +67,8 @@ std::vector<OpCase> Ops() {
       TQCS_OP(YUYV_2_YUV422_16, {p4, p2, p2, p4}),
       TQCS_OP(UYVY_2_YUV422_16, {p4, p2, p2, p4}),
       TQCS_OP(Scale_Q14, {Px(1), Px(1)}),
+      TQCS_OP(RGB48_2_YUYV16_Matrix, {CeilPairs(8), Px(6)}),
+      TQCS_OP(RGB48_2_UYVY16_Matrix, {CeilPairs(8), Px(6)}),
       TQCS_OP(YUV422_2_YUV420_UV_Avg, {Px(1), Px(1)}),
       TQCS_OP(YUV422_16_2_YUV420_16_UV_Avg, {Px(2), Px(2)}),
       TQCS_OP(UV_Interpolate_4Tap, {Px(1), Px(1)}, 3),

@@ -9,8 +9,8 @@ namespace tqcs::test {
 size_t RowSize::Bytes(int32_t count) const {
   if (count < 1) return static_cast<size_t>(fixed);
   const size_t n = static_cast<size_t>(count);
-  return perPixel * n + perPair * (n / 2) + perCeilPair * ((n + 1) / 2) + fixed +
-         perV210Word * ((4 * (n / 2) + 2) / 3) + perQuad * (n / 4);
+  return perPixel * n + perPair * (n / 2) + perCeilPair * ((n + 1) / 2) + perQuad * (n / 4) +
+         fixed + perV210Word * ((4 * (n / 2) + 2) / 3);
 }
 
 const std::vector<KernelShape> &AllShapes() {
@@ -79,6 +79,44 @@ const std::vector<KernelShape> &AllShapes() {
       {K::RGB24_Histogram_Row, {Fixed(1024), Fixed(1024), Fixed(1024), Px(3)}},
 
       // 16-bit RGB and the deep-colour YUV families (deep_color).
+      {K::RGB48_2_YUYV16_Row, {CeilPairs(8), Px(6)}},
+      {K::RGB48_2_UYVY16_Row, {CeilPairs(8), Px(6)}},
+      {K::RGB24_2_YUYV16_Row, {CeilPairs(8), Px(3)}},
+      {K::RGB24_2_UYVY16_Row, {CeilPairs(8), Px(3)}},
+      {K::YUYV16_2_RGB64_Row, {Pairs(16), Pairs(8)}},
+      {K::UYVY16_2_RGB64_Row, {Pairs(16), Pairs(8)}},
+      {K::YUYV16_2_BGR64_Row, {Pairs(16), Pairs(8)}},
+      {K::UYVY16_2_BGR64_Row, {Pairs(16), Pairs(8)}},
+      {K::RGB64_2_BGR32_Row, {Px(4), Px(8)}},
+      {K::BGR32_2_RGB64_Row, {Px(8), Px(4)}},
+      {K::YUYV16_2_RGB32_Row, {Pairs(8), Pairs(8)}},
+      {K::YUYV16_2_BGR32_Row, {Pairs(8), Pairs(8)}},
+      {K::UYVY16_2_RGB32_Row, {Pairs(8), Pairs(8)}},
+      {K::UYVY16_2_BGR32_Row, {Pairs(8), Pairs(8)}},
+      {K::RGB64_SwapRB_Row, {Px(8), Px(8)}, 0, true},
+      {K::RGB48_2_RGB64_Row, {Px(8), Px(6)}},
+      {K::RGB48_2_BGR64_Row, {Px(8), Px(6)}},
+      {K::RGB24_2_RGB48_Row, {Px(6), Px(3)}},
+      {K::RGB24_2_BGR48_Row, {Px(6), Px(3)}},
+      {K::RGB24_2_RGB64_Row, {Px(8), Px(3)}},
+      {K::RGB24_2_BGR64_Row, {Px(8), Px(3)}},
+      {K::RGB24_Key_2_RGB64_Row, {Px(8), Px(3), Px(1)}},
+      {K::RGB24_Key_2_BGR64_Row, {Px(8), Px(3), Px(1)}},
+      {K::RGB48_2_RGB30_Row, {Px(6), Px(6)}, 0, true},
+      {K::RGB48_2_BGR24_Row, {Px(3), Px(6)}},
+      {K::RGB48_2_RGB32_Row, {Px(4), Px(6)}},
+      {K::RGB48_2_BGR32_Row, {Px(4), Px(6)}},
+      {K::RGB48_2_RGB64_Opaque_Row, {Px(8), Px(6)}},
+      {K::RGB48_2_BGR64_Opaque_Row, {Px(8), Px(6)}},
+      {K::RGB32_2_YUYV16_Row, {CeilPairs(8), Px(4)}},
+      {K::RGB32_2_UYVY16_Row, {CeilPairs(8), Px(4)}},
+      {K::YUV422_10Bit_2_RGB64_Row, {Pairs(16), Pairs(4), Pairs(2), Pairs(2)}},
+      {K::YUV422_10Bit_2_BGR64_Row, {Pairs(16), Pairs(4), Pairs(2), Pairs(2)}},
+      {K::YUV422_10Bit_2_RGB32_Row, {Pairs(8), Pairs(4), Pairs(2), Pairs(2)}},
+      {K::YUV422_10Bit_2_BGR32_Row, {Pairs(8), Pairs(4), Pairs(2), Pairs(2)}},
+      {K::YUV411_2_RGB32_Row, {Quads(16), Quads(4), Quads(1), Quads(1)}},
+      {K::YUV411_2_BGR32_Row, {Quads(16), Quads(4), Quads(1), Quads(1)}},
+      {K::RGB48_2_YUV422_16_Row, {Px(2), Pairs(2), Pairs(2), Px(6)}},
 
       // 16-bit planar and packed moves (planar16).
 

@@ -1,7 +1,10 @@
 /* TQMemProc: memory-processing routines shared by the TQ libraries (copies,
  * fills, channel extraction, range scaling), reached through a root structure
  * of sub-tables. Only the slots that other libraries call are filled; the
- * others are null. */
+ * others are null. The routines come in code paths (portable, SSE2, SSSE3,
+ * AVX2) that give identical bytes; the most capable one the processor has is
+ * chosen once at load, or the one the environment variable TMP_CPU_PATH names
+ * ("portable", "sse2", "ssse3" or "avx2", capped at what the processor has). */
 #ifndef TQMEMPROC_H
 #define TQMEMPROC_H
 
@@ -84,6 +87,11 @@ typedef struct TMP_APIStu {
 
 TMP_API extern TMP_APIStu *g_pMemProcAPI;
 TMP_API TMP_APIStu *TMP_GetAPIStuPtr(void);
+
+/* Test only: the root structure of the code path `path` names (as
+ * TMP_CPU_PATH), or null if the name is unknown or the processor lacks the
+ * path. Hosts use TMP_GetAPIStuPtr. */
+TMP_API TMP_APIStu *TMP_GetAPIStuForPath(const char *path);
 
 #ifdef __cplusplus
 }

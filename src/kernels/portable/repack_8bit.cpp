@@ -71,7 +71,7 @@ void RGBToHSV(uint16_t *dstH, uint8_t *dstS, uint8_t *dstV, const uint8_t *src, 
         hue = 60 * (r - g) / range + 240;
       if (hue < 0) hue += 360;
     }
-    dstH[i] = static_cast<uint16_t>(hue);
+    Store(dstH, i, hue);
     dstS[i] = static_cast<uint8_t>(hi != 0 ? 255 * range / hi : 0);
     dstV[i] = static_cast<uint8_t>(hi);
   }
@@ -232,13 +232,14 @@ void BGR24_2_HSV_Row(uint16_t *dstH, uint8_t *dstS, uint8_t *dstV, const uint8_t
   RGBToHSV<2, 0>(dstH, dstS, dstV, src, count);
 }
 
-// Adds to the counts already there; the caller clears the arrays.
+// Adds to the counts already there; the caller clears the arrays, which
+// need no particular alignment.
 void RGB24_Histogram_Row(uint32_t *hist0, uint32_t *hist1, uint32_t *hist2, const uint8_t *src,
                          int32_t count) {
   for (Index i = 0; i < count; ++i) {
-    ++hist0[src[3 * i]];
-    ++hist1[src[3 * i + 1]];
-    ++hist2[src[3 * i + 2]];
+    Store(hist0, src[3 * i], Load(hist0, src[3 * i]) + 1u);
+    Store(hist1, src[3 * i + 1], Load(hist1, src[3 * i + 1]) + 1u);
+    Store(hist2, src[3 * i + 2], Load(hist2, src[3 * i + 2]) + 1u);
   }
 }
 

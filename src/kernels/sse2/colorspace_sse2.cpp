@@ -2,6 +2,7 @@
 // hands the rest of the row to the portable operation at the pixel where the
 // blocks stopped; the portable operation applies its own tail rules there.
 #include "kernels/colorspace.hpp"
+#include "kernels/kernel_slots.hpp"
 #include "kernels/sse2/rgb_to_yuv_8bit.hpp"
 #include "kernels/sse2/v210.hpp"
 #include "kernels/x86/row.hpp"
@@ -358,6 +359,16 @@ void ColorSpaceSSE2::Scale_Q14(uint8_t *dst, const uint8_t *src, const int16_t *
                                int32_t count) {
   const int64_t done = sse2::ScaleQ14Blocks(dst, src, coef, count);
   ColorSpaceC::Scale_Q14(dst + done, src + done, coef, static_cast<int32_t>(count - done));
+}
+
+// Ops 9, 10 are the SSE2 RGB48 to packed 16-bit 4:2:2 row kernels.
+void ColorSpaceSSE2::RGB48_2_YUYV16_Matrix(uint16_t *dst, const uint16_t *src, const int16_t *coefY,
+                                           const int16_t *coefUV, int32_t count) {
+  sse2::RGB48_2_YUYV16_Row(dst, src, count, coefY, coefUV);
+}
+void ColorSpaceSSE2::RGB48_2_UYVY16_Matrix(uint16_t *dst, const uint16_t *src, const int16_t *coefY,
+                                           const int16_t *coefUV, int32_t count) {
+  sse2::RGB48_2_UYVY16_Row(dst, src, count, coefY, coefUV);
 }
 
 void ColorSpaceSSE2::YUV422_2_YUV420_UV_Avg(uint8_t *dst, const uint8_t *src, int64_t srcPitch,

@@ -1,0 +1,69 @@
+// tqcs bench: throughput of every routed conversion, median of repetitions.
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+
+#include "cli.hpp"
+#include "engine.hpp"
+#include "thread_pool.hpp"
+
+namespace tqcs {
+
+int RunBench(const Args &args) {
+  std::string error;
+  std::optional<Size> size;
+  std::optional<Format> from, to;
+  std::optional<int32_t> matrix;
+  int threads = 1;
+  if (!ReadSize(args, size, error) || !ReadFormat(args, "from", from, error) ||
+      !ReadFormat(args, "to", to, error) || !ReadMatrix(args, matrix, error) ||
+      !ReadThreads(args, threads, error))
+    return Fail(error);
+  int reps = 5;
+  if (const std::string *text = args.Get("reps")) {
+    const auto n = ParsePositive(*text);
+    if (!n) return Fail("bad --reps '" + *text + "'");
+    reps = *n;
+  }
+  for (const auto &format : {from, to})
+    if (format && *format >= kLibraryFormats)
+      return Fail(std::string("bench measures the dispatcher's codes 0 to 10, not ") +
+                  Info(*format).name);
+  const Size s = size.value_or(Size{1920, 1080});
+  if (s.width % 4 != 0 || s.height % 4 != 0) return Fail("the bench size must be a multiple of 4");
+  const TCS_APIStu *api = CheckedApi();
+  if (api == nullptr) return 1;
+  const Engine engine(api);
+  const int32_t m = matrix.value_or(DefaultMatrix(s.width, s.height));
+  ThreadPool pool(threads);
+  const size_t frames = static_cast<size_t>(pool.Size());
+  std::printf("%dx%d, matrix %s, %d thread(s) converting %zu frame(s) at once, median of %d\n",
+              s.width, s.height, MatrixName(m), pool.Size(), frames, reps);
+  std::printf("%-13s %-13s %10s %8s\n", "from", "to", "frames/s", "GB/s");
+  for (int32_t a = 0; a < kLibraryFormats; ++a)
+    for (int32_t b = 0; b < kLibraryFormats; ++b) {
+      if ((from && *from != a) || (to && *to != b) || !engine.Routed(a, b)) continue;
+      std::vector<Image> src(frames, Image(static_cast<Format>(a), s.width, s.height));
+      std::vector<Image> dst(frames, Image(static_cast<Format>(b), s.width, s.height));
+      for (Image &image : src)
+        for (size_t i = 0; i < image.data.size(); ++i)
+          image.data[i] = static_cast<uint8_t>(i * 7 + i / 4093);
+      std::vector<double> seconds;
+      for (int r = 0; r <= reps; ++r) {  // the first pass warms up and is not counted
+        const auto t = std::chrono::steady_clock::now();
+        pool.ParallelFor(frames,
+                         [&](size_t i) { engine.Dispatch(src[i], dst[i], m, false, false); });
+        if (r > 0)
+          seconds.push_back(
+              std::chrono::duration<double>(std::chrono::steady_clock::now() - t).count());
+      }
+      std::nth_element(seconds.begin(), seconds.begin() + reps / 2, seconds.end());
+      const double fps = static_cast<double>(frames) / seconds[reps / 2];
+      const double bytes = static_cast<double>(src[0].data.size() + dst[0].data.size());
+      std::printf("%-13s %-13s %10.1f %8.2f\n", Info(static_cast<Format>(a)).name,
+                  Info(static_cast<Format>(b)).name, fps, fps * bytes / 1e9);
+    }
+  return 0;
+}
+
+}  // namespace tqcs

@@ -1,0 +1,260 @@
+// tqcs convert: files in, files out, several frames at once on the tool's pool.
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+
+#include "cli.hpp"
+#include "engine.hpp"
+#include "fileio.hpp"
+#include "thread_pool.hpp"
+
+namespace tqcs {
+namespace {
+
+// A bar on stderr while it is a terminal; nothing otherwise.
+class Progress {
+ public:
+  explicit Progress(int64_t total) : total_(total), shown_(total > 1 && ::isatty(2) != 0) {}
+  ~Progress() {
+    if (shown_ && drawn_) std::fputc('\n', stderr);
+  }
+  void Update(int64_t done) {
+    if (!shown_) return;
+    drawn_ = true;
+    const int64_t total = std::max(total_, done);
+    const int width = 40, filled = static_cast<int>(width * done / std::max<int64_t>(total, 1));
+    std::fprintf(stderr, "\r[%.*s%*s] %lld/%lld frames", filled,
+                 "########################################", width - filled, "",
+                 static_cast<long long>(done), static_cast<long long>(total));
+    std::fflush(stderr);
+  }
+
+ private:
+  int64_t total_;
+  bool shown_, drawn_ = false;
+};
+
+// The format written when --to is not given, and the formats a file kind holds.
+std::string ChooseOutput(FileKind kind, Format input, std::optional<Format> asked, Format &out) {
+  const auto oneOf = [&](std::initializer_list<Format> allowed, const char *what) {
+    if (std::find(allowed.begin(), allowed.end(), out) != allowed.end()) return std::string();
+    std::string names;
+    for (Format f : allowed) names += std::string(names.empty() ? "" : ", ") + Info(f).name;
+    return std::string(what) + " holds " + names + ", not " + Info(out).name;
+  };
+  switch (kind) {
+    case FileKind::kY4m:
+      out = asked ? *asked
+            : (input == kYuv420p || input == kYuv422p || input == kYuv444p || input == kGray)
+                ? input
+                : kYuv420p;
+      return oneOf({kYuv420p, kYuv422p, kYuv444p, kGray}, "a Y4M file");
+    case FileKind::kPng:
+      out = asked ? *asked : HasAlpha(input) ? kRgba : kRgb24;
+      return oneOf({kRgb24, kRgba, kGray, kAlpha}, "a PNG file");
+    case FileKind::kRaw:
+      out = asked ? *asked : input;
+      if (!Info(out).writable)
+        return std::string(Info(out).name) + " is an input format; give --to";
+      return {};
+  }
+  return {};
+}
+
+struct Job {
+  Image input;   // a frame, or field 1 when composing
+  Image input2;  // field 2 when composing
+  Image output, field1, field2;
+  std::string error;
+};
+
+}  // namespace
+
+int RunConvert(const Args &args) {
+  std::string error;
+  std::optional<Format> from, to;
+  std::optional<Size> size;
+  std::optional<int32_t> matrix;
+  std::optional<Range> range;
+  int threads = 1;
+  if (!ReadFormat(args, "from", from, error) || !ReadFormat(args, "to", to, error) ||
+      !ReadSize(args, size, error) || !ReadMatrix(args, matrix, error) ||
+      !ReadThreads(args, threads, error))
+    return Fail(error);
+  if (const std::string *text = args.Get("range"); text && !(range = ParseRange(*text)))
+    return Fail("unknown range '" + *text + "' (full or limited)");
+  const std::string *fields = args.Get("fields");
+  if (fields && *fields != "split" && *fields != "compose")
+    return Fail("unknown --fields mode '" + *fields + "' (split or compose)");
+  const std::string *interlace = args.Get("interlace");
+  if (interlace && (interlace->size() != 1 ||
+                    std::string_view("ptb").find((*interlace)[0]) == std::string_view::npos))
+    return Fail("unknown --interlace '" + *interlace + "' (p, t or b)");
+  if (args.positional.size() != 2)
+    return Fail("convert needs IN and OUT (see tqcs convert --help)");
+  const std::string &inPath = args.positional[0], &outPath = args.positional[1];
+  const bool compose = fields && *fields == "compose", split = fields && *fields == "split";
+
+  // Readers: one file, or the two field files of a frame.
+  std::optional<Size> readSize = size;
+  if (compose && size) readSize = Size{size->width, size->height / 2};
+  std::vector<std::unique_ptr<FrameReader>> readers;
+  for (int f = 1; f <= (compose ? 2 : 1); ++f) {
+    const std::string path = compose ? FieldPath(inPath, f) : inPath;
+    readers.push_back(OpenReader(path, from, readSize, error));
+    if (!readers.back()) return Fail(path + ": " + error);
+  }
+  StreamInfo in = readers[0]->Info();
+  if (compose) {
+    const StreamInfo &second = readers[1]->Info();
+    if (second.format != in.format || second.width != in.width || second.height != in.height)
+      return Fail(FieldPath(inPath, 2) + ": the field files differ in format or size");
+    in.height *= 2;
+  }
+  if (from && KindOfPath(inPath) != FileKind::kRaw && *from != in.format)
+    return Fail(inPath + ": the file holds " + Info(in.format).name + ", not " + Info(*from).name);
+  if (!Info(in.format).readable) return Fail(std::string(Info(in.format).name) + " is output only");
+
+  Format out = kBgra;
+  if (error = ChooseOutput(KindOfPath(outPath), in.format, to, out); !error.empty())
+    return Fail(outPath + ": " + error);
+  if (error = CheckSize(out, in.width, in.height); !error.empty())
+    return Fail(outPath + ": " + error);
+  if ((split || compose) &&
+      (in.height % 2 != 0 ||
+       ((Info(out).shiftY != 0 || Info(in.format).shiftY != 0) && in.height % 4 != 0)))
+    return Fail(inPath + ": --fields needs an even frame height (a multiple of 4 for 4:2:0)");
+
+  // Ranges: the file's tag or --range for the input; the output keeps the
+  // input's range when both are YUV, else Y4M is written limited and raw full.
+  const bool inYuv = Info(in.format).family == Family::kYuv || in.format == kGray;
+  const FileKind inKind = KindOfPath(inPath), outKind = KindOfPath(outPath);
+  ConvertOptions options;
+  options.srcRange = range                      ? *range
+                     : in.range                 ? *in.range
+                     : inKind == FileKind::kY4m ? Range::kLimited
+                                                : Range::kFull;
+  options.dstRange = range                       ? *range
+                     : inYuv                     ? options.srcRange
+                     : outKind == FileKind::kY4m ? Range::kLimited
+                                                 : Range::kFull;
+  options.matrix = matrix ? *matrix : DefaultMatrix(in.width, in.height);
+  options.flip = args.Has("flip");
+
+  StreamInfo outInfo = in;
+  outInfo.format = out;
+  if (interlace) outInfo.interlace = (*interlace)[0];
+  if (inKind != FileKind::kY4m && !interlace) outInfo.interlace = 'p';
+  if (split) outInfo.height /= 2;
+  // Interlaced material (as read, or as declared for a Y4M written) is
+  // converted field by field, so 4:2:0 chroma never mixes the two fields.
+  options.interlaced = outInfo.interlace == 't' || outInfo.interlace == 'b';
+  std::vector<std::unique_ptr<FrameWriter>> writers;
+  for (int f = 1; f <= (split ? 2 : 1); ++f) {
+    const std::string path = split ? FieldPath(outPath, f) : outPath;
+    writers.push_back(OpenWriter(path, outInfo, options.dstRange, error));
+    if (!writers.back()) return Fail(path + ": " + error);
+  }
+
+  const TCS_APIStu *api = CheckedApi();
+  if (api == nullptr) return 1;
+  const Engine engine(api);
+  ThreadPool pool(threads);
+  Progress progress(in.frames);
+  std::vector<Job> jobs(static_cast<size_t>(2 * pool.Size()));
+  int64_t done = 0;
+  for (bool more = true; more;) {
+    size_t count = 0;
+    for (; count < jobs.size(); ++count) {
+      Job &job = jobs[count];
+      if (!readers[0]->Read(job.input, error)) break;
+      if (compose && !readers[1]->Read(job.input2, error)) {
+        if (error.empty()) error = "has fewer fields than " + FieldPath(inPath, 1);
+        return Fail(FieldPath(inPath, 2) + ": " + error);
+      }
+    }
+    if (!error.empty()) return Fail((compose ? FieldPath(inPath, 1) : inPath) + ": " + error);
+    more = count == jobs.size();
+    if (done == 0 && count == 0) return Fail(inPath + ": no frame in the file");
+    pool.ParallelFor(count, [&](size_t i) {
+      Job &job = jobs[i];
+      if (compose) {
+        Image frame(in.format, in.width, in.height);
+        engine.ComposeFields(job.input, job.input2, frame);
+        job.input = std::move(frame);
+      }
+      job.output.format = out;
+      job.error = engine.Convert(job.input, job.output, options);
+      if (split && job.error.empty()) {
+        job.field1 = job.field2 = Image(out, in.width, in.height / 2);
+        engine.SplitFields(job.output, job.field1, job.field2);
+      }
+    });
+    for (size_t i = 0; i < count; ++i) {
+      const Job &job = jobs[i];
+      if (!job.error.empty()) return Fail(inPath + ": " + job.error);
+      for (size_t w = 0; w < writers.size(); ++w)
+        if (!writers[w]->Write(split ? (w == 0 ? job.field1 : job.field2) : job.output, error))
+          return Fail((split ? FieldPath(outPath, static_cast<int>(w) + 1) : outPath) + ": " +
+                      error);
+      progress.Update(++done);
+    }
+  }
+  for (size_t w = 0; w < writers.size(); ++w)
+    if (!writers[w]->Finish(error))
+      return Fail((split ? FieldPath(outPath, static_cast<int>(w) + 1) : outPath) + ": " + error);
+  return 0;
+}
+
+int RunCompare(const Args &args) {
+  std::string error;
+  std::optional<Format> from;
+  std::optional<Size> size;
+  if (!ReadFormat(args, "from", from, error) || !ReadSize(args, size, error)) return Fail(error);
+  if (args.positional.size() != 2) return Fail("compare needs two files (see tqcs compare --help)");
+  Image images[2];
+  for (int i = 0; i < 2; ++i) {
+    auto reader = OpenReader(args.positional[i], from, size, error);
+    if (!reader || !reader->Read(images[i], error))
+      return Fail(args.positional[i] + ": " + (error.empty() ? "no frame in the file" : error));
+  }
+  if (images[0].format != images[1].format || images[0].width != images[1].width ||
+      images[0].height != images[1].height)
+    return Fail("the two files differ in format or size");
+  // Per byte position of a pixel for packed layouts, per plane otherwise.
+  const auto planes = Planes(images[0].format, images[0].width, images[0].height);
+  const int32_t channels = Info(images[0].format).packedBytes != 0
+                               ? Info(images[0].format).packedBytes
+                               : static_cast<int32_t>(planes.size());
+  std::vector<int> maxDiff(channels, 0);
+  std::vector<double> sum(channels, 0);
+  std::vector<size_t> n(channels, 0);
+  for (size_t p = 0; p < planes.size(); ++p)
+    for (size_t i = 0; i < static_cast<size_t>(planes[p].rowBytes) * planes[p].rows; ++i) {
+      const size_t at = planes[p].offset + i;
+      const int c = planes.size() > 1 ? static_cast<int>(p) : static_cast<int>(i % channels);
+      const int d = std::abs(images[0].data[at] - images[1].data[at]);
+      maxDiff[c] = std::max(maxDiff[c], d);
+      sum[c] += d;
+      ++n[c];
+    }
+  int worst = 0;
+  std::printf("channel  max  mean\n");
+  for (int c = 0; c < channels; ++c) {
+    std::printf("%7d %4d  %.3f\n", c, maxDiff[c], sum[c] / static_cast<double>(n[c]));
+    worst = std::max(worst, maxDiff[c]);
+  }
+  if (const std::string *bound = args.Get("max")) {
+    const auto limit = ParsePositive(*bound);
+    if (!limit && *bound != "0") return Fail("bad --max '" + *bound + "'");
+    if (worst > (limit ? *limit : 0)) {
+      std::printf("largest difference %d exceeds %s\n", worst, bound->c_str());
+      return 2;
+    }
+  }
+  return 0;
+}
+
+}  // namespace tqcs

@@ -1,0 +1,322 @@
+#include "engine.hpp"
+
+#include <TQCPUBase.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <deque>
+
+namespace tqcs {
+namespace {
+
+int64_t Pitch(const Image &image) {
+  return Planes(image.format, image.width, image.height)[0].pitch;
+}
+
+// Codes 0 and 3 hold B, G, R: the drivers' channel-order flag is set for them.
+uint8_t BlueFirst(int32_t code) { return code == kBgra || code == kBgr24 ? 1 : 0; }
+
+bool IsYuvSide(Format format) { return Info(format).family == Family::kYuv || format == kGray; }
+
+// One run of samples of one kind inside an image.
+struct Samples {
+  uint8_t *base;
+  size_t step;
+  size_t count;
+  bool luma;
+};
+
+std::vector<Samples> YuvSamples(Image &image) {
+  const size_t pixels = static_cast<size_t>(image.width) * image.height;
+  if (image.format == kYuv444Packed) {
+    uint8_t *p = image.data.data();
+    return {{p, 3, pixels, true}, {p + 1, 3, pixels, false}, {p + 2, 3, pixels, false}};
+  }
+  std::vector<Samples> runs;
+  const auto planes = Planes(image.format, image.width, image.height);
+  for (size_t i = 0; i < planes.size(); ++i)
+    runs.push_back({image.data.data() + planes[i].offset, 1,
+                    static_cast<size_t>(planes[i].rowBytes) * planes[i].rows, i == 0});
+  return runs;
+}
+
+// Planar 4:4:4 and packed YUVA, the tool's own interleave.
+void Interleave444(const uint8_t *y, const uint8_t *u, const uint8_t *v, uint8_t *yuva, size_t n) {
+  for (size_t i = 0; i < n; ++i) {
+    yuva[4 * i] = y[i];
+    yuva[4 * i + 1] = u[i];
+    yuva[4 * i + 2] = v[i];
+    yuva[4 * i + 3] = 255;
+  }
+}
+
+void Deinterleave444(const uint8_t *yuva, uint8_t *y, uint8_t *u, uint8_t *v, size_t n) {
+  for (size_t i = 0; i < n; ++i) {
+    y[i] = yuva[4 * i];
+    u[i] = yuva[4 * i + 1];
+    v[i] = yuva[4 * i + 2];
+  }
+}
+
+}  // namespace
+
+Engine::Engine(const TCS_APIStu *api) : api_(api) {
+  bool logged = false;
+  TCB_SetLogSink(
+      [](void *context, int32_t level, const char16_t *, const char16_t *, const char16_t *,
+         const char16_t *) {
+        if (level >= 1) *static_cast<bool *>(context) = true;
+      },
+      &logged);
+  constexpr int32_t kSide = 8;
+  for (int32_t from = 0; from < kLibraryFormats; ++from) {
+    Image src(static_cast<Format>(from), kSide, kSide);
+    for (size_t i = 0; i < src.data.size(); ++i) src.data[i] = static_cast<uint8_t>(i * 37);
+    for (int32_t to = 0; to < kLibraryFormats; ++to) {
+      if (!Planned(from, to)) continue;
+      Image dst(static_cast<Format>(to), kSide, kSide);
+      logged = false;
+      routed_[from][to] = Dispatch(src, dst, TCS_MATRIX_HD, false, false) && !logged;
+    }
+  }
+  TCB_SetLogSink(nullptr, nullptr);
+}
+
+int32_t DefaultMatrix(int32_t width, int32_t height) {
+  return width >= 1280 || height >= 720 ? TCS_MATRIX_HD : TCS_MATRIX_SD;
+}
+
+bool Engine::Planned(int32_t from, int32_t to) {
+  // The dispatcher's empty-stub routes and the packed 4:4:4 drivers that are
+  // not implemented are left out: those pairs go in two steps.
+  if (from == kAlpha) return to == kAlpha;
+  if (from == kYuv444Packed) return to == kYuva || to == kYuv444Packed || to == kAlpha;
+  if (to == kYuv444Packed)
+    return from == kYuva || from == kYuyv || from == kUyvy || from == kYuv420p;
+  return !(from == kYuva && to == kYuv420p);
+}
+
+std::vector<int32_t> Engine::Path(int32_t from, int32_t to) const {
+  // Breadth first, trying YUV layouts first so that no step leaves YUV needlessly.
+  static constexpr std::array<int32_t, kLibraryFormats> kOrder = {2, 6, 8, 9, 5, 0, 1, 3, 4, 7, 10};
+  std::array<int32_t, kLibraryFormats> previous;
+  previous.fill(-1);
+  previous[from] = from;
+  std::deque<int32_t> queue{from};
+  while (!queue.empty() && previous[to] < 0) {
+    const int32_t at = queue.front();
+    queue.pop_front();
+    for (int32_t next : kOrder)
+      if (previous[next] < 0 && Routed(at, next)) {
+        previous[next] = at;
+        queue.push_back(next);
+      }
+  }
+  if (previous[to] < 0) return {};
+  std::vector<int32_t> path{to};
+  while (path.back() != from) path.push_back(previous[path.back()]);
+  std::reverse(path.begin(), path.end());
+  return path;
+}
+
+bool Engine::Dispatch(const Image &src, Image &dst, int32_t matrix, bool flip,
+                      bool interlaced) const {
+  const TCS_GeneralTable &g = *api_->pGeneral;
+  const int32_t w = src.width, h = src.height;
+  const bool fieldsFit = h % 2 == 0 && (Info(src.format).shiftY == 0 || h % 4 == 0) &&
+                         (Info(dst.format).shiftY == 0 || h % 4 == 0);
+  if (!interlaced || !fieldsFit)
+    return g.TCS_ColorConvFrame(dst.data.data(), Pitch(dst), dst.format, src.data.data(),
+                                Pitch(src), src.format, matrix, w, h, flip) == TCS_RESULT_OK;
+  // Field by field: the split form converts each field of the source into its
+  // own buffer, then the fields are interleaved into the destination frame.
+  Image field1(dst.format, w, h / 2), field2(dst.format, w, h / 2);
+  const int64_t fieldPitch = Pitch(field1);
+  return g.TCS_ColorConvSplit(field1.data.data(), fieldPitch, field2.data.data(), fieldPitch,
+                              dst.format, src.data.data(), Pitch(src), src.format, matrix, w, h,
+                              flip) == TCS_RESULT_OK &&
+         ComposeFields(field1, field2, dst);
+}
+
+// Runs `copy(frame plane, field 1 plane, field 2 plane, layout)` on every plane;
+// the field operations are format-free, so each plane goes as bytes.
+template <class Copy>
+bool EachPlane(const Image &frame, const Image &field1, const Image &field2, Copy copy) {
+  const auto planes = Planes(frame.format, frame.width, frame.height);
+  const auto fieldPlanes = Planes(field1.format, field1.width, field1.height);
+  for (size_t i = 0; i < planes.size(); ++i) {
+    const auto at = [&](const Image &image, const PlaneLayout &plane) {
+      return const_cast<uint8_t *>(image.data.data()) + plane.offset;
+    };
+    if (copy(at(frame, planes[i]), at(field1, fieldPlanes[i]), at(field2, fieldPlanes[i]),
+             fieldPlanes[i].pitch, planes[i]) != TCS_RESULT_OK)
+      return false;
+  }
+  return true;
+}
+
+bool Engine::SplitFields(const Image &frame, Image &field1, Image &field2) const {
+  return EachPlane(frame, field1, field2,
+                   [&](uint8_t *f, uint8_t *f1, uint8_t *f2, int64_t pitch, const PlaneLayout &p) {
+                     return api_->pGeneral->TCS_SplitFrame(f1, pitch, f2, pitch, f, p.pitch,
+                                                           p.rowBytes, p.rows, 1, 0);
+                   });
+}
+
+bool Engine::ComposeFields(const Image &field1, const Image &field2, Image &frame) const {
+  return EachPlane(frame, field1, field2,
+                   [&](uint8_t *f, uint8_t *f1, uint8_t *f2, int64_t pitch, const PlaneLayout &p) {
+                     return api_->pGeneral->TCS_ComposeFields(f, p.pitch, f1, pitch, f2, pitch,
+                                                              p.rowBytes, p.rows, 1, 0);
+                   });
+}
+
+void Engine::ScaleRange(Image &image, bool compress) const {
+  const auto scale =
+      compress ? api_->pGeneral->TCS_RangeCompressFrame : api_->pGeneral->TCS_RangeExpandFrame;
+  if (image.format == kYuva || image.format == kYuyv || image.format == kUyvy) {
+    const Image source = image;
+    scale(image.data.data(), Pitch(image), source.data.data(), Pitch(source), image.format,
+          image.width, image.height, 0);
+    return;
+  }
+  // The library scales packed layouts only: gather luma into bytes 0 and 2 and
+  // chroma into bytes 1 and 3 of a packed 4:2:2 row, scale it, scatter back.
+  std::vector<Samples> runs = YuvSamples(image);
+  size_t luma = 0, chroma = 0;
+  for (const Samples &run : runs) (run.luma ? luma : chroma) += run.count;
+  const size_t pairs = (std::max(luma, chroma) + 1) / 2;
+  std::vector<uint8_t> packed(4 * pairs, 128), scaled(4 * pairs);
+  const auto walk = [&](auto &&move) {
+    size_t at[2] = {0, 0};  // next chroma, next luma position
+    for (const Samples &run : runs)
+      for (size_t i = 0; i < run.count; ++i, ++at[run.luma]) {
+        const size_t n = at[run.luma];
+        move(run.base[i * run.step], 4 * (n / 2) + 2 * (n % 2) + (run.luma ? 0 : 1));
+      }
+  };
+  walk([&](uint8_t &sample, size_t pos) { packed[pos] = sample; });
+  const int32_t width = static_cast<int32_t>(2 * pairs);
+  scale(scaled.data(), 4 * static_cast<int64_t>(pairs), packed.data(),
+        4 * static_cast<int64_t>(pairs), kYuyv, width, 1, 0);
+  walk([&](uint8_t &sample, size_t pos) { sample = scaled[pos]; });
+}
+
+bool Engine::ConvertCodes(const Image &src, Image &dst, const ConvertOptions &options) const {
+  const std::vector<int32_t> path = Path(src.format, dst.format);
+  if (path.empty()) return false;
+  if (path.size() == 1 && !options.flip) {
+    dst.data = src.data;
+    return true;
+  }
+  if (path.size() == 1) return Dispatch(src, dst, options.matrix, true, options.interlaced);
+  // The flip is applied by the first step only.
+  Image current;
+  const Image *from = &src;
+  for (size_t i = 1; i < path.size(); ++i) {
+    const bool flip = options.flip && i == 1;
+    if (i + 1 == path.size()) return Dispatch(*from, dst, options.matrix, flip, options.interlaced);
+    Image next(static_cast<Format>(path[i]), src.width, src.height);
+    if (!Dispatch(*from, next, options.matrix, flip, options.interlaced)) return false;
+    current = std::move(next);
+    from = &current;
+  }
+  return true;
+}
+
+std::string Engine::Convert(const Image &input, Image &dst, const ConvertOptions &options) const {
+  const int32_t w = input.width, h = input.height;
+  if (dst.width != w || dst.height != h || dst.data.size() != FrameBytes(dst.format, w, h))
+    dst = Image(dst.format, w, h);
+  if (!Info(input.format).readable) return std::string(Info(input.format).name) + " is output only";
+  if (!Info(dst.format).writable) return std::string(Info(dst.format).name) + " is input only";
+  if (std::string problem = CheckSize(input.format, w, h); !problem.empty()) return problem;
+  if (std::string problem = CheckSize(dst.format, w, h); !problem.empty()) return problem;
+
+  // Bring the source to a library code.
+  Image src;
+  const size_t pixels = static_cast<size_t>(w) * h;
+  switch (input.format) {
+    case kYuv422p10:
+    case kYuv420p10: {
+      // The library's 10-bit to 8-bit planar drivers store bits 6 to 13 of a
+      // sample (a shift right by 6 kept for compatibility): the tool moves the
+      // 10-bit value from the low bits up by 4 so that they keep its top 8 bits.
+      src = Image(input.format == kYuv422p10 ? kYuv422p : kYuv420p, w, h);
+      std::vector<uint16_t> samples(input.data.size() / 2);
+      std::memcpy(samples.data(), input.data.data(), input.data.size());
+      for (uint16_t &sample : samples) sample = static_cast<uint16_t>((sample & 1023) << 4);
+      const auto in = Planes(input.format, w, h);
+      const auto out = Planes(src.format, w, h);
+      const auto plane16 = [&](int i) { return samples.data() + in[i].offset / 2; };
+      (input.format == kYuv422p10 ? api_->pYUV422->TCS_YUV422_10Bit_2_YUV422_Frame
+                                  : api_->pYUV420->TCS_YUV420_10Bit_2_YUV420_Frame)(
+          src.Plane(0), out[0].pitch, src.Plane(1), out[1].pitch, src.Plane(2), out[2].pitch,
+          plane16(0), in[0].pitch, plane16(1), in[1].pitch, plane16(2), in[2].pitch, w, h, 0);
+      break;
+    }
+    case kYuv444p:
+      src = Image(kYuva, w, h);
+      Interleave444(input.Plane(0), input.Plane(1), input.Plane(2), src.data.data(), pixels);
+      break;
+    case kGray: {
+      src = Image(kYuva, w, h);
+      const std::vector<uint8_t> neutral(pixels, 128);
+      Interleave444(input.data.data(), neutral.data(), neutral.data(), src.data.data(), pixels);
+      break;
+    }
+    default:
+      src = input;
+  }
+
+  // Grey input is luma; grey output is computed from RGB and is full range.
+  const bool srcYuv = IsYuvSide(input.format), dstYuv = Info(dst.format).family == Family::kYuv;
+  const bool scale = !(srcYuv && dstYuv && options.srcRange == options.dstRange);
+  if (scale && srcYuv && options.srcRange == Range::kLimited) ScaleRange(src, false);
+
+  ConvertOptions step = options;
+  switch (dst.format) {
+    case kYuv444p: {
+      Image yuva(kYuva, w, h);
+      if (!ConvertCodes(src, yuva, step)) return "the library refused the conversion";
+      Deinterleave444(yuva.data.data(), dst.Plane(0), dst.Plane(1), dst.Plane(2), pixels);
+      break;
+    }
+    case kGray:
+    case kHsv: {
+      // Grey comes from 8-bit RGB of either width, HSV from 24-bit RGB.
+      const bool direct = src.format == kBgr24 || src.format == kRgb24 ||
+                          (dst.format == kGray && (src.format == kBgra || src.format == kRgba));
+      Image rgb;
+      if (!direct) {
+        rgb = Image(kBgr24, w, h);
+        if (!ConvertCodes(src, rgb, step)) return "the library refused the conversion";
+        step.flip = false;
+      }
+      const Image &from = direct ? src : rgb;
+      const uint8_t order = BlueFirst(from.format), flip = step.flip ? 1 : 0;
+      if (dst.format == kHsv) {
+        const auto planes = Planes(kHsv, w, h);
+        api_->pRGB24->TCS_RGB24_2_HSV_Frame(reinterpret_cast<uint16_t *>(dst.Plane(0)),
+                                            planes[0].pitch, dst.Plane(1), w, dst.Plane(2), w,
+                                            from.data.data(), Pitch(from), w, h, order, flip);
+      } else if (Info(from.format).packedBytes == 4) {
+        api_->pRGB32->TCS_RGB32_2_Gray_Frame(dst.data.data(), w, from.data.data(), Pitch(from), w,
+                                             h, options.matrix, order, flip);
+      } else {
+        api_->pRGB24->TCS_RGB24_2_Gray_Frame(dst.data.data(), w, from.data.data(), Pitch(from), w,
+                                             h, options.matrix, order, flip);
+      }
+      break;
+    }
+    default:
+      if (!ConvertCodes(src, dst, step))
+        return std::string("no conversion from ") + Info(input.format).name + " to " +
+               Info(dst.format).name;
+  }
+  if (scale && dstYuv && options.dstRange == Range::kLimited) ScaleRange(dst, true);
+  return {};
+}
+
+}  // namespace tqcs
