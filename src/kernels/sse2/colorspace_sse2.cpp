@@ -194,8 +194,9 @@ int64_t Yuv411ToPackedBlocks(uint8_t *dst, const uint8_t *srcY, const uint8_t *s
 // Blocks of 16 bytes start at multiples of 8, so lane k always takes coef[k].
 int64_t ScaleQ14Blocks(uint8_t *dst, const uint8_t *src, const int16_t *coef, int32_t count) {
   constexpr int kBlock = 16;
-  const __m128i k = x86::Load(coef), zero = _mm_setzero_si128(), round = _mm_set1_epi32(8192);
   const int32_t blocks = WholeBlocks<kBlock>(count);
+  if (blocks == 0) return 0;  // a short row may not reach every coefficient
+  const __m128i k = x86::Load(coef), zero = _mm_setzero_si128(), round = _mm_set1_epi32(8192);
   for (int32_t b = 0; b < blocks; ++b) {
     const int64_t i = int64_t{b} * kBlock;
     const __m128i s = x86::Load(src + i);
