@@ -93,7 +93,14 @@ List SSE2List() {
 
       // sse2/planar16.cpp
       TQCS_SLOT(sse2, YUV422_10Bit_2_YUYV_Row), TQCS_SLOT(sse2, YUV422_10Bit_2_UYVY_Row),
-      TQCS_SLOT(sse2, Y10Bit_2_Y8_Row),
+      TQCS_SLOT(sse2, Y10Bit_2_Y8_Row), TQCS_SLOT(sse2, YUV422_16_2_YUYV16_Row),
+      TQCS_SLOT(sse2, YUV422_16_2_UYVY16_Row), TQCS_SLOT(sse2, YUYV16_2_YUYV_Row),
+      TQCS_SLOT(sse2, YUYV16_2_UYVY_Row), TQCS_SLOT(sse2, Y16_2_Y10_Row),
+      TQCS_SLOT(sse2, YUV422_2_YUYV16_Row), TQCS_SLOT(sse2, YUV422_2_UYVY16_Row),
+      TQCS_SLOT(sse2, YUYV16_2_YUV422_Row), TQCS_SLOT(sse2, UYVY16_2_YUV422_Row),
+      TQCS_SLOT(sse2, UYVY16_2_YUV422_16_Row), TQCS_SLOT(sse2, YUYV16_2_YUV422_16_Row),
+      TQCS_SLOT(sse2, Y8_2_Y16_Row), TQCS_SLOT(sse2, Y16_2_Y10_Pairs_Row),
+      TQCS_SLOT(sse2, YUV422_16_2_YUYV_Row), TQCS_SLOT(sse2, YUV422_16_2_UYVY_Row),
 
       // sse2/deep_color.cpp
 

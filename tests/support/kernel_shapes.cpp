@@ -80,6 +80,21 @@ const std::vector<KernelShape> &AllShapes() {
       // 16-bit RGB and the deep-colour YUV families (deep_color).
 
       // 16-bit planar and packed moves (planar16).
+      {K::YUV422_16_2_YUYV16_Row, {Pairs(8), Pairs(4), Pairs(2), Pairs(2)}},
+      {K::YUV422_16_2_UYVY16_Row, {Pairs(8), Pairs(4), Pairs(2), Pairs(2)}},
+      {K::YUYV16_2_YUYV_Row, {Pairs(4), Pairs(8)}},
+      {K::YUYV16_2_UYVY_Row, {Pairs(4), Pairs(8)}},
+      {K::Y16_2_Y10_Row, {Px(2), Px(2)}, 0, true},
+      {K::YUV422_2_YUYV16_Row, {Pairs(8), Pairs(2), Pairs(1), Pairs(1)}},
+      {K::YUV422_2_UYVY16_Row, {Pairs(8), Pairs(2), Pairs(1), Pairs(1)}},
+      {K::YUYV16_2_YUV422_Row, {Pairs(2), Pairs(1), Pairs(1), Pairs(8)}},
+      {K::UYVY16_2_YUV422_Row, {Pairs(2), Pairs(1), Pairs(1), Pairs(8)}},
+      {K::UYVY16_2_YUV422_16_Row, {Pairs(4), Pairs(2), Pairs(2), Pairs(8)}},
+      {K::YUYV16_2_YUV422_16_Row, {Pairs(4), Pairs(2), Pairs(2), Pairs(8)}},
+      {K::Y8_2_Y16_Row, {Px(2), Px(1)}},
+      {K::Y16_2_Y10_Pairs_Row, {Px(4), Px(4)}, 0, true},
+      {K::YUV422_16_2_YUYV_Row, {Pairs(4), Pairs(4), Pairs(2), Pairs(2)}},
+      {K::YUV422_16_2_UYVY_Row, {Pairs(4), Pairs(4), Pairs(2), Pairs(2)}},
 
       // 8+2 packing (pack_8plus2).
 
