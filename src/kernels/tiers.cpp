@@ -105,6 +105,10 @@ List SSE2List() {
       // sse2/deep_color.cpp
 
       // sse2/pack_8plus2.cpp
+      TQCS_SLOT(sse2, Split16To8Plus2_Row), TQCS_SLOT(sse2, Join8Plus2To16_Row),
+      TQCS_SLOT(sse2, Pack8To8Plus2_Row), TQCS_SLOT(sse2, Pack8To8Plus2_SwapPairs_Row),
+      TQCS_SLOT(sse2, Unpack8Plus2To8_Row), TQCS_SLOT(sse2, Unpack8Plus2To8_SwapPairs_Row),
+      TQCS_SLOT(sse2, YUV422_16_2_YUYV_8Plus2_Row),
 
       // sse2/v210.cpp
   });

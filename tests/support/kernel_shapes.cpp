@@ -9,7 +9,8 @@ namespace tqcs::test {
 size_t RowSize::Bytes(int32_t count) const {
   if (count < 1) return static_cast<size_t>(fixed);
   const size_t n = static_cast<size_t>(count);
-  return perPixel * n + perPair * (n / 2) + perCeilPair * ((n + 1) / 2) + fixed;
+  return perPixel * n + perPair * (n / 2) + perCeilPair * ((n + 1) / 2) +
+         perCeilQuad * ((n + 3) / 4) + fixed;
 }
 
 const std::vector<KernelShape> &AllShapes() {
@@ -97,6 +98,13 @@ const std::vector<KernelShape> &AllShapes() {
       {K::YUV422_16_2_UYVY_Row, {Pairs(4), Pairs(4), Pairs(2), Pairs(2)}},
 
       // 8+2 packing (pack_8plus2).
+      {K::Split16To8Plus2_Row, {Blocked8Plus2(), Px(2)}},
+      {K::Join8Plus2To16_Row, {Px(2), Blocked8Plus2()}},
+      {K::Pack8To8Plus2_Row, {Blocked8Plus2(), Px(1)}},
+      {K::Pack8To8Plus2_SwapPairs_Row, {Blocked8Plus2(), Px(1)}},
+      {K::Unpack8Plus2To8_Row, {Px(1), Blocked8Plus2()}},
+      {K::Unpack8Plus2To8_SwapPairs_Row, {Px(1), Blocked8Plus2()}},
+      {K::YUV422_16_2_YUYV_8Plus2_Row, {Pairs(5), Pairs(4), Pairs(2), Pairs(2)}},
 
       // V210 (v210).
 
