@@ -80,14 +80,21 @@ inline void StoreHalves(uint8_t *u, uint8_t *v, __m128i a, __m128i b) {
   x86::Store64(v, _mm_unpackhi_epi64(both, both));
 }
 
-// The even and the odd 16-bit lanes of a, then of b. Exact for every value:
-// each kept lane is sign-extended to 32 bits before the signed pack.
-inline __m128i Even(__m128i a, __m128i b) {
-  return _mm_packs_epi32(_mm_srai_epi32(_mm_slli_epi32(a, 16), 16),
-                         _mm_srai_epi32(_mm_slli_epi32(b, 16), 16));
-}
-inline __m128i Odd(__m128i a, __m128i b) {
-  return _mm_packs_epi32(_mm_srai_epi32(a, 16), _mm_srai_epi32(b, 16));
+// 8 packed pairs (32 samples in row order in a[0..3]) sorted by their place
+// in the pair: at[c] holds sample c of pairs 0-7. Three rounds of unpacks,
+// each moving one bit of the sample's place from the lane index to the
+// vector index.
+inline void SortByPlace(const __m128i a[4], __m128i at[4]) {
+  __m128i x[4] = {a[0], a[1], a[2], a[3]};
+  for (int round = 0; round < 2; ++round) {
+    const __m128i y[4] = {_mm_unpacklo_epi16(x[0], x[2]), _mm_unpacklo_epi16(x[1], x[3]),
+                          _mm_unpackhi_epi16(x[0], x[2]), _mm_unpackhi_epi16(x[1], x[3])};
+    for (int i = 0; i < 4; ++i) x[i] = y[i];
+  }
+  at[0] = _mm_unpacklo_epi32(x[0], x[1]);
+  at[1] = _mm_unpackhi_epi32(x[0], x[1]);
+  at[2] = _mm_unpacklo_epi32(x[2], x[3]);
+  at[3] = _mm_unpackhi_epi32(x[2], x[3]);
 }
 
 // Neighbouring 16-bit lanes exchanged (the two samples of each half pair).
@@ -125,17 +132,18 @@ void PlanarToPacked(D *dst, const S *srcY, const S *srcU, const S *srcV, int32_t
 // by kShift.
 template <bool kChromaFirst, int kShift, auto kTail, class D>
 void PackedToPlanar(D *dstY, D *dstU, D *dstV, const uint16_t *src, int32_t count) {
-  const auto luma = [](__m128i a, __m128i b) { return kChromaFirst ? Odd(a, b) : Even(a, b); };
-  const auto chroma = [](__m128i a, __m128i b) { return kChromaFirst ? Even(a, b) : Odd(a, b); };
+  // Places of Y0, U, Y1, V in a pair.
+  constexpr int kY0 = kChromaFirst ? 1 : 0, kU = kChromaFirst ? 0 : 1, kY1 = kY0 + 2, kV = kU + 2;
   const int64_t pairs = count / 2;
   int64_t p = 0;
   for (; p + kPairs <= pairs; p += kPairs) {
     const uint16_t *s = src + 4 * p;
     const __m128i a[4] = {x86::Load(s), x86::Load(s + 8), x86::Load(s + 16), x86::Load(s + 24)};
-    Store16<kShift>(dstY + 2 * p, luma(a[0], a[1]), luma(a[2], a[3]));
-    // U V U V ... for pairs 0-3, then 4-7.
-    const __m128i uv0 = chroma(a[0], a[1]), uv1 = chroma(a[2], a[3]);
-    StoreHalves<kShift>(dstU + p, dstV + p, Even(uv0, uv1), Odd(uv0, uv1));
+    __m128i at[4];
+    SortByPlace(a, at);
+    Store16<kShift>(dstY + 2 * p, _mm_unpacklo_epi16(at[kY0], at[kY1]),
+                    _mm_unpackhi_epi16(at[kY0], at[kY1]));
+    StoreHalves<kShift>(dstU + p, dstV + p, at[kU], at[kV]);
   }
   PairTail(count, p, [&](int64_t at, int32_t rest) {
     kTail(dstY + 2 * at, dstU + at, dstV + at, src + 4 * at, rest);
