@@ -25,10 +25,7 @@ inline void EachBlock(int64_t samples, Block block, Tail tail) {
   if (at < samples) tail(at, bytes);
 }
 
-// Neighbouring bytes exchanged.
-inline __m128i SwapBytes(__m128i s) {
-  return _mm_or_si128(_mm_srli_epi16(s, 8), _mm_slli_epi16(s, 8));
-}
+using x86::SwapBytes;
 
 // One block: 32 high bytes and the 8 low bytes (in the low half of `low`).
 inline void StoreBlock(uint8_t *dst, __m128i high0, __m128i high1, __m128i low) {

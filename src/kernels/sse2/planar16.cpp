@@ -97,9 +97,30 @@ inline void SortByPlace(const __m128i a[4], __m128i at[4]) {
   at[3] = _mm_unpackhi_epi32(x[2], x[3]);
 }
 
-// Neighbouring 16-bit lanes exchanged (the two samples of each half pair).
-inline __m128i SwapLanes(__m128i s) {
-  return _mm_or_si128(_mm_srli_epi32(s, 16), _mm_slli_epi32(s, 16));
+// 8 pairs from planar rows as 32 samples of packed pairs in 16-bit lanes,
+// out[0..3], shifted left by kPre. 16-bit rows are interleaved as they are;
+// byte rows are interleaved as bytes, then widened (a shift by 8 comes free
+// with the widening: the byte goes to the high half of its lane).
+template <bool kChromaFirst, int kPre>
+inline void LoadPairs(const uint16_t *y, const uint16_t *u, const uint16_t *v, int64_t p,
+                      __m128i out[4]) {
+  static_assert(kPre == 0);
+  const __m128i luma[2] = {x86::Load(y + 2 * p), x86::Load(y + 2 * p + 8)};
+  x86::InterleavePairs<kChromaFirst>(luma, x86::Load(u + p), x86::Load(v + p), out);
+}
+
+template <bool kChromaFirst, int kPre>
+inline void LoadPairs(const uint8_t *y, const uint8_t *u, const uint8_t *v, int64_t p,
+                      __m128i out[4]) {
+  static_assert(kPre == 0 || kPre == 8);
+  const __m128i zero = _mm_setzero_si128(), luma = x86::Load(y + 2 * p);
+  const __m128i uv = _mm_unpacklo_epi8(x86::Load64(u + p), x86::Load64(v + p));
+  const __m128i first = kChromaFirst ? uv : luma, second = kChromaFirst ? luma : uv;
+  const __m128i bytes[2] = {_mm_unpacklo_epi8(first, second), _mm_unpackhi_epi8(first, second)};
+  for (int k = 0; k < 2; ++k) {
+    out[2 * k] = kPre ? _mm_unpacklo_epi8(zero, bytes[k]) : _mm_unpacklo_epi8(bytes[k], zero);
+    out[2 * k + 1] = kPre ? _mm_unpackhi_epi8(zero, bytes[k]) : _mm_unpackhi_epi8(bytes[k], zero);
+  }
 }
 
 // Hands the rest of a pair row to the portable routine from pair `done` on
@@ -114,14 +135,14 @@ inline void PairTail(int32_t count, int64_t done, Tail tail) {
 // shifted by kShift; chroma first in each half pair when kChromaFirst (UYVY).
 template <bool kChromaFirst, int kShift, auto kTail, class D, class S>
 void PlanarToPacked(D *dst, const S *srcY, const S *srcU, const S *srcV, int32_t count) {
+  constexpr int kPre = sizeof(S) == 1 && kShift >= 8 ? 8 : 0;
   const int64_t pairs = count / 2;
   int64_t p = 0;
   for (; p + kPairs <= pairs; p += kPairs) {
-    const __m128i y[2] = {Samples8(srcY + 2 * p), Samples8(srcY + 2 * p + 8)};
     __m128i out[4];
-    x86::InterleavePairs<kChromaFirst>(y, Samples8(srcU + p), Samples8(srcV + p), out);
-    Store16<kShift>(dst + 4 * p, out[0], out[1]);
-    Store16<kShift>(dst + 4 * p + 16, out[2], out[3]);
+    LoadPairs<kChromaFirst, kPre>(srcY, srcU, srcV, p, out);
+    Store16<kShift - kPre>(dst + 4 * p, out[0], out[1]);
+    Store16<kShift - kPre>(dst + 4 * p + 16, out[2], out[3]);
   }
   PairTail(count, p, [&](int64_t at, int32_t rest) {
     kTail(dst + 4 * at, srcY + 2 * at, srcU + at, srcV + at, rest);
@@ -155,11 +176,12 @@ void PackedToPlanar(D *dstY, D *dstU, D *dstV, const uint16_t *src, int32_t coun
 template <bool kSwap, auto kTail>
 void PackedToBytes(uint8_t *dst, const uint16_t *src, int32_t count) {
   constexpr int kBlockPairs = 4;
-  const auto order = [](__m128i s) { return kSwap ? SwapLanes(s) : s; };
   const int64_t pairs = count / 2;
   int64_t p = 0;
-  for (; p + kBlockPairs <= pairs; p += kBlockPairs)
-    Store16<-8>(dst + 4 * p, order(x86::Load(src + 4 * p)), order(x86::Load(src + 4 * p + 8)));
+  for (; p + kBlockPairs <= pairs; p += kBlockPairs) {
+    const __m128i bytes = Narrow<-8>(x86::Load(src + 4 * p), x86::Load(src + 4 * p + 8));
+    x86::Store(dst + 4 * p, kSwap ? x86::SwapBytes(bytes) : bytes);
+  }
   PairTail(count, p, [&](int64_t at, int32_t rest) { kTail(dst + 4 * at, src + 4 * at, rest); });
 }
 

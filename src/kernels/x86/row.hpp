@@ -48,6 +48,11 @@ inline T *Advance(T *p, int64_t bytes) {
   return reinterpret_cast<T *>(reinterpret_cast<Byte *>(p) + bytes);
 }
 
+// Neighbouring bytes exchanged (the two bytes of every 16-bit lane).
+inline __m128i SwapBytes(__m128i s) {
+  return _mm_or_si128(_mm_srli_epi16(s, 8), _mm_slli_epi16(s, 8));
+}
+
 // 8 pairs of planar 4:2:2 samples in 16-bit lanes (luma y[0], y[1]; chroma
 // u, v) as 32 samples of packed pairs in out[0..3]: Y0 U Y1 V, or U Y0 V Y1
 // when kChromaFirst.
