@@ -55,36 +55,24 @@ inline void Split16(uint8_t *dst, const __m128i s[4]) {
              _mm_packus_epi16(_mm_srli_epi16(s[2], 8), _mm_srli_epi16(s[3], 8)), low);
 }
 
-// 8-bit samples (value << 2): the bytes themselves, low parts zero; the
-// bytes of each pair exchanged when kSwap.
-template <bool kSwap, auto kTail>
-void PackBytes(uint8_t *dst, const uint8_t *src, int32_t count) {
+// 8-bit samples moved into 8+2 blocks (kPack: value << 2, low parts zero) or
+// out of them (kPack false: the high bytes only, the low parts skipped
+// unread), each pair's bytes exchanged when kSwap.
+template <bool kPack, bool kSwap, auto kTail>
+void MoveBytes(uint8_t *dst, const uint8_t *src, int32_t count) {
   const auto order = [](__m128i s) { return kSwap ? SwapBytes(s) : s; };
   EachBlock(
       count,
       [&](int64_t at, int64_t bytes) {
-        StoreBlock(dst + bytes, order(x86::Load(src + at)), order(x86::Load(src + at + 16)),
-                   _mm_setzero_si128());
+        const int64_t to = kPack ? bytes : at, from = kPack ? at : bytes;
+        const __m128i high0 = x86::Load(src + from), high1 = x86::Load(src + from + 16);
+        x86::Store(dst + to, order(high0));
+        x86::Store(dst + to + 16, order(high1));
+        if constexpr (kPack) x86::Store64(dst + to + 32, _mm_setzero_si128());
       },
       [&](int64_t at, int64_t bytes) {
-        kTail(dst + bytes, src + at, static_cast<int32_t>(count - at));
-      });
-}
-
-// The high bytes only (the low parts are skipped unread), each pair's bytes
-// exchanged when kSwap.
-template <bool kSwap, auto kTail>
-void UnpackBytes(uint8_t *dst, const uint8_t *src, int32_t count) {
-  const auto order = [](__m128i s) { return kSwap ? SwapBytes(s) : s; };
-  EachBlock(
-      count,
-      [&](int64_t at, int64_t bytes) {
-        const __m128i high0 = x86::Load(src + bytes), high1 = x86::Load(src + bytes + 16);
-        x86::Store(dst + at, order(high0));
-        x86::Store(dst + at + 16, order(high1));
-      },
-      [&](int64_t at, int64_t bytes) {
-        kTail(dst + at, src + bytes, static_cast<int32_t>(count - at));
+        const int64_t to = kPack ? bytes : at, from = kPack ? at : bytes;
+        kTail(dst + to, src + from, static_cast<int32_t>(count - at));
       });
 }
 
@@ -136,19 +124,19 @@ void sse2::Join8Plus2To16_Row(uint16_t *dst, const uint8_t *src, int32_t count) 
 }
 
 void sse2::Pack8To8Plus2_Row(uint8_t *dst, const uint8_t *src, int32_t count) {
-  PackBytes<false, portable::Pack8To8Plus2_Row>(dst, src, count);
+  MoveBytes<true, false, portable::Pack8To8Plus2_Row>(dst, src, count);
 }
 
 void sse2::Pack8To8Plus2_SwapPairs_Row(uint8_t *dst, const uint8_t *src, int32_t count) {
-  PackBytes<true, portable::Pack8To8Plus2_SwapPairs_Row>(dst, src, count);
+  MoveBytes<true, true, portable::Pack8To8Plus2_SwapPairs_Row>(dst, src, count);
 }
 
 void sse2::Unpack8Plus2To8_Row(uint8_t *dst, const uint8_t *src, int32_t count) {
-  UnpackBytes<false, portable::Unpack8Plus2To8_Row>(dst, src, count);
+  MoveBytes<false, false, portable::Unpack8Plus2To8_Row>(dst, src, count);
 }
 
 void sse2::Unpack8Plus2To8_SwapPairs_Row(uint8_t *dst, const uint8_t *src, int32_t count) {
-  UnpackBytes<true, portable::Unpack8Plus2To8_SwapPairs_Row>(dst, src, count);
+  MoveBytes<false, true, portable::Unpack8Plus2To8_SwapPairs_Row>(dst, src, count);
 }
 
 // Planar 4:2:2: a block is 8 pairs interleaved Y0 U Y1 V; count / 2 whole
