@@ -34,10 +34,15 @@ inline __m128i Shift(__m128i s) {
   }
 }
 
-// 8 samples from p as 16-bit lanes.
-inline __m128i Samples8(const uint16_t *p) { return x86::Load(p); }
-inline __m128i Samples8(const uint8_t *p) {
-  return _mm_unpacklo_epi8(x86::Load64(p), _mm_setzero_si128());
+// 16 samples from p as 16-bit lanes, s[0] the first 8.
+inline void Samples16(const uint16_t *p, __m128i s[2]) {
+  s[0] = x86::Load(p);
+  s[1] = x86::Load(p + 8);
+}
+inline void Samples16(const uint8_t *p, __m128i s[2]) {
+  const __m128i bytes = x86::Load(p), zero = _mm_setzero_si128();
+  s[0] = _mm_unpacklo_epi8(bytes, zero);
+  s[1] = _mm_unpackhi_epi8(bytes, zero);
 }
 
 // 16 samples, a and b shifted by kShift, stored as D with a truncating cast.
@@ -190,8 +195,11 @@ void PackedToBytes(uint8_t *dst, const uint16_t *src, int32_t count) {
 template <int kShift, class D, class S>
 int64_t ShiftSamples(D *dst, const S *src, int64_t samples) {
   int64_t i = 0;
-  for (; i + kSamples <= samples; i += kSamples)
-    Store16<kShift>(dst + i, Samples8(src + i), Samples8(src + i + 8));
+  for (; i + kSamples <= samples; i += kSamples) {
+    __m128i s[2];
+    Samples16(src + i, s);
+    Store16<kShift>(dst + i, s[0], s[1]);
+  }
   return i;
 }
 
