@@ -234,7 +234,6 @@ struct YUV420_10Bit_2_YUV420_Frame {
 // second (bottom) field, whose chroma is sited towards its lower row: its rows
 // are walked upwards, as the frame walks walk the bottom field.
 struct YUV420_2_YUV422_UV_Field {
-  TQCS_DRIVER_NAMES(YUV420_2_YUV422_UV_Field);
   static constexpr const char16_t *kUnit = log::unit::kVideoColor;
   static void Single(uint8_t *dstU, int64_t dstUPitch, uint8_t *dstV, int64_t dstVPitch,
                      const uint8_t *srcU, int64_t srcUPitch, const uint8_t *srcV, int64_t srcVPitch,

@@ -257,7 +257,7 @@ Ref LeavingOutTheOddRow(Ref ref, int s, int d) {
 class Pairs : public ::testing::TestWithParam<std::tuple<int, int>> {};
 
 TEST_P(Pairs, EveryFormMatchesTheDirectCallOfWhatThePairMustReach) {
-  const auto [s, d] = GetParam();
+  const int s = std::get<0>(GetParam()), d = std::get<1>(GetParam());
   const Shape shapes[] = {{6, 4, 0, 0, 1}, {5, 5, 8, 1, 0}, {6, 10, 8, 0, 1},
                           {5, 9, 0, 1, 0}, {4, 3, 0, 0, 1}, {6, 4, 2, 1, 0}};
   uint32_t seed = 100;
