@@ -4,8 +4,6 @@
 // at an unreadable page and then starting right after one, tight and padded
 // pitches, both flips: nothing outside the rows the header describes may be
 // read or written, and the canaries between rows and planes must survive.
-#include <signal.h>
-#include <unistd.h>
 
 #include <cstdio>
 #include <cstring>
@@ -17,19 +15,11 @@ namespace {
 
 using namespace tqcs::video_test;
 using tqcs::test::AddRows;
+using tqcs::test::g_sweepCase;
 using tqcs::test::Guard;
 using tqcs::test::GuardedSet;
+using tqcs::test::ReportSweepFaults;
 using tqcs::test::Span;
-
-char g_current[160];
-void ReportFault(int sig) {
-  const char prefix[] = "\nfault in dispatcher guard sweep: ";
-  (void)!write(2, prefix, sizeof prefix - 1);
-  (void)!write(2, g_current, strnlen(g_current, sizeof g_current));
-  (void)!write(2, "\n", 1);
-  signal(sig, SIG_DFL);
-  raise(sig);
-}
 
 bool Planar(int code) { return code == 8 || code == 9; }
 int64_t RowBytes(int code, int64_t w) {
@@ -65,8 +55,7 @@ class DispatchGuardSweep : public ::testing::TestWithParam<int> {};
 
 TEST_P(DispatchGuardSweep, NoByteOutsideTheDescribedBuffersIsTouched) {
   const int s = GetParam();
-  signal(SIGSEGV, ReportFault);
-  signal(SIGBUS, ReportFault);
+  ReportSweepFaults();
   LogCapture log;
   for (Guard guard : {Guard::After, Guard::Before}) {
     GuardedSet set(guard, 9, 4 * 4096);
@@ -77,7 +66,7 @@ TEST_P(DispatchGuardSweep, NoByteOutsideTheDescribedBuffersIsTouched) {
             for (int32_t h : kHeights)
               for (int padded = 0; padded < 2; ++padded)
                 for (uint8_t flip = 0; flip < 2; ++flip) {
-                  std::snprintf(g_current, sizeof g_current,
+                  std::snprintf(g_sweepCase, sizeof g_sweepCase,
                                 "%d to %d form %d%s w %d h %d padded %d flip %d guard %s", s, d,
                                 int{f}, descriptors ? " (descriptors)" : "", w, h, padded,
                                 int{flip}, guard == Guard::After ? "after" : "before");
@@ -127,7 +116,8 @@ TEST_P(DispatchGuardSweep, NoByteOutsideTheDescribedBuffersIsTouched) {
                   }
                   for (size_t k : outputs)
                     if (!set.CanariesIntact(k)) {
-                      ADD_FAILURE() << g_current << ": buffer " << k << " written outside its rows";
+                      ADD_FAILURE()
+                          << g_sweepCase << ": buffer " << k << " written outside its rows";
                       return;
                     }
                   log.clear();
