@@ -22,8 +22,7 @@ namespace {
 
 using namespace layouts;
 
-constexpr int32_t kWidths[] = {1,  2,  3,  4,  5,  6,  7,  8,  9,  10, 11, 12,
-                               13, 14, 15, 16, 17, 23, 24, 31, 32, 33, 40};
+constexpr int32_t kWidths[] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 16, 17, 31, 33, 40};
 constexpr size_t kBuffers = 9, kCapacity = 4 * 4096;
 
 class GuardSweep : public ::testing::TestWithParam<SlotRef> {};

@@ -49,6 +49,8 @@ class GuardedSet {
 
   // Places buffer i against its guard page and returns its first byte.
   uint8_t *Place(size_t i, std::vector<Span> spans, uint32_t seed) {
+    std::sort(spans.begin(), spans.end(),
+              [](const Span &a, const Span &b) { return a.offset < b.offset; });
     const int64_t extent = Extent(spans);
     uint8_t *base = arenas_[i]->Reframe(static_cast<size_t>(extent));
     std::fill_n(base, extent, kCanary);
@@ -64,12 +66,16 @@ class GuardedSet {
 
   // True while every byte of buffer i outside its rows holds the canary.
   bool CanariesIntact(size_t i) const {
-    const PageGuarded &a = *arenas_[i];
-    std::vector<bool> row(a.size(), false);
-    for (const Span &s : spans_[i]) std::fill_n(row.begin() + s.offset, s.length, true);
-    for (size_t k = 0; k < a.size(); ++k)
-      if (!row[k] && a.data()[k] != kCanary) return false;
-    return true;
+    const uint8_t *base = arenas_[i]->data();
+    int64_t at = 0;  // the spans are sorted: check the gaps between them
+    auto canaries = [&](int64_t from, int64_t to) {
+      return std::all_of(base + from, base + to, [](uint8_t b) { return b == kCanary; });
+    };
+    for (const Span &s : spans_[i]) {
+      if (s.offset > at && !canaries(at, s.offset)) return false;
+      at = std::max(at, s.offset + s.length);
+    }
+    return canaries(at, static_cast<int64_t>(arenas_[i]->size()));
   }
 
  private:
