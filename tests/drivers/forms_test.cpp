@@ -197,6 +197,41 @@ TEST_P(Forms, ComposeOfTheSourceFieldsGivesTheFrameForm) {
   }
 }
 
+// With flip, a _Split reads the frame bottom-up and a _Compose writes it
+// bottom-up: for an even height the fields are those of the flipped frame, and
+// composing the source's fields gives the flipped frame.
+TEST_P(Forms, SplitAndComposeUnderFlipMatchTheFlippedFrame) {
+  if (c.src420 || c.dst420) GTEST_SKIP() << "4:2:0 fields are images of their own";
+  for (int32_t h : {MinHeight(), 10}) {
+    for (int32_t w : {6, 7}) {
+      Image src = Source(w, h, 51 + h + w);
+      const Image flipped = Frame(src, w, h, 1);
+      Image f1(c.dst(w, h / 2), 8), f2(c.dst(w, h / 2), 8);
+      split.call(Join({f1.Args(), f2.Args(), src.Args()}), w, h, With(c.options, 1));
+      ASSERT_TRUE(f1.PadsIntact() && f2.PadsIntact()) << c.base;
+      for (size_t p = 0; p < flipped.planes(); ++p)
+        for (int64_t y = 0; y + 1 < Rows(flipped, p); y += 2) {
+          EXPECT_EQ(f1.Row(p, y / 2), flipped.Row(p, y)) << c.base << " split row " << y;
+          EXPECT_EQ(f2.Row(p, y / 2), flipped.Row(p, y + 1)) << c.base << " split row " << y + 1;
+        }
+      Image s1(c.src(w, h / 2), 8), s2(c.src(w, h / 2), 8);
+      std::vector<PlaneArg> a = s1.Args(), b = s2.Args();
+      for (size_t p = 0; p < a.size(); ++p)
+        for (int64_t y = 0; y < Rows(src, p); ++y) {
+          const auto row = src.Row(p, y);
+          PlaneArg &to = ((y & 1) ? b : a)[p];
+          std::copy(row.begin(), row.end(), to.p + (y / 2) * to.pitch);
+        }
+      Image dst(c.dst(w, h), 16);
+      compose.call(Join({dst.Args(), s1.Args(), s2.Args()}), w, h, With(c.options, 1));
+      ASSERT_TRUE(dst.PadsIntact()) << c.base;
+      for (size_t p = 0; p < dst.planes(); ++p)
+        for (int64_t y = 0; y < Rows(dst, p); ++y)
+          EXPECT_EQ(dst.Row(p, y), flipped.Row(p, y)) << c.base << " compose row " << y;
+    }
+  }
+}
+
 TEST_P(Forms, FlipMirrorsTheFrame) {
   for (int32_t h : {8, 12}) {
     for (int32_t w : {6, 7}) {
