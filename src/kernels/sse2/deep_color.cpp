@@ -16,6 +16,7 @@ namespace {
 using x86::Load;
 using x86::Load32;
 using x86::Load64;
+using x86::ShiftWords;
 using x86::Store;
 using x86::Store64;
 using Index = std::ptrdiff_t;
@@ -33,19 +34,6 @@ inline __m128i Words(short w0, short w1, short w2, short w3) {
 
 // Words 0-2 of each pixel kept, word 3 cleared.
 inline __m128i Colour(__m128i v) { return _mm_and_si128(v, Words(-1, -1, -1, 0)); }
-
-// A depth change on every word: left by kShift bits when positive, right
-// (logical) when negative.
-template <int kShift>
-inline __m128i ShiftWords(__m128i v) {
-  if constexpr (kShift > 0) {
-    return _mm_slli_epi16(v, kShift);
-  } else if constexpr (kShift < 0) {
-    return _mm_srli_epi16(v, -kShift);
-  } else {
-    return v;
-  }
-}
 
 // Components 0 and 2 of every pixel exchanged.
 inline __m128i SwapRB(__m128i v) {

@@ -21,19 +21,6 @@ constexpr int kPairs = 8;
 // Samples per block of the single-plane kernels.
 constexpr int kSamples = 16;
 
-// A depth change of every 16-bit lane: left by kShift bits when positive,
-// right when negative.
-template <int kShift>
-inline __m128i Shift(__m128i s) {
-  if constexpr (kShift > 0) {
-    return _mm_slli_epi16(s, kShift);
-  } else if constexpr (kShift < 0) {
-    return _mm_srli_epi16(s, -kShift);
-  } else {
-    return s;
-  }
-}
-
 // 16 samples from p as 16-bit lanes, s[0] the first 8.
 inline void Samples16(const uint16_t *p, __m128i s[2]) {
   s[0] = x86::Load(p);
@@ -48,16 +35,16 @@ inline void Samples16(const uint8_t *p, __m128i s[2]) {
 // 16 samples, a and b shifted by kShift, stored as D with a truncating cast.
 template <int kShift>
 inline void Store16(uint16_t *p, __m128i a, __m128i b) {
-  x86::Store(p, Shift<kShift>(a));
-  x86::Store(p + 8, Shift<kShift>(b));
+  x86::Store(p, x86::ShiftWords<kShift>(a));
+  x86::Store(p + 8, x86::ShiftWords<kShift>(b));
 }
 
 // The low byte of every lane of a and b (a shift of 8 or more to the right
 // leaves nothing above it to mask).
 template <int kShift>
 inline __m128i Narrow(__m128i a, __m128i b) {
-  a = Shift<kShift>(a);
-  b = Shift<kShift>(b);
+  a = x86::ShiftWords<kShift>(a);
+  b = x86::ShiftWords<kShift>(b);
   if constexpr (kShift > -8) {
     const __m128i low = _mm_set1_epi16(0xFF);
     a = _mm_and_si128(a, low);
@@ -74,8 +61,8 @@ inline void Store16(uint8_t *p, __m128i a, __m128i b) {
 // 8 samples each to two rows (the U and V rows of a block), shifted by kShift.
 template <int kShift>
 inline void StoreHalves(uint16_t *u, uint16_t *v, __m128i a, __m128i b) {
-  x86::Store(u, Shift<kShift>(a));
-  x86::Store(v, Shift<kShift>(b));
+  x86::Store(u, x86::ShiftWords<kShift>(a));
+  x86::Store(v, x86::ShiftWords<kShift>(b));
 }
 
 template <int kShift>

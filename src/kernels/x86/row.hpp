@@ -66,6 +66,19 @@ inline void InterleavePairs(const __m128i y[2], __m128i u, __m128i v, __m128i ou
   }
 }
 
+// A depth change of every 16-bit lane: left by kShift bits when positive,
+// right (logical) when negative.
+template <int kShift>
+inline __m128i ShiftWords(__m128i v) {
+  if constexpr (kShift > 0) {
+    return _mm_slli_epi16(v, kShift);
+  } else if constexpr (kShift < 0) {
+    return _mm_srli_epi16(v, -kShift);
+  } else {
+    return v;
+  }
+}
+
 // The number of whole blocks of kBlock units in `count` units (0 for counts
 // below one block, and for negative counts).
 template <int kBlock>
