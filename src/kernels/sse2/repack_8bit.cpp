@@ -176,11 +176,14 @@ template <class Writer>
 Index YUVAToPairs(Writer dst, const uint8_t *src, int32_t count, uint8_t *dstKey = nullptr) {
   Index i = 0;
   for (; i + 32 <= count; i += 32) {
-    dst.Write(i / 2, ReadYUVA(src + 4 * i));
+    // Everything is read before anything is stored.
+    const Pairs16 s = ReadYUVA(src + 4 * i);
     if (dstKey != nullptr) {
-      Store(dstKey + i, FourthBytes16(src + 4 * i));
-      Store(dstKey + i + 16, FourthBytes16(src + 4 * i + 64));
+      const __m128i k0 = FourthBytes16(src + 4 * i), k1 = FourthBytes16(src + 4 * i + 64);
+      Store(dstKey + i, k0);
+      Store(dstKey + i + 16, k1);
     }
+    dst.Write(i / 2, s);
   }
   return i;
 }
