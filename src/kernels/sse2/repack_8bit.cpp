@@ -1,10 +1,13 @@
 // SSE2 8-bit repacking kernels: 4:2:2 <-> 4:4:4 and packed <-> planar moves,
-// 24/32-bit RGB repacks and swaps, HSV and histograms.
+// 24/32-bit RGB repacks and swaps, HSV and histograms, chroma plane
+// (de)interleaving and doubling, and zero fills.
 //
 // The 4:2:2 families meet in one register form, sixteen pairs held as luma
 // vectors and interleaved chroma vectors (Pairs16); readers build it from a
 // layout and writers store it into one, so every slot of a family is one
-// reader and one writer around the same body.
+// reader and one writer around the same body. Where alpha comes from (an
+// argument or a key plane) and whether the odd pixel's chroma mean rounds
+// are policies of the same bodies.
 #include <emmintrin.h>
 
 #include <array>
@@ -170,8 +173,7 @@ inline __m128i FourthBytes16(const uint8_t *src) {
 }
 
 // Returns the pixels done (a multiple of 32); an odd tail is the portable
-// routine's.
-// With a key plane, every pixel's alpha is also copied there.
+// routine's. With a key plane, every pixel's alpha is also copied there.
 template <class Writer>
 Index YUVAToPairs(Writer dst, const uint8_t *src, int32_t count, uint8_t *dstKey = nullptr) {
   Index i = 0;
