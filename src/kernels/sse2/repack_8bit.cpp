@@ -52,6 +52,12 @@ struct PackedReader {
     }
     return s;
   }
+  // The chroma of pair p alone, U | V << 8 in lane 0.
+  __m128i Chroma(Index p) const {
+    const __m128i x = x86::Load32(src + 4 * p);
+    const __m128i c = kLumaFirst ? _mm_srli_epi16(x, 8) : _mm_and_si128(x, LowBytes16());
+    return _mm_packus_epi16(c, c);
+  }
 };
 
 template <bool kLumaFirst>
@@ -73,6 +79,7 @@ struct PlanarReader {
     return {{Load(y + 2 * p), Load(y + 2 * p + 16)},
             {_mm_unpacklo_epi8(cu, cv), _mm_unpackhi_epi8(cu, cv)}};
   }
+  __m128i Chroma(Index p) const { return _mm_cvtsi32_si128(u[p] | v[p] << 8); }
 };
 
 struct PlanarWriter {
@@ -143,10 +150,14 @@ Index PairsToYUVA(uint8_t *dst, Reader src, int32_t count, Alpha alpha) {
   const Index pairs = count / 2;
   Index p = 0;
   for (; p + 17 <= pairs; p += 16) {
-    const Pairs16 s = src.Read(p), next = src.Read(p + 1);
+    const Pairs16 s = src.Read(p);
+    // The chroma of pairs p + 1 to p + 16.
+    const __m128i next[2] = {
+        _mm_or_si128(_mm_srli_si128(s.uv[0], 2), _mm_slli_si128(s.uv[1], 14)),
+        _mm_or_si128(_mm_srli_si128(s.uv[1], 2), _mm_slli_si128(src.Chroma(p + 16), 14))};
     for (int h = 0; h < 2; ++h) {
       const __m128i y = s.y[h], uv = s.uv[h];
-      const __m128i odd = Mean<kRound>(uv, next.uv[h]);
+      const __m128i odd = Mean<kRound>(uv, next[h]);
       const AlphaWords a = alpha(p, h);
       // Per pixel two words: Y | U << 8 and V | A << 8.
       const __m128i e0 = _mm_or_si128(_mm_and_si128(y, LowBytes16()), _mm_slli_epi16(uv, 8));
