@@ -47,8 +47,37 @@ enum {
 };
 
 /* Matrix selectors. Drivers accept every value below 4; 2 and negative values
- * pass the check but select no coefficient set. */
+ * pass the check but select no coefficient set, and a conversion that needs
+ * one then writes nothing (as the planar 4:2:2 destinations of RGB sources do
+ * for UHD: they know only HD and SD). */
 enum { TCS_MATRIX_HD = 0, TCS_MATRIX_SD = 1, TCS_MATRIX_UHD = 3 };
+
+/* What the caller's buffers must hold. Nothing outside these rows is read or
+ * written, whatever the arguments.
+ *
+ * Row lengths: width x bytes a pixel. A packed 4:2:2 row (YUYV or UYVY) is
+ * 2 x width bytes: with an odd width its last pixel is a half pair holding that
+ * pixel's Y and U (in YUYV order Y, U; in UYVY order U, Y); its V is not
+ * stored. Planar chroma rows hold width / 2 samples.
+ *
+ * Frames hold `height` rows (4:2:0 chroma planes height / 2). Field buffers of
+ * the _Split and _Compose forms, with H the frame height:
+ *   - a split writes (H + 1) / 2 rows into each field where an odd last frame
+ *     row is converted into field 1 and copied into field 2; otherwise field 1
+ *     gets at most (H + 1) / 2 rows and field 2 H / 2;
+ *   - a compose reads at most (H + 1) / 2 rows of field 1 and H / 2 of field 2;
+ *   - the red/blue swap triples and the format-free field split and compose
+ *     leave an odd last frame row out: fields of H / 2 rows;
+ *   - a 4:2:0 field image of r rows has r / 2 chroma rows; the fields of a
+ *     4:2:0 frame being composed hold its chroma rows alternately.
+ * The dispatcher's field buffers of codes 8 and 9 are laid out for H / 2 rows
+ * (U after H / 2 luma rows): with an odd height their conversions run on
+ * H - 1 frame rows (the last H - 1 under flip), so the odd last row is left
+ * out, as the same-code field copies leave it out. Its packed field buffers
+ * (codes 0 to 7, 10) follow the driver rules above.
+ *
+ * A whole frame goes through one kernel call only when its pixel count fits a
+ * signed 32-bit count; larger frames are converted row by row. */
 
 /* Results of TCS_CheckAPIStu. */
 enum { TCS_CHECK_OK = 1, TCS_CHECK_NULL_SLOT = 10, TCS_CHECK_NULL_TABLE = -1 };

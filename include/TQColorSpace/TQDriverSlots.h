@@ -9,7 +9,8 @@
  * Planar images are passed plane by plane, Y then U then V, each plane as a
  * pointer and a signed byte pitch; a _Split takes field 1's planes, then field
  * 2's, then the source; a _Compose takes the frame's planes, then field 1's,
- * then field 2's.
+ * then field 2's. How many rows each buffer must hold, and how long a packed
+ * 4:2:2 row of odd width is, is set out in TQColorSpace.h.
  */
 #ifndef TQCOLORSPACE_DRIVER_SLOTS_H
 #define TQCOLORSPACE_DRIVER_SLOTS_H

@@ -13,6 +13,8 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
+#include <limits>
 #include <optional>
 #include <tuple>
 #include <type_traits>
@@ -156,6 +158,44 @@ YuvToRgbRows YuvToRgb(int32_t matrix);
 // True for the selectors that name a set.
 bool NamesASet(int32_t matrix);
 
+// Whether a conversion has coefficient rows to compute with: a selector that
+// names no set (2, negatives, or UHD where only HD and SD are known) passes the
+// checks but converts nothing.
+inline bool Usable(const RgbToYuvRows &r) { return r.y && r.u && r.v; }
+inline bool Usable(const YuvToRgbRows &t) { return t.rv && t.gu && t.gv && t.bu; }
+
+// A row operation when `ok`, none otherwise.
+template <class Row>
+std::optional<Row> RowIf(bool ok, Row row) {
+  return ok ? std::optional(row) : std::nullopt;
+}
+
+// The rule that picks the whole-image path: a frame goes through one kernel
+// call only when its count (width x height x units a pixel) fits the kernels'
+// signed 32-bit count; larger frames take the per-row path.
+inline bool FitsOneCall(int32_t width, int32_t height, int32_t unitsPerPixel = 1) {
+  return int64_t{width} * height * unitsPerPixel <= std::numeric_limits<int32_t>::max();
+}
+
+// Packed 4:2:2 rows written from full-resolution pixels. The kernels turn an
+// odd last pixel into a whole pair (4 bytes: its luma twice and its chroma),
+// while a row of odd width is 2 x width bytes long. The row operation is run on
+// the even part of the row, the lone pixel is converted into a scratch pair,
+// and only the pair's first two bytes (Y, U for YUYV; U, Y for UYVY) are
+// stored: the pixel keeps its luma and U, its V has no room in the row.
+template <class SrcLayout, class Row>
+auto WithinOddRow(Row row) {
+  return [row](Rows d, Rows s, int32_t n) {
+    if (n < 1 || !(n & 1)) return row(d, s, n);
+    if (n > 1) row(d, s, n - 1);
+    uint8_t pair[4];
+    uint8_t *const dTail[] = {pair};
+    uint8_t *const sTail[] = {s[0] + SrcLayout::RowBytes(0, n - 1)};
+    row(dTail, sTail, 1);
+    std::memcpy(d[0] + 2 * int64_t{n - 1}, pair, 2);
+  };
+}
+
 // ---------------------------------------------------------------------------
 // Working buffers of the 4:2:0 conversions: allocated per call, released on
 // every path. The allocator is replaceable so tests can make it fail.
@@ -217,11 +257,8 @@ void WalkFrame(std::array<Plane, ND> dst, std::array<Plane, NS> src, int32_t wid
     if (Conv::kFrameFlip == Side::kSource) TurnUpsideDown(src, height);
     if (Conv::kFrameFlip == Side::kDestination) TurnUpsideDown(dst, height);
   }
-  if (NaturalPitches<Conv>(dst, src, width)) {
-    // The count is a 32-bit product, as the kernels take it.
-    const auto count =
-        static_cast<int32_t>(static_cast<uint32_t>(width) * static_cast<uint32_t>(height));
-    row(RowsAt(dst, 0).data(), RowsAt(src, 0).data(), count);
+  if (NaturalPitches<Conv>(dst, src, width) && FitsOneCall(width, height)) {
+    row(RowsAt(dst, 0).data(), RowsAt(src, 0).data(), width * height);
     return;
   }
   for (int32_t y = 0; y < height; ++y) row(RowsAt(dst, y).data(), RowsAt(src, y).data(), width);

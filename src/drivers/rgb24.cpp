@@ -1,4 +1,6 @@
 // Drivers of the RGB24 source (root sub-table 2).
+#include <algorithm>
+#include <cstring>
 #include <optional>
 
 #include "drivers/driver_tables.hpp"
@@ -37,12 +39,12 @@ struct RGB24_2_YUVA : Generic<RGB24_2_YUVA> {
   static bool OptionsPass(Form f, int32_t matrix, uint8_t, uint8_t) {
     return f == Form::kFrame || MatrixBelow4(matrix);
   }
-  static auto MakeRow(Form f, int32_t matrix, uint8_t order, uint8_t alpha) {
+  static auto MakeRow(Form, int32_t matrix, uint8_t order, uint8_t alpha) {
     const RgbToYuvRows r = RgbToYuv(matrix, order);
     auto row = [=](Rows d, Rows s, int32_t n) {
       Kernels().RGB24_2_YUVA_Row(d[0], s[0], n, alpha, r.y, r.u, r.v);
     };
-    return f == Form::kFrame && !NamesASet(matrix) ? std::nullopt : std::optional(row);
+    return RowIf(Usable(r), row);
   }
 };
 
@@ -57,8 +59,9 @@ struct RGB24_2_YUV16 : Generic<RGB24_2_YUV16> {
     const auto kernel =
         packing ? &TCS_KernelTable::RGB24_2_UYVY_Row : &TCS_KernelTable::RGB24_2_YUYV_Row;
     const RgbToYuvRows r = RgbToYuv(matrix, order);
-    return std::optional(
-        [=](Rows d, Rows s, int32_t n) { (Kernels().*kernel)(d[0], s[0], n, r.y, r.u, r.v); });
+    return RowIf(Usable(r), WithinOddRow<Src>([=](Rows d, Rows s, int32_t n) {
+                   (Kernels().*kernel)(d[0], s[0], n, r.y, r.u, r.v);
+                 }));
   }
 };
 
@@ -72,7 +75,7 @@ struct RGB24_2_YUV422 : Generic<RGB24_2_YUV422> {
   static bool OptionsPass(Form, int32_t matrix, uint8_t) { return MatrixBelow4(matrix); }
   static auto MakeRow(Form, int32_t matrix, uint8_t order) {
     const RgbToYuvRows r = RgbToYuvHdSd(matrix, order);
-    return std::optional([=](Rows d, Rows s, int32_t n) {
+    return RowIf(Usable(r), [=](Rows d, Rows s, int32_t n) {
       Kernels().RGB24_2_YUV422_Row(d[0], d[1], d[2], s[0], n, r.y, r.u, r.v);
     });
   }
@@ -91,6 +94,9 @@ struct RGB24_2_YUV420 : RgbToYUV420<RGB24_2_YUV420, Packed<3>> {
 TQCS_NAMES_OF(RGB24_2_YUV);
 
 // 18-20: to hue (16-bit), saturation and value planes; silent, pitches untested.
+// The kernel stores hues as 16-bit values: a hue row at an odd address (an odd
+// pitch, or an odd base) is converted in runs into an aligned buffer on the
+// stack and copied out byte-wise.
 struct RGB24_2_HSV : Generic<RGB24_2_HSV> {
   TQCS_DRIVER_NAMES(RGB24_2_HSV);
   using Dst = HSVPlanes;
@@ -101,7 +107,15 @@ struct RGB24_2_HSV : Generic<RGB24_2_HSV> {
     const auto kernel =
         order ? &TCS_KernelTable::BGR24_2_HSV_Row : &TCS_KernelTable::RGB24_2_HSV_Row;
     return std::optional([=](Rows d, Rows s, int32_t n) {
-      (Kernels().*kernel)(reinterpret_cast<uint16_t *>(d[0]), d[1], d[2], s[0], n);
+      if (reinterpret_cast<uintptr_t>(d[0]) % alignof(uint16_t) == 0)
+        return (Kernels().*kernel)(reinterpret_cast<uint16_t *>(d[0]), d[1], d[2], s[0], n);
+      constexpr int32_t kRun = 256;
+      uint16_t hue[kRun];
+      for (int32_t i = 0; i < n; i += kRun) {
+        const int32_t k = std::min(kRun, n - i);
+        (Kernels().*kernel)(hue, d[1] + i, d[2] + i, s[0] + 3 * int64_t{i}, k);
+        std::memcpy(d[0] + 2 * int64_t{i}, hue, 2 * static_cast<size_t>(k));
+      }
     });
   }
 };
@@ -129,10 +143,8 @@ struct RGB24_Histogram {
                      int64_t srcPitch, int32_t width, int32_t height, uint8_t order) {
     if (!hist0 || !hist1 || !hist2 || !src || width < 1 || height < 1) return;
     if (order) std::swap(hist0, hist2);
-    if (srcPitch == 3 * int64_t{width}) {
-      const auto count =
-          static_cast<int32_t>(static_cast<uint32_t>(width) * static_cast<uint32_t>(height));
-      Kernels().RGB24_Histogram_Row(hist0, hist1, hist2, src, count);
+    if (srcPitch == 3 * int64_t{width} && FitsOneCall(width, height)) {
+      Kernels().RGB24_Histogram_Row(hist0, hist1, hist2, src, width * height);
       return;
     }
     const Plane plane{const_cast<uint8_t *>(src), srcPitch};

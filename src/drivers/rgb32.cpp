@@ -36,7 +36,7 @@ struct RGB32_2_YUVA : Generic<RGB32_2_YUVA, SilentRGB32> {
   static constexpr Fast kFast = Fast::kNatural;
   static auto MakeRow(Form, int32_t matrix, uint8_t order) {
     const RgbToYuvRows r = RgbToYuv(matrix, order);
-    return std::optional([=](Rows d, Rows s, int32_t n) {
+    return RowIf(Usable(r), [=](Rows d, Rows s, int32_t n) {
       Kernels().RGB32_2_YUVA_Row(d[0], s[0], n, r.y, r.u, r.v);
     });
   }
@@ -51,8 +51,9 @@ struct RGB32_2_YUV16 : Generic<RGB32_2_YUV16, SilentRGB32> {
     const auto kernel =
         packing ? &TCS_KernelTable::RGB32_2_UYVY_Row : &TCS_KernelTable::RGB32_2_YUYV_Row;
     const RgbToYuvRows r = RgbToYuvPairs(matrix, order);
-    return std::optional(
-        [=](Rows d, Rows s, int32_t n) { (Kernels().*kernel)(d[0], s[0], n, r.y, r.u, r.v); });
+    return RowIf(Usable(r), WithinOddRow<Src>([=](Rows d, Rows s, int32_t n) {
+                   (Kernels().*kernel)(d[0], s[0], n, r.y, r.u, r.v);
+                 }));
   }
 };
 
@@ -62,7 +63,7 @@ struct RGB32_2_YUV422 : Generic<RGB32_2_YUV422, SilentRGB32> {
   using Dst = Planar422<1>;
   static auto MakeRow(Form, int32_t matrix, uint8_t order) {
     const RgbToYuvRows r = RgbToYuvHdSd(matrix, order);
-    return std::optional([=](Rows d, Rows s, int32_t n) {
+    return RowIf(Usable(r), [=](Rows d, Rows s, int32_t n) {
       Kernels().RGB32_2_YUV422_Row(d[0], d[1], d[2], s[0], n, r.y, r.u, r.v);
     });
   }

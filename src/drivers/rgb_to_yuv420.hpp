@@ -21,6 +21,7 @@ struct RgbToYUV420 : Defaults {
     const auto all = std::forward_as_tuple(rest...);
     constexpr size_t n = sizeof...(Rest);
     const RgbToYuvRows rows = RgbToYuv(std::get<n - 2>(all), std::get<n - 1>(all));
+    if (!Usable(rows)) return;
     uint8_t *memory =
         ScratchOrRecord<Self>(F, 2 * static_cast<size_t>(width), log::msg::kOutOfMemory);
     if (!memory) return;

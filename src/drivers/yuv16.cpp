@@ -54,7 +54,7 @@ struct YUV16_2_RGB32 : Generic<YUV16_2_RGB32, FromYUV16> {
     const auto kernel = ByOrders(packing, order, &T::YUYV_2_RGB32_Row, &T::YUYV_2_BGR32_Row,
                                  &T::UYVY_2_RGB32_Row, &T::UYVY_2_BGR32_Row);
     const YuvToRgbRows t = YuvToRgb(matrix);
-    return std::optional([=](Rows d, Rows s, int32_t n) {
+    return RowIf(Usable(t), [=](Rows d, Rows s, int32_t n) {
       (Kernels().*kernel)(d[0], s[0], n, alpha, t.rv, t.gu, t.gv, t.bu);
     });
   }
@@ -70,7 +70,7 @@ struct YUV16_2_RGB24 : Generic<YUV16_2_RGB24, FromYUV16> {
     const auto kernel = ByOrders(packing, order, &T::YUYV_2_RGB24_Row, &T::YUYV_2_BGR24_Row,
                                  &T::UYVY_2_RGB24_Row, &T::UYVY_2_BGR24_Row);
     const YuvToRgbRows t = YuvToRgb(matrix);
-    return std::optional([=](Rows d, Rows s, int32_t n) {
+    return RowIf(Usable(t), [=](Rows d, Rows s, int32_t n) {
       (Kernels().*kernel)(d[0], s[0], n, t.rv, t.gu, t.gv, t.bu);
     });
   }

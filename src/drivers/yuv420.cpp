@@ -31,8 +31,10 @@ struct FromYUV420 : Defaults {
   static void Walk(int32_t width, int32_t height, uint8_t flip, const Rest &...rest) {
     const auto all = std::forward_as_tuple(rest...);
     constexpr size_t kImages = F == Form::kFrame ? 2 : 3;
-    const auto row = std::apply([](auto... o) { return Self::MakeRow(F, o...); },
-                                Slice<kImages, sizeof...(Rest)>(all));
+    const auto made = std::apply([](auto... o) { return Self::MakeRow(F, o...); },
+                                 Slice<kImages, sizeof...(Rest)>(all));
+    if (!made) return;
+    const auto &row = *made;
     uint8_t *memory = ScratchOrRecord<Self>(F, Self::ScratchBytes(width), Self::kScratchFailure);
     if (!memory) return;
     const ChromaScratch s{memory, width};
@@ -86,10 +88,10 @@ struct YUV420_2_RGB32 : FromYUV420<YUV420_2_RGB32> {
     const auto kernel =
         order ? &TCS_KernelTable::YUV422_2_BGR32_Row : &TCS_KernelTable::YUV422_2_RGB32_Row;
     const YuvToRgbRows t = YuvToRgb(matrix);
-    return [=](uint8_t *d, const uint8_t *y, const uint8_t *u, const uint8_t *v, int32_t n,
-               const ChromaScratch &) {
+    return RowIf(Usable(t), [=](uint8_t *d, const uint8_t *y, const uint8_t *u, const uint8_t *v,
+                                int32_t n, const ChromaScratch &) {
       (Kernels().*kernel)(d, y, u, v, n, alpha, t.rv, t.gu, t.gv, t.bu);
-    };
+    });
   }
 };
 
@@ -102,9 +104,10 @@ struct YUV420_2_RGB24 : FromYUV420<YUV420_2_RGB24> {
     const auto kernel =
         order ? &TCS_KernelTable::YUV422_2_BGR24_Row : &TCS_KernelTable::YUV422_2_RGB24_Row;
     const YuvToRgbRows t = YuvToRgb(matrix);
-    return
-        [=](uint8_t *d, const uint8_t *y, const uint8_t *u, const uint8_t *v, int32_t n,
-            const ChromaScratch &) { (Kernels().*kernel)(d, y, u, v, n, t.rv, t.gu, t.gv, t.bu); };
+    return RowIf(Usable(t), [=](uint8_t *d, const uint8_t *y, const uint8_t *u, const uint8_t *v,
+                                int32_t n, const ChromaScratch &) {
+      (Kernels().*kernel)(d, y, u, v, n, t.rv, t.gu, t.gv, t.bu);
+    });
   }
 };
 
@@ -120,8 +123,9 @@ struct YUV420_2_YUV16 : FromYUV420<YUV420_2_YUV16> {
   static auto MakeRow(Form, uint8_t packing) {
     const auto kernel =
         packing ? &TCS_KernelTable::YUV422_2_UYVY_Row : &TCS_KernelTable::YUV422_2_YUYV_Row;
-    return [=](uint8_t *d, const uint8_t *y, const uint8_t *u, const uint8_t *v, int32_t n,
-               const ChromaScratch &) { (Kernels().*kernel)(d, y, u, v, n); };
+    return std::optional([=](uint8_t *d, const uint8_t *y, const uint8_t *u, const uint8_t *v,
+                             int32_t n,
+                             const ChromaScratch &) { (Kernels().*kernel)(d, y, u, v, n); });
   }
 };
 
@@ -145,12 +149,12 @@ struct YUV420_10Bit_2_YUV16 : FromYUV420<YUV420_10Bit_2_YUV16> {
   static auto MakeRow(Form, uint8_t packing) {
     const auto kernel =
         packing ? &TCS_KernelTable::YUV422_2_UYVY_Row : &TCS_KernelTable::YUV422_2_YUYV_Row;
-    return [=](uint8_t *d, const uint8_t *y, const uint8_t *u, const uint8_t *v, int32_t n,
-               const ChromaScratch &s) {
+    return std::optional([=](uint8_t *d, const uint8_t *y, const uint8_t *u, const uint8_t *v,
+                             int32_t n, const ChromaScratch &s) {
       uint8_t *luma = s.base + 2 * static_cast<size_t>(s.width);
       Kernels().Y10Bit_2_Y8_Row(luma, Samples(y), n);
       (Kernels().*kernel)(d, luma, u, v, n);
-    };
+    });
   }
 };
 
@@ -230,7 +234,6 @@ struct YUV420_10Bit_2_YUV420_Frame {
 // second (bottom) field, whose chroma is sited towards its lower row: its rows
 // are walked upwards, as the frame walks walk the bottom field.
 struct YUV420_2_YUV422_UV_Field {
-  TQCS_DRIVER_NAMES(YUV420_2_YUV422_UV_Field);
   static constexpr const char16_t *kUnit = log::unit::kVideoColor;
   static void Single(uint8_t *dstU, int64_t dstUPitch, uint8_t *dstV, int64_t dstVPitch,
                      const uint8_t *srcU, int64_t srcUPitch, const uint8_t *srcV, int64_t srcVPitch,

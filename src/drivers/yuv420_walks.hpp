@@ -106,6 +106,14 @@ struct FieldsView {
   }
 };
 
+// Deduction from the planes (aggregate deduction is not in every compiler).
+template <size_t N>
+FrameView(std::array<Plane, N>) -> FrameView<N>;
+template <size_t N>
+FieldView(std::array<Plane, N>, int64_t) -> FieldView<N>;
+template <size_t N>
+FieldsView(std::array<Plane, N>, std::array<Plane, N>) -> FieldsView<N>;
+
 // Turns a 4:2:0 image upside down: a luma plane (the first of three) over
 // `height` rows, the chroma planes over height / 2 rows.
 template <size_t N>

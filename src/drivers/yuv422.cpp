@@ -21,7 +21,7 @@ struct YUV422_2_RGB32 : Generic<YUV422_2_RGB32, From422> {
     const auto kernel =
         order ? &TCS_KernelTable::YUV422_2_BGR32_Row : &TCS_KernelTable::YUV422_2_RGB32_Row;
     const YuvToRgbRows t = YuvToRgb(matrix);
-    return std::optional([=](Rows d, Rows s, int32_t n) {
+    return RowIf(Usable(t), [=](Rows d, Rows s, int32_t n) {
       (Kernels().*kernel)(d[0], s[0], s[1], s[2], n, alpha, t.rv, t.gu, t.gv, t.bu);
     });
   }
@@ -36,7 +36,7 @@ struct YUV422_2_RGB24 : Generic<YUV422_2_RGB24, From422> {
     const auto kernel =
         order ? &TCS_KernelTable::YUV422_2_BGR24_Row : &TCS_KernelTable::YUV422_2_RGB24_Row;
     const YuvToRgbRows t = YuvToRgb(matrix);
-    return std::optional([=](Rows d, Rows s, int32_t n) {
+    return RowIf(Usable(t), [=](Rows d, Rows s, int32_t n) {
       (Kernels().*kernel)(d[0], s[0], s[1], s[2], n, t.rv, t.gu, t.gv, t.bu);
     });
   }

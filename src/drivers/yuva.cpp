@@ -20,7 +20,7 @@ struct YUVA_2_RGB32 : Generic<YUVA_2_RGB32, FromYUVA> {
     const auto kernel =
         order ? &TCS_KernelTable::YUVA_2_BGR32_Row : &TCS_KernelTable::YUVA_2_RGB32_Row;
     const YuvToRgbRows t = YuvToRgb(matrix);
-    return std::optional([=](Rows d, Rows s, int32_t n) {
+    return RowIf(Usable(t), [=](Rows d, Rows s, int32_t n) {
       (Kernels().*kernel)(d[0], s[0], n, t.rv, t.gu, t.gv, t.bu);
     });
   }
@@ -38,14 +38,14 @@ struct YUVA_2_RGB24 : Generic<YUVA_2_RGB24, FromYUVA> {
   static bool OptionsPass(Form f, int32_t matrix, uint8_t) {
     return f == Form::kFrame || MatrixBelow4(matrix);
   }
-  static auto MakeRow(Form f, int32_t matrix, uint8_t order) {
+  static auto MakeRow(Form, int32_t matrix, uint8_t order) {
     const auto kernel =
         order ? &TCS_KernelTable::YUVA_2_BGR24_Row : &TCS_KernelTable::YUVA_2_RGB24_Row;
     const YuvToRgbRows t = YuvToRgb(matrix);
     auto row = [=](Rows d, Rows s, int32_t n) {
       (Kernels().*kernel)(d[0], s[0], n, t.rv, t.gu, t.gv, t.bu);
     };
-    return f == Form::kFrame && !NamesASet(matrix) ? std::nullopt : std::optional(row);
+    return RowIf(Usable(t), row);
   }
 };
 
@@ -58,7 +58,8 @@ struct YUVA_2_YUV16 : Generic<YUVA_2_YUV16, FromYUVA> {
   static auto MakeRow(Form, uint8_t packing) {
     const auto kernel =
         packing ? &TCS_KernelTable::YUVA_2_UYVY_Row : &TCS_KernelTable::YUVA_2_YUYV_Row;
-    return std::optional([=](Rows d, Rows s, int32_t n) { (Kernels().*kernel)(d[0], s[0], n); });
+    return std::optional(
+        WithinOddRow<Src>([=](Rows d, Rows s, int32_t n) { (Kernels().*kernel)(d[0], s[0], n); }));
   }
 };
 

@@ -121,11 +121,47 @@ class ColorSpaceC : public ColorSpace {
                        int32_t) override;
 };
 
-// The SSE2 kernel object (sse2/colorspace_sse2.cpp). Operations without an
-// SSE2 body yet are inherited from the portable object, their exact reference.
+// The SSE2 kernel object (sse2/colorspace_sse2.cpp): every operation in
+// SSE2 blocks, the rest of each row by the portable object's operation.
 class ColorSpaceSSE2 : public ColorSpaceC {
  public:
+  void YUV411_2_YUYV(uint8_t *, const uint8_t *, const uint8_t *, const uint8_t *,
+                     int32_t) override;
+  void YUV411_2_UYVY(uint8_t *, const uint8_t *, const uint8_t *, const uint8_t *,
+                     int32_t) override;
+  void V210_2_YUV422(uint8_t *, uint8_t *, uint8_t *, const uint8_t *, int32_t) override;
+  void YUV422_2_V210(uint8_t *, const uint8_t *, const uint8_t *, const uint8_t *,
+                     int32_t) override;
+  void V210_2_YUV420(uint8_t *, int64_t, uint8_t *, uint8_t *, const uint8_t *, int64_t,
+                     int32_t) override;
   void RGB_2_YUV_Matrix(uint8_t *, const uint8_t *, const int16_t *, int32_t) override;
+  void YUYV_2_YUV422_16(uint16_t *, uint16_t *, uint16_t *, const uint8_t *, int32_t) override;
+  void UYVY_2_YUV422_16(uint16_t *, uint16_t *, uint16_t *, const uint8_t *, int32_t) override;
+  void Scale_Q14(uint8_t *, const uint8_t *, const int16_t *, int32_t) override;
+  void RGB48_2_YUYV16_Matrix(uint16_t *, const uint16_t *, const int16_t *, const int16_t *,
+                             int32_t) override;
+  void RGB48_2_UYVY16_Matrix(uint16_t *, const uint16_t *, const int16_t *, const int16_t *,
+                             int32_t) override;
+  void YUV422_2_YUV420_UV_Avg(uint8_t *, const uint8_t *, int64_t, int32_t) override;
+  void YUV422_16_2_YUV420_16_UV_Avg(uint16_t *, const uint16_t *, int64_t, int32_t) override;
+  void UV_Interpolate_4Tap(uint8_t *, const uint8_t *, int64_t, int32_t) override;
+  void UV_Interpolate_4Tap_16(uint16_t *, const uint16_t *, int64_t, int32_t) override;
+  void YUYV_2_YUV420_Avg(uint8_t *, int64_t, uint8_t *, uint8_t *, const uint8_t *, int64_t,
+                         int32_t) override;
+  void UYVY_2_YUV420_Avg(uint8_t *, int64_t, uint8_t *, uint8_t *, const uint8_t *, int64_t,
+                         int32_t) override;
+  void YUYV16_2_YUV420_16_Avg(uint16_t *, int64_t, uint16_t *, uint16_t *, const uint16_t *,
+                              int64_t, int32_t) override;
+  void UYVY16_2_YUV420_16_Avg(uint16_t *, int64_t, uint16_t *, uint16_t *, const uint16_t *,
+                              int64_t, int32_t) override;
+  void YUYV_2_YUV420_16(uint16_t *, int64_t, uint16_t *, uint16_t *, const uint8_t *, int64_t,
+                        int32_t) override;
+  void UYVY_2_YUV420_16(uint16_t *, int64_t, uint16_t *, uint16_t *, const uint8_t *, int64_t,
+                        int32_t) override;
+  void YUYV16_2_YUV420(uint8_t *, int64_t, uint8_t *, uint8_t *, const uint16_t *, int64_t,
+                       int32_t) override;
+  void UYVY16_2_YUV420(uint8_t *, int64_t, uint8_t *, uint8_t *, const uint16_t *, int64_t,
+                       int32_t) override;
 };
 
 // Selects (constructing on first need) the single instance of each class.

@@ -111,7 +111,14 @@ List SSE2List() {
 
       // sse2/planar16.cpp
       TQCS_SLOT(sse2, YUV422_10Bit_2_YUYV_Row), TQCS_SLOT(sse2, YUV422_10Bit_2_UYVY_Row),
-      TQCS_SLOT(sse2, Y10Bit_2_Y8_Row),
+      TQCS_SLOT(sse2, Y10Bit_2_Y8_Row), TQCS_SLOT(sse2, YUV422_16_2_YUYV16_Row),
+      TQCS_SLOT(sse2, YUV422_16_2_UYVY16_Row), TQCS_SLOT(sse2, YUYV16_2_YUYV_Row),
+      TQCS_SLOT(sse2, YUYV16_2_UYVY_Row), TQCS_SLOT(sse2, Y16_2_Y10_Row),
+      TQCS_SLOT(sse2, YUV422_2_YUYV16_Row), TQCS_SLOT(sse2, YUV422_2_UYVY16_Row),
+      TQCS_SLOT(sse2, YUYV16_2_YUV422_Row), TQCS_SLOT(sse2, UYVY16_2_YUV422_Row),
+      TQCS_SLOT(sse2, UYVY16_2_YUV422_16_Row), TQCS_SLOT(sse2, YUYV16_2_YUV422_16_Row),
+      TQCS_SLOT(sse2, Y8_2_Y16_Row), TQCS_SLOT(sse2, Y16_2_Y10_Pairs_Row),
+      TQCS_SLOT(sse2, YUV422_16_2_YUYV_Row), TQCS_SLOT(sse2, YUV422_16_2_UYVY_Row),
 
       // sse2/deep_color.cpp
       TQCS_SLOT(sse2, RGB48_2_YUYV16_Row), TQCS_SLOT(sse2, RGB48_2_UYVY16_Row),
@@ -135,8 +142,16 @@ List SSE2List() {
       TQCS_SLOT(sse2, YUV411_2_BGR32_Row), TQCS_SLOT(sse2, RGB48_2_YUV422_16_Row),
 
       // sse2/pack_8plus2.cpp
+      TQCS_SLOT(sse2, Split16To8Plus2_Row), TQCS_SLOT(sse2, Join8Plus2To16_Row),
+      TQCS_SLOT(sse2, Pack8To8Plus2_Row), TQCS_SLOT(sse2, Pack8To8Plus2_SwapPairs_Row),
+      TQCS_SLOT(sse2, Unpack8Plus2To8_Row), TQCS_SLOT(sse2, Unpack8Plus2To8_SwapPairs_Row),
+      TQCS_SLOT(sse2, YUV422_16_2_YUYV_8Plus2_Row),
 
       // sse2/v210.cpp
+      TQCS_SLOT(sse2, V210_2_YUYV16_Row), TQCS_SLOT(sse2, V210_2_UYVY16_Row),
+      TQCS_SLOT(sse2, YUYV16_2_V210_Row), TQCS_SLOT(sse2, UYVY16_2_V210_Row),
+      TQCS_SLOT(sse2, V210_2_YUV8_Row), TQCS_SLOT(sse2, V210_2_YUV8_B_Row),
+      TQCS_SLOT(sse2, YUV8_2_V210_Row), TQCS_SLOT(sse2, YUV8_2_V210_B_Row),
   });
 }
 

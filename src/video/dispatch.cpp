@@ -395,9 +395,37 @@ void FillAlpha(const Job &j) {
   }
 }
 
+// The frame of a field form: the split's source, the compose's destination.
+Image &FrameOf(Job &j) { return j.images[j.form == Form::kSplit ? 2 : 0]; }
+int32_t FrameCode(const Job &j) { return j.form == Form::kSplit ? j.srcCode : j.dstCode; }
+int32_t FieldCode(const Job &j) { return j.form == Form::kSplit ? j.dstCode : j.srcCode; }
+
+// Field buffers of a planar code hold height / 2 rows each: their chroma planes
+// start right after that many luma rows. With an odd height the route runs on
+// height - 1 rows of the frame, so nothing is converted into (or read from) a
+// field row the layout has no room for: the last row of an odd frame is left
+// out, as the same-code planar field copies leave it out (under flip the rows
+// left out is row 0, the last one in the flipped picture). For a 4:2:0 frame
+// the chroma rows stay where they are: height - 1 rows use all height / 2 of
+// them.
+void LeaveOutTheOddRow(Job &j) {
+  Image &frame = FrameOf(j);
+  if (j.flip) {
+    for (int k = 0; k < frame.count; ++k)
+      if (k == 0 || FrameCode(j) == kYUV422) frame.planes[k].p = frame.planes[k].Row(1);
+  }
+  --j.height;
+}
+
 // Runs the route; 1 once it was handed on (whatever the callee did), 0 for a
 // pair that has no conversion.
-uint64_t Execute(const Route &r, const Job &j) {
+uint64_t Execute(const Route &r, Job j) {
+  if (r.kind == Kind::kRefuse) return 0;
+  const bool converts = r.kind == Kind::kDriver || r.kind == Kind::kLumaChroma;
+  if (converts && j.form != Form::kFrame && (j.height & 1) && Planar(FieldCode(j))) {
+    if (j.height == 1) return 1;  // fields of no rows: nothing to convert
+    LeaveOutTheOddRow(j);
+  }
   switch (r.kind) {
     case Kind::kRefuse:
       return 0;
@@ -486,6 +514,12 @@ uint64_t FieldForm(Form form, const uint8_t *frame, int64_t framePitch, int32_t 
   const int32_t srcCode = split ? frameCode : fieldCode, dstCode = split ? fieldCode : frameCode;
   const Route &r = RouteOf(srcCode, dstCode);
   const bool narrow = NarrowFieldOffsets(r);
+  // Field buffers whose 32-bit chroma offset wraps are not supported: nothing
+  // is written to them.
+  auto wraps = [&](int64_t pitch) {
+    return narrow && Planar(fieldCode) && Mul32(pitch, height >> 1) != pitch * (height >> 1);
+  };
+  if (wraps(field1Pitch) || wraps(field2Pitch)) return 0;
   const Image whole = Derive(frameCode, frame, framePitch, height, false);
   const Image f1 = Derive(fieldCode, field1, field1Pitch, height >> 1, narrow);
   const Image f2 = Derive(fieldCode, field2, field2Pitch, height >> 1, narrow);

@@ -14,6 +14,12 @@ const log::Site kComposeSite{log::unit::kVideoConv, TQCS_FN_NAME(TCS_ComposeFiel
 
 bool Present(const uint8_t *p, int64_t pitch) { return p && pitch > 0; }
 
+// The flipped start of a frame is a 32-bit offset: frames where it wraps are
+// refused rather than written at the wrapped address.
+bool StartFits(int64_t pitch, int32_t height, uint8_t flip) {
+  return !flip || Mul32(pitch, height - 1) == pitch * (height - 1);
+}
+
 // The flip of these two: the frame side starts at its last row, the offset a
 // 32-bit product (frames whose last-row offset passes the signed 32-bit range
 // are not supported), and walks up.
@@ -51,7 +57,7 @@ uint64_t TCS_SplitFrame(uint8_t *field1, int64_t field1Pitch, uint8_t *field2, i
                         const uint8_t *src, int64_t srcPitch, int32_t width, int32_t height,
                         int32_t bytesPerPixel, uint8_t flip) {
   if (!Present(field1, field1Pitch) || !Present(field2, field2Pitch) || !Present(src, srcPitch) ||
-      width <= 0 || height <= 0 || bytesPerPixel <= 0) {
+      width <= 0 || height <= 0 || bytesPerPixel <= 0 || !StartFits(srcPitch, height, flip)) {
     log::Write(log::kInvalid, kSplitSite, log::msg::kInvalidParams);
     return 0;
   }
@@ -64,7 +70,7 @@ uint64_t TCS_ComposeFields(uint8_t *dst, int64_t dstPitch, const uint8_t *field1
                            int64_t field1Pitch, const uint8_t *field2, int64_t field2Pitch,
                            int32_t width, int32_t height, int32_t bytesPerPixel, uint8_t flip) {
   if (!Present(field1, field1Pitch) || !Present(field2, field2Pitch) || !Present(dst, dstPitch) ||
-      width <= 0 || height <= 0 || bytesPerPixel <= 0) {
+      width <= 0 || height <= 0 || bytesPerPixel <= 0 || !StartFits(dstPitch, height, flip)) {
     log::Write(log::kInvalid, kComposeSite, log::msg::kInvalidParams);
     return 0;
   }

@@ -80,9 +80,9 @@ void Scale(bool expand, uint8_t *dst, int64_t dstPitch, const uint8_t *src, int6
       Plane out{dst, dstPitch};
       if (flip) out = UpsideDown(out, height);
       const int32_t rowBytes = Mul32(3, width);
-      if (out.pitch == srcPitch && srcPitch == rowBytes) {
-        // One run over the whole frame; the byte count is a 32-bit product.
-        pixel.TMP_Scale_Run(out.p, src, gain[0], offset[0], Mul32(height, rowBytes));
+      if (out.pitch == srcPitch && srcPitch == rowBytes && drivers::FitsOneCall(width, height, 3)) {
+        // One run over the whole frame.
+        pixel.TMP_Scale_Run(out.p, src, gain[0], offset[0], height * rowBytes);
         return;
       }
       const Plane in{Bytes(src), srcPitch};

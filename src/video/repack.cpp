@@ -46,9 +46,10 @@ void RepackFrame(const char16_t *function, Plane dst, int32_t dstBytes, Plane sr
   if (!Present(dst) || !Present(src) || width <= 0 || height <= 0) return Refuse(function);
   Plane &turned = flipDestination ? dst : src;
   if (flip) turned = UpsideDown(turned, height);
-  if (dst.pitch == int64_t{dstBytes} * width && src.pitch == int64_t{srcBytes} * width) {
-    // One call for the whole frame; the count is a 32-bit product.
-    row(dst.p, src.p, Mul32(width, height));
+  if (dst.pitch == int64_t{dstBytes} * width && src.pitch == int64_t{srcBytes} * width &&
+      drivers::FitsOneCall(width, height)) {
+    // One call for the whole frame.
+    row(dst.p, src.p, width * height);
     return;
   }
   for (int32_t y = 0; y < height; ++y) row(dst.Row(y), src.Row(y), width);

@@ -17,10 +17,8 @@ using Layout = std::function<std::vector<PlaneShape>(int64_t w, int64_t h)>;
 const Layout kP1 = [](int64_t w, int64_t h) { return std::vector<PlaneShape>{{w, h}}; };
 const Layout kP3 = [](int64_t w, int64_t h) { return std::vector<PlaneShape>{{3 * w, h}}; };
 const Layout kP4 = [](int64_t w, int64_t h) { return std::vector<PlaneShape>{{4 * w, h}}; };
-// Packed 4:2:2 rows hold whole pairs.
-const Layout kYUV16 = [](int64_t w, int64_t h) {
-  return std::vector<PlaneShape>{{4 * ((w + 1) / 2), h}};
-};
+// Packed 4:2:2 rows are 2 x width bytes: an odd last pixel has half a pair.
+const Layout kYUV16 = [](int64_t w, int64_t h) { return std::vector<PlaneShape>{{2 * w, h}}; };
 const Layout kP422 = [](int64_t w, int64_t h) {
   return std::vector<PlaneShape>{{w, h}, {w / 2, h}, {w / 2, h}};
 };

@@ -12,7 +12,8 @@ size_t RowSize::Bytes(int32_t count) const {
   if (count < 1) return static_cast<size_t>(std::max(fixed, 0));
   const int64_t n = count;
   return static_cast<size_t>(perPixel * n + perPair * (n / 2) + perCeilPair * ((n + 1) / 2) +
-                             perQuad * (n / 4) + fixed);
+                             perQuad * (n / 4) + fixed + perV210Word * ((4 * (n / 2) + 2) / 3) +
+                             perCeilQuad * ((n + 3) / 4));
 }
 
 const std::vector<KernelShape> &AllShapes() {
@@ -121,10 +122,40 @@ const std::vector<KernelShape> &AllShapes() {
       {K::RGB48_2_YUV422_16_Row, {Px(2), Pairs(2), Pairs(2), Px(6)}},
 
       // 16-bit planar and packed moves (planar16).
+      {K::YUV422_16_2_YUYV16_Row, {Pairs(8), Pairs(4), Pairs(2), Pairs(2)}},
+      {K::YUV422_16_2_UYVY16_Row, {Pairs(8), Pairs(4), Pairs(2), Pairs(2)}},
+      {K::YUYV16_2_YUYV_Row, {Pairs(4), Pairs(8)}},
+      {K::YUYV16_2_UYVY_Row, {Pairs(4), Pairs(8)}},
+      {K::Y16_2_Y10_Row, {Px(2), Px(2)}, 0, true},
+      {K::YUV422_2_YUYV16_Row, {Pairs(8), Pairs(2), Pairs(1), Pairs(1)}},
+      {K::YUV422_2_UYVY16_Row, {Pairs(8), Pairs(2), Pairs(1), Pairs(1)}},
+      {K::YUYV16_2_YUV422_Row, {Pairs(2), Pairs(1), Pairs(1), Pairs(8)}},
+      {K::UYVY16_2_YUV422_Row, {Pairs(2), Pairs(1), Pairs(1), Pairs(8)}},
+      {K::UYVY16_2_YUV422_16_Row, {Pairs(4), Pairs(2), Pairs(2), Pairs(8)}},
+      {K::YUYV16_2_YUV422_16_Row, {Pairs(4), Pairs(2), Pairs(2), Pairs(8)}},
+      {K::Y8_2_Y16_Row, {Px(2), Px(1)}},
+      {K::Y16_2_Y10_Pairs_Row, {Px(4), Px(4)}, 0, true},
+      {K::YUV422_16_2_YUYV_Row, {Pairs(4), Pairs(4), Pairs(2), Pairs(2)}},
+      {K::YUV422_16_2_UYVY_Row, {Pairs(4), Pairs(4), Pairs(2), Pairs(2)}},
 
       // 8+2 packing (pack_8plus2).
+      {K::Split16To8Plus2_Row, {Blocked8Plus2(), Px(2)}},
+      {K::Join8Plus2To16_Row, {Px(2), Blocked8Plus2()}},
+      {K::Pack8To8Plus2_Row, {Blocked8Plus2(), Px(1)}},
+      {K::Pack8To8Plus2_SwapPairs_Row, {Blocked8Plus2(), Px(1)}},
+      {K::Unpack8Plus2To8_Row, {Px(1), Blocked8Plus2()}},
+      {K::Unpack8Plus2To8_SwapPairs_Row, {Px(1), Blocked8Plus2()}},
+      {K::YUV422_16_2_YUYV_8Plus2_Row, {Pairs(5), Pairs(4), Pairs(2), Pairs(2)}},
 
       // V210 (v210).
+      {K::V210_2_YUYV16_Row, {Pairs(8), V210Words()}},
+      {K::V210_2_UYVY16_Row, {Pairs(8), V210Words()}},
+      {K::YUYV16_2_V210_Row, {V210Words(), Pairs(8)}},
+      {K::UYVY16_2_V210_Row, {V210Words(), Pairs(8)}},
+      {K::V210_2_YUV8_Row, {Pairs(4), V210Words()}},
+      {K::V210_2_YUV8_B_Row, {Pairs(4), V210Words()}},
+      {K::YUV8_2_V210_Row, {V210Words(), Pairs(4)}},
+      {K::YUV8_2_V210_B_Row, {V210Words(), Pairs(4)}},
 
       // Key planes, chroma interleaving and zero fills (repack_8bit).
       {K::YUYV_Key_2_YUVA_Row, {Pairs(8), Pairs(4), Pairs(2)}},

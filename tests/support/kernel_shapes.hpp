@@ -18,9 +18,12 @@ namespace tqcs::test {
 
 // Bytes of one row for a count: per pixel, per whole pair (count / 2), per
 // pair rounded up ((count + 1) / 2), per whole group of four pixels
-// (count / 4), plus a fixed part.
+// (count / 4), plus a fixed part, plus per V210 word of the count / 2 whole
+// pairs (ceil(4 * (count / 2) / 3) words), plus per group of four rounded up
+// ((count + 3) / 4).
 struct RowSize {
-  int32_t perPixel = 0, perPair = 0, perCeilPair = 0, fixed = 0, perQuad = 0;
+  int32_t perPixel = 0, perPair = 0, perCeilPair = 0, fixed = 0, perQuad = 0, perV210Word = 0,
+          perCeilQuad = 0;
   size_t Bytes(int32_t count) const;
 };
 constexpr RowSize Px(int32_t n) { return {n, 0, 0, 0}; }
@@ -28,6 +31,9 @@ constexpr RowSize Pairs(int32_t n) { return {0, n, 0, 0}; }
 constexpr RowSize CeilPairs(int32_t n) { return {0, 0, n, 0}; }
 constexpr RowSize Fixed(int32_t n) { return {0, 0, 0, n}; }
 constexpr RowSize Quads(int32_t n) { return {0, 0, 0, 0, n}; }
+constexpr RowSize V210Words() { return {0, 0, 0, 0, 0, 4}; }
+// An 8+2 row of count samples: a high byte each and a low byte per four.
+constexpr RowSize Blocked8Plus2() { return {1, 0, 0, 0, 0, 0, 1}; }
 
 // One slot: the size of every pointer argument other than coefficient rows,
 // in argument order. A pointer followed by a pitch is one of several rows: a

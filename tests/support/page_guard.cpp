@@ -9,16 +9,18 @@
 namespace tqcs::test {
 namespace {
 
-size_t PageSize() {
-  static const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
-  return page;
-}
+size_t PageSize() { return PageGuarded::PageBytes(); }
 
 size_t RoundUp(size_t n, size_t unit) { return (n + unit - 1) / unit * unit; }
 
 }  // namespace
 
-PageGuarded::PageGuarded(size_t size, Guard guard) : size_(size) {
+size_t PageGuarded::PageBytes() {
+  static const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+  return page;
+}
+
+PageGuarded::PageGuarded(size_t size, Guard guard) : size_(size), guard_(guard) {
   const size_t page = PageSize();
   const size_t body = RoundUp(size == 0 ? 1 : size, page);
   mapSize_ = body + page;
@@ -42,7 +44,16 @@ PageGuarded::PageGuarded(PageGuarded &&other) noexcept
     : map_(std::exchange(other.map_, nullptr)),
       mapSize_(other.mapSize_),
       data_(other.data_),
-      size_(other.size_) {}
+      size_(other.size_),
+      guard_(other.guard_) {}
+
+uint8_t *PageGuarded::Reframe(size_t size) {
+  if (size > capacity()) std::abort();
+  const size_t page = PageSize();
+  size_ = size;
+  data_ = guard_ == Guard::After ? map_ + capacity() - size : map_ + page;
+  return data_;
+}
 
 void PageGuarded::Protect(bool readOnly) {
   const size_t page = PageSize();

@@ -32,11 +32,22 @@ class PageGuarded {
   // Makes the usable bytes read-only (sources) or writable again.
   void Protect(bool readOnly);
 
+  // The most usable bytes the mapping holds (the size asked for, rounded up to
+  // whole pages).
+  size_t capacity() const { return mapSize_ - PageBytes(); }
+  // Places `size` usable bytes (at most capacity()) against the guard page
+  // again, without a new mapping: many calls of different sizes can share one.
+  // Returns data().
+  uint8_t *Reframe(size_t size);
+
+  static size_t PageBytes();
+
  private:
   uint8_t *map_ = nullptr;
   size_t mapSize_ = 0;
   uint8_t *data_ = nullptr;
   size_t size_ = 0;
+  Guard guard_ = Guard::After;
 };
 
 }  // namespace tqcs::test

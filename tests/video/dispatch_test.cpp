@@ -43,7 +43,10 @@ struct Image : Picture {
     std::vector<PlaneArg> out;
     for (int64_t s : Starts()) {
       const size_t k = out.size();
-      out.push_back({(k && !apart.empty() ? apart[k - 1] : mem).data() + s, k ? pitch / 2 : pitch});
+      // Rows skipped: the luma plane's, and a 4:2:2 chroma plane's.
+      const int64_t skip = k == 0 ? skipRows * pitch : code == 8 ? skipRows * (pitch / 2) : 0;
+      out.push_back(
+          {(k && !apart.empty() ? apart[k - 1] : mem).data() + s + skip, k ? pitch / 2 : pitch});
     }
     return out;
   }
@@ -62,6 +65,7 @@ struct Image : Picture {
   }
   int code;
   int32_t rows;
+  int64_t skipRows = 0;
   std::vector<GuardedBuffer> apart;
 };
 
@@ -232,10 +236,28 @@ Ref Reached(int s, int d, int32_t m) {
   }
 }
 
+// Field buffers of a planar code have room for height / 2 rows: with an odd
+// height a conversion runs on the frame's first height - 1 rows, or under
+// flip its last height - 1, and a height of 1 converts nothing.
+Ref LeavingOutTheOddRow(Ref ref, int s, int d) {
+  if (s == d || d == 10) return ref;  // copies and fills: whole rows of the fields only
+  return [=](Form f, std::vector<Image> &io, const Shape &z) {
+    const bool planarFields = Planar(f == kSplit ? d : s);
+    if (f == kFrame || !(z.h & 1) || !planarFields) return ref(f, io, z);
+    if (z.h == 1) return;
+    Image &frame = io[f == kSplit ? 2 : 0];
+    frame.skipRows = z.flip ? 1 : 0;
+    Shape less = z;
+    less.h = z.h - 1;
+    ref(f, io, less);
+    frame.skipRows = 0;
+  };
+}
+
 class Pairs : public ::testing::TestWithParam<std::tuple<int, int>> {};
 
 TEST_P(Pairs, EveryFormMatchesTheDirectCallOfWhatThePairMustReach) {
-  const auto [s, d] = GetParam();
+  const int s = std::get<0>(GetParam()), d = std::get<1>(GetParam());
   const Shape shapes[] = {{6, 4, 0, 0, 1}, {5, 5, 8, 1, 0}, {6, 10, 8, 0, 1},
                           {5, 9, 0, 1, 0}, {4, 3, 0, 0, 1}, {6, 4, 2, 1, 0}};
   uint32_t seed = 100;
@@ -250,7 +272,7 @@ TEST_P(Pairs, EveryFormMatchesTheDirectCallOfWhatThePairMustReach) {
       std::vector<TCS_FrameDesc> desc;
       for (Image &image : apart) image.SeparatePlanes(), desc.push_back(image.Desc());
       auto wantApart = apart;
-      const Ref ref = Reached(s, d, z.matrix);
+      const Ref ref = LeavingOutTheOddRow(Reached(s, d, z.matrix), s, d);
       uint64_t result = 9, resultEx = 9;
       EXPECT_EQ(Captured([&] { result = Dispatch(f, s, d, Args(got), z); }),
                 Captured([&] { ref(f, want, z); }));

@@ -124,7 +124,9 @@ void Model(const Op &op, Form f, const Sizes &s, std::vector<Picture> &io) {
 class RowModel : public ::testing::TestWithParam<std::tuple<Op, uint32_t>> {};
 
 TEST_P(RowModel, EveryFormFlipPitchAndOddHeightMatchesTheRowModel) {
-  const auto &[op, level] = GetParam();
+  // Named references, not bindings: lambdas below use them.
+  const auto &op = std::get<0>(GetParam());
+  const auto &level = std::get<1>(GetParam());
   Scoped<TCS_KernelTable *> table(
       g_pColorSpaceAPI->pKernel,
       const_cast<TCS_KernelTable *>(&tqcs::test::KernelTableForLevel(level)));
@@ -175,7 +177,8 @@ const Bad kBad[] = {{"NullA", 0, true},
 class Refusal : public ::testing::TestWithParam<std::tuple<Op, Bad>> {};
 
 TEST_P(Refusal, CheckedFormsLogOnceUnderTheirOwnNamesAndWriteNothing) {
-  const auto &[op, bad] = GetParam();
+  const auto &op = std::get<0>(GetParam());
+  const auto &bad = std::get<1>(GetParam());
   for (Form f : kForms) {
     // The channel split's frame form checks nothing itself: TQMemProc's
     // whole-plane extraction refuses silently, but does not look at pitches.

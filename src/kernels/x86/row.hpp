@@ -48,6 +48,24 @@ inline T *Advance(T *p, int64_t bytes) {
   return reinterpret_cast<T *>(reinterpret_cast<Byte *>(p) + bytes);
 }
 
+// Neighbouring bytes exchanged (the two bytes of every 16-bit lane).
+inline __m128i SwapBytes(__m128i s) {
+  return _mm_or_si128(_mm_srli_epi16(s, 8), _mm_slli_epi16(s, 8));
+}
+
+// 8 pairs of planar 4:2:2 samples in 16-bit lanes (luma y[0], y[1]; chroma
+// u, v) as 32 samples of packed pairs in out[0..3]: Y0 U Y1 V, or U Y0 V Y1
+// when kChromaFirst.
+template <bool kChromaFirst>
+inline void InterleavePairs(const __m128i y[2], __m128i u, __m128i v, __m128i out[4]) {
+  const __m128i uv[2] = {_mm_unpacklo_epi16(u, v), _mm_unpackhi_epi16(u, v)};
+  for (int k = 0; k < 2; ++k) {
+    const __m128i first = kChromaFirst ? uv[k] : y[k], second = kChromaFirst ? y[k] : uv[k];
+    out[2 * k] = _mm_unpacklo_epi16(first, second);
+    out[2 * k + 1] = _mm_unpackhi_epi16(first, second);
+  }
+}
+
 // The number of whole blocks of kBlock units in `count` units (0 for counts
 // below one block, and for negative counts).
 template <int kBlock>

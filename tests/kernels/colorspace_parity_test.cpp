@@ -1,0 +1,205 @@
+// The SSE2 kernel object against the portable one, operation by operation:
+// the same sources, the same starting destinations, byte-identical
+// destinations afterwards (canary margins on both sides included).
+//
+// Sources are read-only regions against an unreadable page (ending at it, or
+// starting at it or just after it), so a read outside the rows the portable
+// operation reads faults. Multi-row operations run with pitches going down
+// and up in memory. Data: random bytes, all 0, all 255, and bytes drawn from
+// values where rounding and clamping turn; coefficient rows of random int16
+// values and of the two extremes.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <random>
+#include <string>
+
+#include "kernels/colorspace.hpp"
+#include "support/kernel_shapes.hpp"
+#include "support/page_guard.hpp"
+
+namespace tqcs::test {
+namespace {
+
+// One operation: its member, the size of each pointer argument in order, and
+// how many rows after the given one a pitched source spans.
+struct OpCase {
+  const char *name;
+  void (*call)(ColorSpace &, const CallArgs &);
+  std::vector<RowSize> rows;
+  int srcRowsAfter = 1;
+  // The layout of the arguments, read from the member's signature.
+  std::vector<bool> written, pitched;
+};
+
+void PrintTo(const OpCase &c, std::ostream *os) { *os << c.name; }
+
+template <auto kOp>
+struct Op;
+template <class... A, void (ColorSpace::*kOp)(A...)>
+struct Op<kOp> {
+  template <size_t... I>
+  static void Call(ColorSpace &cs, const CallArgs &a, std::index_sequence<I...>) {
+    (cs.*kOp)(detail::Pick<A, detail::OrdinalOf<A...>(I)>(a)...);
+  }
+  static void Call(ColorSpace &cs, const CallArgs &a) {
+    Call(cs, a, std::index_sequence_for<A...>{});
+  }
+  static OpCase Case(const char *name, std::vector<RowSize> rows, int srcRowsAfter = 1) {
+    using Signature = detail::Caller<void (*)(A...)>;
+    return {name, &Call, std::move(rows), srcRowsAfter, Signature::Written(), Signature::Pitched()};
+  }
+};
+
+#define TQCS_OP(name, ...) Op<&ColorSpace::name>::Case(#name, __VA_ARGS__)
+
+std::vector<OpCase> Ops() {
+  const RowSize p1 = Pairs(1), p2 = Pairs(2), p4 = Pairs(4), p8 = Pairs(8);
+  return {
+      TQCS_OP(YUV411_2_YUYV, {Quads(8), Quads(4), Quads(1), Quads(1)}),
+      TQCS_OP(YUV411_2_UYVY, {Quads(8), Quads(4), Quads(1), Quads(1)}),
+      TQCS_OP(V210_2_YUV422, {p2, p1, p1, V210Words()}),
+      TQCS_OP(YUV422_2_V210, {V210Words(), p2, p1, p1}),
+      TQCS_OP(V210_2_YUV420, {p2, p1, p1, V210Words()}),
+      TQCS_OP(RGB_2_YUV_Matrix, {Px(1), Px(4)}),
+      TQCS_OP(YUYV_2_YUV422_16, {p4, p2, p2, p4}),
+      TQCS_OP(UYVY_2_YUV422_16, {p4, p2, p2, p4}),
+      TQCS_OP(Scale_Q14, {Px(1), Px(1)}),
+      TQCS_OP(RGB48_2_YUYV16_Matrix, {CeilPairs(8), Px(6)}),
+      TQCS_OP(RGB48_2_UYVY16_Matrix, {CeilPairs(8), Px(6)}),
+      TQCS_OP(YUV422_2_YUV420_UV_Avg, {Px(1), Px(1)}),
+      TQCS_OP(YUV422_16_2_YUV420_16_UV_Avg, {Px(2), Px(2)}),
+      TQCS_OP(UV_Interpolate_4Tap, {Px(1), Px(1)}, 3),
+      TQCS_OP(UV_Interpolate_4Tap_16, {Px(2), Px(2)}, 3),
+      TQCS_OP(YUYV_2_YUV420_Avg, {p2, p1, p1, p4}),
+      TQCS_OP(UYVY_2_YUV420_Avg, {p2, p1, p1, p4}),
+      TQCS_OP(YUYV16_2_YUV420_16_Avg, {p4, p2, p2, p8}),
+      TQCS_OP(UYVY16_2_YUV420_16_Avg, {p4, p2, p2, p8}),
+      TQCS_OP(YUYV_2_YUV420_16, {p4, p2, p2, p4}),
+      TQCS_OP(UYVY_2_YUV420_16, {p4, p2, p2, p4}),
+      TQCS_OP(YUYV16_2_YUV420, {p2, p1, p1, p8}),
+      TQCS_OP(UYVY16_2_YUV420, {p2, p1, p1, p8}),
+  };
+}
+#undef TQCS_OP
+
+enum class Placement { EndAtGuard, StartAtGuard, StartAfterGuard };
+
+constexpr int64_t kGap = 3;     // bytes between the rows of a region
+constexpr size_t kMargin = 40;  // canary bytes around destinations
+constexpr uint8_t kTurning[] = {0, 1, 2, 3, 4, 63, 64, 127, 128, 129, 191, 192, 252, 253, 254, 255};
+
+void Fill(uint8_t *p, size_t n, int pattern, std::mt19937 &rng) {
+  for (size_t i = 0; i < n; ++i)
+    p[i] = pattern == 1   ? 0
+           : pattern == 2 ? 255
+           : pattern == 3 ? kTurning[rng() % std::size(kTurning)]
+                          : static_cast<uint8_t>(rng());
+}
+
+struct Variant {
+  Placement placement;
+  int pitchSign;  // +1 or -1
+  int pattern;    // Fill
+  int coefMode;   // 0 random, 1 all 32767, 2 all -32768
+  size_t offset;  // destination misalignment; source offset after the guard
+};
+
+class ColorSpaceParity : public ::testing::TestWithParam<OpCase> {
+ protected:
+  void SetUp() override {
+    if (!__builtin_cpu_supports("sse2")) GTEST_SKIP() << "no SSE2";
+  }
+
+  void Check(int32_t count, const Variant &v) {
+    const OpCase &op = GetParam();
+    ASSERT_EQ(op.rows.size(), op.written.size()) << op.name;
+    std::mt19937 rng(static_cast<uint32_t>(count) * 7919u + static_cast<uint32_t>(v.pattern));
+    const size_t n = op.rows.size();
+    // Per pointer: row bytes, rows after the given one, pitch, region size.
+    std::vector<size_t> bytes(n), size(n), rowAt(n);
+    std::vector<int64_t> pitch(n, 0);
+    std::vector<PageGuarded> sources;
+    std::vector<size_t> source(n, 0);
+    std::vector<std::vector<uint8_t>> start(n);
+    for (size_t r = 0; r < n; ++r) {
+      bytes[r] = op.rows[r].Bytes(count);
+      const int after = op.pitched[r] ? (op.written[r] ? 1 : op.srcRowsAfter) : 0;
+      const int64_t step = static_cast<int64_t>(bytes[r]) + kGap;
+      pitch[r] = op.pitched[r] ? v.pitchSign * step : 0;
+      size[r] = bytes[r] + static_cast<size_t>(after * step);
+      rowAt[r] = v.pitchSign < 0 ? static_cast<size_t>(after * step) : 0;
+      if (op.written[r]) {
+        start[r].resize(size[r] + 2 * kMargin + 16);
+        Fill(start[r].data(), start[r].size(), 0, rng);
+        continue;
+      }
+      const size_t skip = v.placement == Placement::StartAfterGuard ? v.offset : 0;
+      sources.emplace_back(size[r] + skip,
+                           v.placement == Placement::EndAtGuard ? Guard::After : Guard::Before);
+      Fill(sources.back().data(), size[r] + skip, v.pattern, rng);
+      source[r] = sources.size() - 1;
+    }
+    std::array<std::array<int16_t, 8>, 2> coefs;
+    for (auto &row : coefs)
+      for (auto &e : row)
+        e = v.coefMode == 1 ? 32767 : v.coefMode == 2 ? -32768 : static_cast<int16_t>(rng());
+
+    auto run = [&](ColorSpace &cs) {
+      std::vector<std::vector<uint8_t>> dst = start;
+      CallArgs args;
+      args.count = count;
+      for (auto &row : coefs) args.coefs.push_back(row.data());
+      for (size_t r = 0; r < n; ++r) {
+        uint8_t *base = op.written[r]
+                            ? dst[r].data() + kMargin + v.offset
+                            : sources[source[r]].data() +
+                                  (v.placement == Placement::StartAfterGuard ? v.offset : 0);
+        args.rows.push_back(base + rowAt[r]);
+        args.pitches.push_back(pitch[r]);
+      }
+      for (PageGuarded &s : sources) s.Protect(true);
+      op.call(cs, args);
+      for (PageGuarded &s : sources) s.Protect(false);
+      return dst;
+    };
+    const auto want = run(*ColorSpaceCInstance());
+    const auto got = run(*ColorSpaceSSE2Instance());
+    for (size_t r = 0; r < n; ++r) {
+      if (!op.written[r]) continue;
+      const auto bad = std::mismatch(got[r].begin(), got[r].end(), want[r].begin());
+      ASSERT_TRUE(bad.first == got[r].end())
+          << op.name << ", count " << count << ", destination " << r << " byte "
+          << (bad.first - got[r].begin()) - static_cast<long>(kMargin + v.offset) << ": "
+          << int(*bad.first) << ", portable " << int(*bad.second) << " (pattern " << v.pattern
+          << ", coefficients " << v.coefMode << ", pitch sign " << v.pitchSign << ", placement "
+          << int(v.placement) << ")";
+    }
+  }
+};
+
+TEST_P(ColorSpaceParity, SameBytesAsPortable) {
+  std::vector<int32_t> counts = {INT32_MIN, -5, -1};
+  for (int32_t c = 0; c <= 140; ++c) counts.push_back(c);
+  for (int32_t c : {191, 256, 383, 1023, 1920, 1921, 4099}) counts.push_back(c);
+  int k = 0;
+  for (int32_t count : counts) {
+    for (Placement placement :
+         {Placement::EndAtGuard, Placement::StartAtGuard, Placement::StartAfterGuard}) {
+      ++k;
+      Check(count, {placement, k % 2 ? 1 : -1, k % 4, k % 5 == 2 ? 1 + (k / 5) % 2 : 0,
+                    static_cast<size_t>((k * 7) % 16)});
+      if (HasFatalFailure()) return;
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(KernelObject, ColorSpaceParity, ::testing::ValuesIn(Ops()),
+                         [](const ::testing::TestParamInfo<OpCase> &info) {
+                           return std::string(info.param.name);
+                         });
+
+}  // namespace
+}  // namespace tqcs::test
