@@ -76,13 +76,20 @@ List SSE2List() {
       TQCS_SLOT(sse2, YUV422_2_YUVA_Row), TQCS_SLOT(sse2, YUVA_2_YUV422_Row),
       TQCS_SLOT(sse2, RGB24_2_HSV_Row), TQCS_SLOT(sse2, BGR24_2_HSV_Row),
       TQCS_SLOT(sse2, RGB24_SwapRB_Row), TQCS_SLOT(sse2, RGB24_Histogram_Row),
+      TQCS_SLOT(sse2, YUYV_Key_2_YUVA_Row), TQCS_SLOT(sse2, YUVA_2_YUYV_Key_Row),
+      TQCS_SLOT(sse2, RGB24_Key_2_BGR32_Row), TQCS_SLOT(sse2, RGB24_Key_2_RGB32_Row),
+      TQCS_SLOT(sse2, Deinterleave_Pairs_Row), TQCS_SLOT(sse2, Int32_2_Int16_Deinterleave_Row),
+      TQCS_SLOT(sse2, UV_Deinterleave_Row), TQCS_SLOT(sse2, UV_Interleave_Row),
+      TQCS_SLOT(sse2, UV_422_2_444_Row), TQCS_SLOT(sse2, Clear_Row_A), TQCS_SLOT(sse2, Clear_Row_B),
+      TQCS_SLOT(sse2, Clear_Row_C), TQCS_SLOT(sse2, Clear_Row_D), TQCS_SLOT(sse2, Clear_Row_E),
 
       // sse2/rgb_to_yuv_8bit.cpp
       TQCS_SLOT(sse2, RGB32_2_YUYV_Row), TQCS_SLOT(sse2, RGB32_2_UYVY_Row),
       TQCS_SLOT(sse2, RGB32_2_YUVA_Row), TQCS_SLOT(sse2, RGB32_2_YUV422_Row),
       TQCS_SLOT(sse2, RGB24_2_YUV422_Row), TQCS_SLOT(sse2, RGB24_2_YUYV_Row),
       TQCS_SLOT(sse2, RGB24_2_UYVY_Row), TQCS_SLOT(sse2, RGB24_2_YUVA_Row),
-      TQCS_SLOT(sse2, RGB24_2_Gray_Row),
+      TQCS_SLOT(sse2, RGB24_2_Gray_Row), TQCS_SLOT(sse2, RGB32_2_YUYV_Key_Row),
+      TQCS_SLOT(sse2, RGB32_2_UYVY_Key_Row),
 
       // sse2/yuv_to_rgb_8bit.cpp
       TQCS_SLOT(sse2, YUYV_2_RGB32_Row), TQCS_SLOT(sse2, YUYV_2_BGR32_Row),
@@ -93,6 +100,8 @@ List SSE2List() {
       TQCS_SLOT(sse2, YUYV_2_RGB24_Row), TQCS_SLOT(sse2, YUYV_2_BGR24_Row),
       TQCS_SLOT(sse2, UYVY_2_RGB24_Row), TQCS_SLOT(sse2, UYVY_2_BGR24_Row),
       TQCS_SLOT(sse2, YUVA_2_RGB24_Row), TQCS_SLOT(sse2, YUVA_2_BGR24_Row),
+      TQCS_SLOT(sse2, YUYV_Key_2_RGB32_Row), TQCS_SLOT(sse2, YUYV_Key_2_BGR32_Row),
+      TQCS_SLOT(sse2, UYVY_Key_2_RGB32_Row), TQCS_SLOT(sse2, UYVY_Key_2_BGR32_Row),
 
       // sse2/chroma_resample.cpp
       TQCS_SLOT(sse2, YUV420_2_YUV422_UV_FirstRow), TQCS_SLOT(sse2, YUV420_2_YUV422_UV_LastRow),
@@ -160,6 +169,7 @@ List SSSE3List() {
 List SSE41List() {
   return Listed({
       // sse41/repack_8bit.cpp
+      TQCS_SLOT(sse41, Int32_2_Int16_Deinterleave_Row),
   });
 }
 

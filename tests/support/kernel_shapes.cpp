@@ -7,10 +7,13 @@
 namespace tqcs::test {
 
 size_t RowSize::Bytes(int32_t count) const {
-  if (count < 1) return static_cast<size_t>(fixed);
-  const size_t n = static_cast<size_t>(count);
-  return perPixel * n + perPair * (n / 2) + perCeilPair * ((n + 1) / 2) + perQuad * (n / 4) +
-         fixed + perV210Word * ((4 * (n / 2) + 2) / 3) + perCeilQuad * ((n + 3) / 4);
+  // A negative fixed part shortens a row that has pixels (one byte less than
+  // two per pixel, say); a row without pixels has none.
+  if (count < 1) return static_cast<size_t>(std::max(fixed, 0));
+  const int64_t n = count;
+  return static_cast<size_t>(perPixel * n + perPair * (n / 2) + perCeilPair * ((n + 1) / 2) +
+                             perQuad * (n / 4) + fixed + perV210Word * ((4 * (n / 2) + 2) / 3) +
+                             perCeilQuad * ((n + 3) / 4));
 }
 
 const std::vector<KernelShape> &AllShapes() {
@@ -155,6 +158,27 @@ const std::vector<KernelShape> &AllShapes() {
       {K::YUV8_2_V210_B_Row, {V210Words(), Pairs(4)}},
 
       // Key planes, chroma interleaving and zero fills (repack_8bit).
+      {K::YUYV_Key_2_YUVA_Row, {Pairs(8), Pairs(4), Pairs(2)}},
+      {K::YUVA_2_YUYV_Key_Row, {CeilPairs(4), Px(1), Px(4)}},
+      {K::RGB24_Key_2_BGR32_Row, {Px(4), Px(3), Px(1)}},
+      {K::RGB24_Key_2_RGB32_Row, {Px(4), Px(3), Px(1)}},
+      {K::RGB32_2_YUYV_Key_Row, {CeilPairs(4), Px(1), Px(4)}},
+      {K::RGB32_2_UYVY_Key_Row, {CeilPairs(4), Px(1), Px(4)}},
+      {K::YUYV_Key_2_RGB32_Row, {Pairs(8), Pairs(4), Pairs(2)}},
+      {K::YUYV_Key_2_BGR32_Row, {Pairs(8), Pairs(4), Pairs(2)}},
+      {K::UYVY_Key_2_RGB32_Row, {Pairs(8), Pairs(4), Pairs(2)}},
+      {K::UYVY_Key_2_BGR32_Row, {Pairs(8), Pairs(4), Pairs(2)}},
+      // The first source is read up to its last even byte.
+      {K::Deinterleave_Pairs_Row, {Px(1), Px(1), {2, 0, 0, -1}, Px(2)}},
+      {K::Int32_2_Int16_Deinterleave_Row, {Px(1), Px(1), {2, 0, 0, -1}, Px(2)}},
+      {K::UV_Deinterleave_Row, {Px(1), Px(1), Px(2)}},
+      {K::UV_Interleave_Row, {Px(2), Px(1), Px(1)}},
+      {K::UV_422_2_444_Row, {Px(1), Px(1), CeilPairs(1), CeilPairs(1)}},
+      {K::Clear_Row_A, {Px(1), Fixed(0)}},
+      {K::Clear_Row_B, {Px(2), Fixed(0)}},
+      {K::Clear_Row_C, {Px(4), Fixed(0)}},
+      {K::Clear_Row_D, {Px(3), Fixed(0)}},
+      {K::Clear_Row_E, {Px(8), Fixed(0)}},
   };
   return shapes;
 }

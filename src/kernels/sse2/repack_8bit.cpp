@@ -1,10 +1,13 @@
 // SSE2 8-bit repacking kernels: 4:2:2 <-> 4:4:4 and packed <-> planar moves,
-// 24/32-bit RGB repacks and swaps, HSV and histograms.
+// 24/32-bit RGB repacks and swaps, HSV and histograms, chroma plane
+// (de)interleaving and doubling, and zero fills.
 //
 // The 4:2:2 families meet in one register form, sixteen pairs held as luma
 // vectors and interleaved chroma vectors (Pairs16); readers build it from a
 // layout and writers store it into one, so every slot of a family is one
-// reader and one writer around the same body.
+// reader and one writer around the same body. Where alpha comes from (an
+// argument or a key plane) and whether the odd pixel's chroma mean rounds
+// are policies of the same bodies.
 #include <emmintrin.h>
 
 #include <array>
@@ -49,6 +52,12 @@ struct PackedReader {
     }
     return s;
   }
+  // The chroma of pair p alone, U | V << 8 in lane 0.
+  __m128i Chroma(Index p) const {
+    const __m128i x = x86::Load32(src + 4 * p);
+    const __m128i c = kLumaFirst ? _mm_srli_epi16(x, 8) : _mm_and_si128(x, LowBytes16());
+    return _mm_packus_epi16(c, c);
+  }
 };
 
 template <bool kLumaFirst>
@@ -70,6 +79,7 @@ struct PlanarReader {
     return {{Load(y + 2 * p), Load(y + 2 * p + 16)},
             {_mm_unpacklo_epi8(cu, cv), _mm_unpackhi_epi8(cu, cv)}};
   }
+  __m128i Chroma(Index p) const { return _mm_cvtsi32_si128(u[p] | v[p] << 8); }
 };
 
 struct PlanarWriter {
@@ -106,23 +116,54 @@ inline Pairs16 ReadYUVA(const uint8_t *src) {
   return s;
 }
 
+// Alpha of the 32 pixels of pairs p to p + 15 as the high bytes of 16-bit
+// lanes, the even pixels' and the odd pixels' of half h apart.
+struct AlphaWords {
+  __m128i even, odd;
+};
+struct ConstAlpha {
+  __m128i a;
+  explicit ConstAlpha(uint8_t alpha) : a(_mm_set1_epi16(static_cast<int16_t>(alpha << 8))) {}
+  AlphaWords operator()(Index, int) const { return {a, a}; }
+};
+// One byte per pixel from a key plane.
+struct KeyAlpha {
+  const uint8_t *key;
+  AlphaWords operator()(Index p, int h) const {
+    const __m128i k = Load(key + 2 * p + 16 * h);
+    return {_mm_slli_epi16(k, 8), _mm_andnot_si128(LowBytes16(), k)};
+  }
+};
+
+// The mean of a and b per byte, (a + b + kRound) >> 1.
+template <int kRound>
+inline __m128i Mean(__m128i a, __m128i b) {
+  const __m128i up = _mm_avg_epu8(a, b);  // (a + b + 1) >> 1
+  if constexpr (kRound == 1) return up;
+  return _mm_sub_epi8(up, _mm_and_si128(_mm_xor_si128(a, b), _mm_set1_epi8(1)));
+}
+
 // Returns the pairs done. Each block also reads the chroma of the pair after
 // it, and the last pair is left to the portable routine's last-pair rule.
-template <class Reader>
-Index PairsToYUVA(uint8_t *dst, Reader src, int32_t count, uint8_t alpha) {
+template <int kRound, class Reader, class Alpha>
+Index PairsToYUVA(uint8_t *dst, Reader src, int32_t count, Alpha alpha) {
   const Index pairs = count / 2;
-  const __m128i a = _mm_set1_epi16(static_cast<int16_t>(alpha << 8));
   Index p = 0;
   for (; p + 17 <= pairs; p += 16) {
-    const Pairs16 s = src.Read(p), next = src.Read(p + 1);
+    const Pairs16 s = src.Read(p);
+    // The chroma of pairs p + 1 to p + 16.
+    const __m128i next[2] = {
+        _mm_or_si128(_mm_srli_si128(s.uv[0], 2), _mm_slli_si128(s.uv[1], 14)),
+        _mm_or_si128(_mm_srli_si128(s.uv[1], 2), _mm_slli_si128(src.Chroma(p + 16), 14))};
     for (int h = 0; h < 2; ++h) {
       const __m128i y = s.y[h], uv = s.uv[h];
-      const __m128i odd = _mm_avg_epu8(uv, next.uv[h]);  // (a + b + 1) >> 1
+      const __m128i odd = Mean<kRound>(uv, next[h]);
+      const AlphaWords a = alpha(p, h);
       // Per pixel two words: Y | U << 8 and V | A << 8.
       const __m128i e0 = _mm_or_si128(_mm_and_si128(y, LowBytes16()), _mm_slli_epi16(uv, 8));
-      const __m128i e1 = _mm_or_si128(_mm_srli_epi16(uv, 8), a);
+      const __m128i e1 = _mm_or_si128(_mm_srli_epi16(uv, 8), a.even);
       const __m128i o0 = _mm_or_si128(_mm_srli_epi16(y, 8), _mm_slli_epi16(odd, 8));
-      const __m128i o1 = _mm_or_si128(_mm_srli_epi16(odd, 8), a);
+      const __m128i o1 = _mm_or_si128(_mm_srli_epi16(odd, 8), a.odd);
       const __m128i evenLo = _mm_unpacklo_epi16(e0, e1), evenHi = _mm_unpackhi_epi16(e0, e1);
       const __m128i oddLo = _mm_unpacklo_epi16(o0, o1), oddHi = _mm_unpackhi_epi16(o0, o1);
       uint8_t *d = dst + 8 * p + 64 * h;
@@ -135,12 +176,28 @@ Index PairsToYUVA(uint8_t *dst, Reader src, int32_t count, uint8_t alpha) {
   return p;
 }
 
+// Byte 3 of the sixteen 4-byte pixels at src.
+inline __m128i FourthBytes16(const uint8_t *src) {
+  __m128i a[4];
+  for (int k = 0; k < 4; ++k) a[k] = _mm_srli_epi32(Load(src + 16 * k), 24);
+  return _mm_packus_epi16(_mm_packs_epi32(a[0], a[1]), _mm_packs_epi32(a[2], a[3]));
+}
+
 // Returns the pixels done (a multiple of 32); an odd tail is the portable
-// routine's.
+// routine's. With a key plane, every pixel's alpha is also copied there.
 template <class Writer>
-Index YUVAToPairs(Writer dst, const uint8_t *src, int32_t count) {
+Index YUVAToPairs(Writer dst, const uint8_t *src, int32_t count, uint8_t *dstKey = nullptr) {
   Index i = 0;
-  for (; i + 32 <= count; i += 32) dst.Write(i / 2, ReadYUVA(src + 4 * i));
+  for (; i + 32 <= count; i += 32) {
+    // Everything is read before anything is stored.
+    const Pairs16 s = ReadYUVA(src + 4 * i);
+    if (dstKey != nullptr) {
+      const __m128i k0 = FourthBytes16(src + 4 * i), k1 = FourthBytes16(src + 4 * i + 64);
+      Store(dstKey + i, k0);
+      Store(dstKey + i + 16, k1);
+    }
+    dst.Write(i / 2, s);
+  }
   return i;
 }
 
@@ -194,16 +251,32 @@ inline void WriteRGB24(uint8_t *dst, const Groups4 &c) {
   Store(dst + 32, _mm_or_si128(_mm_srli_si128(c.g[2], 8), _mm_slli_si128(c.g[3], 4)));
 }
 
+// Alpha of sixteen pixels from i on as byte 3 of 32-bit lanes, four groups
+// of four.
+struct PixelAlphaConst {
+  __m128i a;
+  explicit PixelAlphaConst(uint8_t alpha) : a(Every32(uint32_t{alpha} << 24)) {}
+  Groups4 operator()(Index) const { return {{a, a, a, a}}; }
+};
+struct PixelAlphaKey {
+  const uint8_t *key;
+  Groups4 operator()(Index i) const {
+    const __m128i zero = _mm_setzero_si128(), k = Load(key + i);
+    const __m128i lo = _mm_unpacklo_epi8(zero, k), hi = _mm_unpackhi_epi8(zero, k);
+    return {{_mm_unpacklo_epi16(zero, lo), _mm_unpackhi_epi16(zero, lo),
+             _mm_unpacklo_epi16(zero, hi), _mm_unpackhi_epi16(zero, hi)}};
+  }
+};
+
 // Returns the pixels done.
-template <bool kSwap>
-Index RGB24ToRGB32(uint8_t *dst, const uint8_t *src, int32_t count, uint8_t alpha) {
-  const __m128i a = Every32(uint32_t{alpha} << 24);
+template <bool kSwap, class Alpha>
+Index RGB24ToRGB32(uint8_t *dst, const uint8_t *src, int32_t count, Alpha alpha) {
   Index i = 0;
   for (; i + 16 <= count; i += 16) {
-    const Groups4 s = ReadRGB24(src + 3 * i);
+    const Groups4 s = ReadRGB24(src + 3 * i), a = alpha(i);
     for (int k = 0; k < 4; ++k) {
       const __m128i x = Widen3To4(s.g[k]);
-      Store(dst + 4 * i + 16 * k, _mm_or_si128(kSwap ? SwapRB32(x) : x, a));
+      Store(dst + 4 * i + 16 * k, _mm_or_si128(kSwap ? SwapRB32(x) : x, a.g[k]));
     }
   }
   return i;
@@ -364,6 +437,67 @@ inline bool SameColour16(const uint8_t *s) {
   return same == 0x1FFFFFFF;
 }
 
+// ---- Chroma planes --------------------------------------------------------------
+
+// dst0 takes the even bytes of src0, dst1 the odd bytes of src1, sixteen of
+// each per step while i + 16 <= limit: a caller whose src0 row ends on its
+// last even byte passes count - 1, so no load reaches past it. Returns the
+// samples done.
+Index DeinterleaveBlocks(uint8_t *dst0, uint8_t *dst1, const uint8_t *src0, const uint8_t *src1,
+                         Index limit) {
+  Index i = 0;
+  for (; i + 16 <= limit; i += 16) {
+    const __m128i a0 = Load(src0 + 2 * i), b0 = Load(src0 + 2 * i + 16);
+    const __m128i a1 = Load(src1 + 2 * i), b1 = Load(src1 + 2 * i + 16);
+    Store(dst0 + i,
+          _mm_packus_epi16(_mm_and_si128(a0, LowBytes16()), _mm_and_si128(b0, LowBytes16())));
+    Store(dst1 + i, _mm_packus_epi16(_mm_srli_epi16(a1, 8), _mm_srli_epi16(b1, 8)));
+  }
+  return i;
+}
+
+Index InterleaveBlocks(uint8_t *dst, const uint8_t *srcA, const uint8_t *srcB, int32_t count) {
+  Index i = 0;
+  for (; i + 16 <= count; i += 16) {
+    const __m128i a = Load(srcA + i), b = Load(srcB + i);
+    Store(dst + 2 * i, _mm_unpacklo_epi8(a, b));
+    Store(dst + 2 * i + 16, _mm_unpackhi_epi8(a, b));
+  }
+  return i;
+}
+
+// Sixteen source samples to 32 outputs per step: each step reads the sample
+// after it, and the last source sample is left to the portable routine's
+// rule. Returns the source samples done.
+Index DoubleChromaBlocks(uint8_t *dstA, uint8_t *dstB, const uint8_t *srcA, const uint8_t *srcB,
+                         int32_t count) {
+  const Index sources = (Index{count} + 1) / 2;
+  Index i = 0;
+  for (; i + 17 <= sources; i += 16) {
+    for (int k = 0; k < 2; ++k) {
+      const uint8_t *s = k == 0 ? srcA : srcB;
+      uint8_t *d = (k == 0 ? dstA : dstB) + 2 * i;
+      const __m128i here = Load(s + i), odd = Mean<0>(here, Load(s + i + 1));
+      Store(d, _mm_unpacklo_epi8(here, odd));
+      Store(d + 16, _mm_unpackhi_epi8(here, odd));
+    }
+  }
+  return i;
+}
+
+// ---- Zero fills -----------------------------------------------------------------
+
+// Sixteen units of kUnit bytes (kUnit 16-byte stores) per step, the rest to
+// the portable routine kRest.
+template <int kUnit, void (*kRest)(uint8_t *, const uint8_t *, int32_t)>
+void ClearRow(uint8_t *dst, const uint8_t *unused, int32_t count) {
+  const __m128i zero = _mm_setzero_si128();
+  Index i = 0;
+  for (; i + 16 <= count; i += 16)
+    for (int k = 0; k < kUnit; ++k) Store(dst + kUnit * i + 16 * k, zero);
+  kRest(dst + kUnit * i, unused, count - static_cast<int32_t>(i));
+}
+
 }  // namespace
 }  // namespace tqcs::sse2
 
@@ -372,16 +506,16 @@ namespace tqcs {
 // ---- Packed 4:2:2 <-> Y,U,V,A ------------------------------------------------
 
 void sse2::YUYV_2_YUVA_Row(uint8_t *dst, const uint8_t *src, int32_t count, uint8_t alpha) {
-  const Index p = PairsToYUVA(dst, PackedReader<true>{src}, count, alpha);
+  const Index p = PairsToYUVA<1>(dst, PackedReader<true>{src}, count, ConstAlpha(alpha));
   portable::YUYV_2_YUVA_Row(dst + 8 * p, src + 4 * p, count - static_cast<int32_t>(2 * p), alpha);
 }
 void sse2::UYVY_2_YUVA_Row(uint8_t *dst, const uint8_t *src, int32_t count, uint8_t alpha) {
-  const Index p = PairsToYUVA(dst, PackedReader<false>{src}, count, alpha);
+  const Index p = PairsToYUVA<1>(dst, PackedReader<false>{src}, count, ConstAlpha(alpha));
   portable::UYVY_2_YUVA_Row(dst + 8 * p, src + 4 * p, count - static_cast<int32_t>(2 * p), alpha);
 }
 void sse2::YUV422_2_YUVA_Row(uint8_t *dst, const uint8_t *srcY, const uint8_t *srcU,
                              const uint8_t *srcV, int32_t count, uint8_t alpha) {
-  const Index p = PairsToYUVA(dst, PlanarReader{srcY, srcU, srcV}, count, alpha);
+  const Index p = PairsToYUVA<1>(dst, PlanarReader{srcY, srcU, srcV}, count, ConstAlpha(alpha));
   portable::YUV422_2_YUVA_Row(dst + 8 * p, srcY + 2 * p, srcU + p, srcV + p,
                               count - static_cast<int32_t>(2 * p), alpha);
 }
@@ -431,11 +565,11 @@ void sse2::UYVY_2_YUV422_Row(uint8_t *dstY, uint8_t *dstU, uint8_t *dstV, const 
 // ---- 24/32-bit RGB -----------------------------------------------------------
 
 void sse2::RGB24_2_RGB32_Row(uint8_t *dst, const uint8_t *src, int32_t count, uint8_t alpha) {
-  const Index i = RGB24ToRGB32<false>(dst, src, count, alpha);
+  const Index i = RGB24ToRGB32<false>(dst, src, count, PixelAlphaConst(alpha));
   portable::RGB24_2_RGB32_Row(dst + 4 * i, src + 3 * i, count - static_cast<int32_t>(i), alpha);
 }
 void sse2::RGB24_2_BGR32_Row(uint8_t *dst, const uint8_t *src, int32_t count, uint8_t alpha) {
-  const Index i = RGB24ToRGB32<true>(dst, src, count, alpha);
+  const Index i = RGB24ToRGB32<true>(dst, src, count, PixelAlphaConst(alpha));
   portable::RGB24_2_BGR32_Row(dst + 4 * i, src + 3 * i, count - static_cast<int32_t>(i), alpha);
 }
 void sse2::RGB32_2_BGR24_Row(uint8_t *dst, const uint8_t *src, int32_t count) {
@@ -487,6 +621,81 @@ void sse2::RGB24_Histogram_Row(uint32_t *hist0, uint32_t *hist1, uint32_t *hist2
   }
   portable::RGB24_Histogram_Row(hist0, hist1, hist2, src + 3 * counted,
                                 count - static_cast<int32_t>(counted));
+}
+
+// ---- Key planes --------------------------------------------------------------------
+
+// The key forms halve the odd pixel's chroma sum without the rounding one.
+void sse2::YUYV_Key_2_YUVA_Row(uint8_t *dst, const uint8_t *src, const uint8_t *key,
+                               int32_t count) {
+  const Index p = PairsToYUVA<0>(dst, PackedReader<true>{src}, count, KeyAlpha{key});
+  portable::YUYV_Key_2_YUVA_Row(dst + 8 * p, src + 4 * p, key + 2 * p,
+                                count - static_cast<int32_t>(2 * p));
+}
+void sse2::YUVA_2_YUYV_Key_Row(uint8_t *dst, uint8_t *dstKey, const uint8_t *src, int32_t count) {
+  const Index i = YUVAToPairs(PackedWriter<true>{dst}, src, count, dstKey);
+  portable::YUVA_2_YUYV_Key_Row(dst + 2 * i, dstKey + i, src + 4 * i,
+                                count - static_cast<int32_t>(i));
+}
+void sse2::RGB24_Key_2_BGR32_Row(uint8_t *dst, const uint8_t *src, const uint8_t *key,
+                                 int32_t count) {
+  const Index i = RGB24ToRGB32<true>(dst, src, count, PixelAlphaKey{key});
+  portable::RGB24_Key_2_BGR32_Row(dst + 4 * i, src + 3 * i, key + i,
+                                  count - static_cast<int32_t>(i));
+}
+void sse2::RGB24_Key_2_RGB32_Row(uint8_t *dst, const uint8_t *src, const uint8_t *key,
+                                 int32_t count) {
+  const Index i = RGB24ToRGB32<false>(dst, src, count, PixelAlphaKey{key});
+  portable::RGB24_Key_2_RGB32_Row(dst + 4 * i, src + 3 * i, key + i,
+                                  count - static_cast<int32_t>(i));
+}
+
+// ---- Chroma planes -------------------------------------------------------------------
+
+// src0 is read up to its last even byte only.
+void sse2::Deinterleave_Pairs_Row(uint8_t *dst0, uint8_t *dst1, const uint8_t *src0,
+                                  const uint8_t *src1, int32_t count) {
+  const Index i = DeinterleaveBlocks(dst0, dst1, src0, src1, Index{count} - 1);
+  portable::Deinterleave_Pairs_Row(dst0 + i, dst1 + i, src0 + 2 * i, src1 + 2 * i,
+                                   count - static_cast<int32_t>(i));
+}
+// Below level 4 slot 144 runs slot 124's routine.
+void sse2::Int32_2_Int16_Deinterleave_Row(uint8_t *dst0, uint8_t *dst1, const uint8_t *src0,
+                                          const uint8_t *src1, int32_t count) {
+  sse2::Deinterleave_Pairs_Row(dst0, dst1, src0, src1, count);
+}
+void sse2::UV_Deinterleave_Row(uint8_t *dstA, uint8_t *dstB, const uint8_t *src, int32_t count) {
+  const Index i = DeinterleaveBlocks(dstA, dstB, src, src, count);
+  portable::UV_Deinterleave_Row(dstA + i, dstB + i, src + 2 * i, count - static_cast<int32_t>(i));
+}
+void sse2::UV_Interleave_Row(uint8_t *dst, const uint8_t *srcA, const uint8_t *srcB,
+                             int32_t count) {
+  const Index i = InterleaveBlocks(dst, srcA, srcB, count);
+  portable::UV_Interleave_Row(dst + 2 * i, srcA + i, srcB + i, count - static_cast<int32_t>(i));
+}
+void sse2::UV_422_2_444_Row(uint8_t *dstA, uint8_t *dstB, const uint8_t *srcA, const uint8_t *srcB,
+                            int32_t count) {
+  const Index i = DoubleChromaBlocks(dstA, dstB, srcA, srcB, count);
+  portable::UV_422_2_444_Row(dstA + 2 * i, dstB + 2 * i, srcA + i, srcB + i,
+                             count - static_cast<int32_t>(2 * i));
+}
+
+// ---- Zero fills; the count unit differs per slot ----------------------------------
+
+void sse2::Clear_Row_A(uint8_t *dst, const uint8_t *unused, int32_t count) {
+  ClearRow<1, &portable::Clear_Row_A>(dst, unused, count);
+}
+void sse2::Clear_Row_B(uint8_t *dst, const uint8_t *unused, int32_t count) {
+  ClearRow<2, &portable::Clear_Row_B>(dst, unused, count);
+}
+void sse2::Clear_Row_C(uint8_t *dst, const uint8_t *unused, int32_t count) {
+  ClearRow<4, &portable::Clear_Row_C>(dst, unused, count);
+}
+void sse2::Clear_Row_D(uint8_t *dst, const uint8_t *unused, int32_t count) {
+  ClearRow<3, &portable::Clear_Row_D>(dst, unused, count);
+}
+void sse2::Clear_Row_E(uint8_t *dst, const uint8_t *unused, int32_t count) {
+  ClearRow<8, &portable::Clear_Row_E>(dst, unused, count);
 }
 
 }  // namespace tqcs

@@ -198,6 +198,17 @@ struct PackedWriter {
   }
 };
 
+// A packed row plus a key plane of every pixel's byte 3.
+template <class Order>
+struct PackedKeyWriter {
+  static constexpr int kBlocks = 1;
+  uint8_t *dst, *dstKey;
+  void operator()(Index k, const Matrix &m, const Block (&b)[kBlocks]) const {
+    PackedWriter<Order>{dst}(k, m, b);
+    Store64(dstKey + 8 * k, _mm_packus_epi16(SourceAlpha{}(b[0]), _mm_setzero_si128()));
+  }
+};
+
 struct PlanarWriter {
   static constexpr int kBlocks = 2;
   uint8_t *y, *u, *v;
@@ -241,6 +252,13 @@ template <int kBytes, class Order, MatrixOf kMatrix, decltype(&portable::RGB24_2
 void PackedRow(uint8_t *dst, const uint8_t *src, int32_t count, TCS_R3) {
   const Index done = Blocks<kBytes>(PackedWriter<Order>{dst}, src, count, kMatrix(r1, r2, r3));
   kRest(dst + 2 * done, src + kBytes * done, count - done, r1, r2, r3);
+}
+
+template <class Order, decltype(&portable::RGB32_2_YUYV_Key_Row) kRest>
+void PackedKeyRow(uint8_t *dst, uint8_t *dstKey, const uint8_t *src, int32_t count, TCS_R3) {
+  const Index done =
+      Blocks<4>(PackedKeyWriter<Order>{dst, dstKey}, src, count, PairMatrix(r1, r2, r3));
+  kRest(dst + 2 * done, dstKey + done, src + 4 * done, count - done, r1, r2, r3);
 }
 
 template <int kBytes, decltype(&portable::RGB24_2_YUV422_Row) kRest>
@@ -302,6 +320,15 @@ void sse2::RGB32_2_YUYV_Row(uint8_t *dst, const uint8_t *src, int32_t count, TCS
 }
 void sse2::RGB32_2_UYVY_Row(uint8_t *dst, const uint8_t *src, int32_t count, TCS_R3) {
   PackedRow<4, PairOrderUYVY, PairMatrix, portable::RGB32_2_UYVY_Row>(dst, src, count, r1, r2, r3);
+}
+
+void sse2::RGB32_2_YUYV_Key_Row(uint8_t *dst, uint8_t *dstKey, const uint8_t *src, int32_t count,
+                                TCS_R3) {
+  PackedKeyRow<PairOrderYUYV, portable::RGB32_2_YUYV_Key_Row>(dst, dstKey, src, count, r1, r2, r3);
+}
+void sse2::RGB32_2_UYVY_Key_Row(uint8_t *dst, uint8_t *dstKey, const uint8_t *src, int32_t count,
+                                TCS_R3) {
+  PackedKeyRow<PairOrderUYVY, portable::RGB32_2_UYVY_Key_Row>(dst, dstKey, src, count, r1, r2, r3);
 }
 
 }  // namespace tqcs

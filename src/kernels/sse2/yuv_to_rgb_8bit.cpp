@@ -145,6 +145,12 @@ struct ConstAlpha {
   __m128i operator()(const Block &, Index) const { return value; }
 };
 
+// One byte per pixel from a key plane.
+struct KeyAlpha {
+  const uint8_t *key;
+  __m128i operator()(const Block &, Index px) const { return Load(key + px); }
+};
+
 struct SourceAlpha {
   __m128i operator()(const Block &b, Index) const { return b.a; }
 };
@@ -258,6 +264,16 @@ void PackedRow(uint8_t *dst, const uint8_t *src, int32_t count, uint8_t alpha, T
   }
 }
 
+// The key forms: alpha from the key plane, which the blocks read no further
+// than their own pixels.
+template <class Layout, class Order, auto kTail>
+void PackedKeyRow(uint8_t *dst, const uint8_t *src, const uint8_t *key, int32_t count, TCS_T4) {
+  const Index done = ToRgb<Layout>(dst, PackedReader<Order>{src}, count, KeyAlpha{key},
+                                   LoadWeights(rv, gu, gv, bu));
+  kTail(dst + Layout::kBytes * done, src + 2 * done, key + done, static_cast<int32_t>(count - done),
+        rv, gu, gv, bu);
+}
+
 template <class Layout, auto kTail>
 void PlanarRow(uint8_t *dst, const uint8_t *y, const uint8_t *u, const uint8_t *v, int32_t count,
                uint8_t alpha, TCS_T4) {
@@ -314,6 +330,24 @@ void sse2::UYVY_2_RGB24_Row(uint8_t *dst, const uint8_t *src, int32_t count, TCS
 }
 void sse2::UYVY_2_BGR24_Row(uint8_t *dst, const uint8_t *src, int32_t count, TCS_T4) {
   PackedRow<BGR24, UYVY, &portable::UYVY_2_BGR24_Row>(dst, src, count, 0, rv, gu, gv, bu);
+}
+
+// Packed 4:2:2 plus key plane -> RGB32 / BGR32, alpha from the key.
+void sse2::YUYV_Key_2_RGB32_Row(uint8_t *dst, const uint8_t *src, const uint8_t *key, int32_t count,
+                                TCS_T4) {
+  PackedKeyRow<RGB32, YUYV, &portable::YUYV_Key_2_RGB32_Row>(dst, src, key, count, rv, gu, gv, bu);
+}
+void sse2::YUYV_Key_2_BGR32_Row(uint8_t *dst, const uint8_t *src, const uint8_t *key, int32_t count,
+                                TCS_T4) {
+  PackedKeyRow<BGR32, YUYV, &portable::YUYV_Key_2_BGR32_Row>(dst, src, key, count, rv, gu, gv, bu);
+}
+void sse2::UYVY_Key_2_RGB32_Row(uint8_t *dst, const uint8_t *src, const uint8_t *key, int32_t count,
+                                TCS_T4) {
+  PackedKeyRow<RGB32, UYVY, &portable::UYVY_Key_2_RGB32_Row>(dst, src, key, count, rv, gu, gv, bu);
+}
+void sse2::UYVY_Key_2_BGR32_Row(uint8_t *dst, const uint8_t *src, const uint8_t *key, int32_t count,
+                                TCS_T4) {
+  PackedKeyRow<BGR32, UYVY, &portable::UYVY_Key_2_BGR32_Row>(dst, src, key, count, rv, gu, gv, bu);
 }
 
 // Planar 4:2:2 -> RGB.
