@@ -59,6 +59,7 @@ List PortableList() {
   return list;
 }
 
+// clang-format off
 List SSE2List() {
   return Listed({
       // The SSE2 set leaves three kernels as the empty stub: on levels 1 to 4
@@ -172,6 +173,7 @@ List SSE41List() {
       TQCS_SLOT(sse41, Int32_2_Int16_Deinterleave_Row),
   });
 }
+// clang-format on
 
 #undef TQCS_SLOT
 
