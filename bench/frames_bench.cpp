@@ -55,6 +55,10 @@ const TCS_APIStu &Api() { return *TCS_GetAPIStuPtr(); }
 #define D0(bpp) f.d0.data(), int64_t{f.w} * (bpp)
 #define YUV_S f.s0.data(), f.w, f.s1.data(), f.w / 2, f.s2.data(), f.w / 2
 #define YUV_D f.d0.data(), f.w, f.d1.data(), f.w / 2, f.d2.data(), f.w / 2
+// 16-bit planes: byte pitches for the library, sample pitches for the peer.
+#define U16(v) reinterpret_cast<const uint16_t *>(v.data())
+#define YUV16_S U16(f.s0), 2 * f.w, U16(f.s1), f.w, U16(f.s2), f.w
+#define YUV16_S_PEER U16(f.s0), f.w, U16(f.s1), f.w / 2, U16(f.s2), f.w / 2
 
 const std::vector<Conversion> &Conversions() {
   static const std::vector<Conversion> all = {
@@ -133,6 +137,17 @@ const std::vector<Conversion> &Conversions() {
       {"RGB24_SwapRB", {24}, {24},
        [](Frame &f) { Api().pRGB24->TCS_RGB24_SwapRB_Frame(D0(3), S0(3), f.w, f.h, 0); },
        PEER(libyuv::RAWToRGB24(f.s0.data(), f.w * 3, f.d0.data(), f.w * 3, f.w, f.h))},
+      // 10-bit planes (16-bit samples) to 8-bit planes of the same subsampling.
+      {"YUV420_10bit_to_YUV420", {16, 4, 4}, {8, 2, 2},
+       [](Frame &f) {
+         Api().pYUV420->TCS_YUV420_10Bit_2_YUV420_Frame(YUV_D, YUV16_S, f.w, f.h, 0);
+       },
+       PEER(libyuv::I010ToI420(YUV16_S_PEER, YUV_D, f.w, f.h))},
+      {"YUV422_10bit_to_YUV422", {16, 8, 8}, {8, 4, 4},
+       [](Frame &f) {
+         Api().pYUV422->TCS_YUV422_10Bit_2_YUV422_Frame(YUV_D, YUV16_S, f.w, f.h, 0);
+       },
+       PEER(libyuv::I210ToI422(YUV16_S_PEER, YUV_D, f.w, f.h))},
       {"RGB32_to_Gray", {32}, {8},
        [](Frame &f) {
          Api().pRGB32->TCS_RGB32_2_Gray_Frame(D0(1), S0(4), f.w, f.h, TCS_MATRIX_HD, 1, 0);

@@ -65,5 +65,42 @@ while IFS= read -r line; do
   echo "library: $name holds $op"
   status=1
 done < <(offending "$library" "$past_sse2" | sort -u)
+
+# Every SSE2 slot routine and kernel-object operation is SIMD code: it, or a
+# routine of its own tier that it calls, holds packed SSE2 arithmetic (a
+# routine that only handed the row to its portable twin would not). The zero
+# fills are left out: a compiler may turn their store loop into a memset call.
+packed='pmaddwd|pack(uswb|sswb|ssdw)|punpck[lh][a-z]+|pshuf(d|lw|hw)|pavg[bw]|padd[a-z]+|psub[a-z]+|pmul[a-z]+|ps(rl|ra|ll)[wdq]|psrldq|pslldq|pand|pandn|por|pcmpeq[bwd]|pcmpgt[bwd]|pmax(sw|ub)|pmin(sw|ub)|movdq[au]|movntdq|cvttps2dq|cvtdq2ps|divps|mulps|movup[sd]|movap[sd]|movntp[sd]|xorp[sd]|andn?p[sd]|orp[sd]|shufp[sd]|unpck[lh]p[sd]|mov[lh]p[sd]'
+not_simd=$(objdump -d -C --no-show-raw-insn "$library" | awk -v pat="^($packed)\$" '
+  /^[0-9a-f]+ <.*>:$/ {
+    fn = substr($0, index($0, "<") + 1); sub(/>:$/, "", fn)
+    if (fn ~ /^tqcs::(sse2::[A-Za-z0-9_]+|ColorSpaceSSE2::[A-Za-z0-9_]+)\(/ && fn !~ /Clear_Row_/)
+      slots[fn] = 1
+    next
+  }
+  /^ +[0-9a-f]+:\t/ {
+    split($0, f, "\t"); split(f[2], w, " ")
+    if (w[1] ~ pat && f[2] ~ /%xmm/) simd[fn] = 1
+    if ((w[1] == "call" || w[1] == "jmp") && match(f[2], /<.*>/)) {
+      target = substr(f[2], RSTART + 1, RLENGTH - 2)
+      if (target !~ /\+0x/ && target ~ /(^| )tqcs::(sse2::|ColorSpaceSSE2::)/)
+        callees[fn] = callees[fn] "\n" target
+    }
+  }
+  END {
+    # A routine is SIMD code if it or anything it calls in its tier is.
+    for (round = 0; round < 6; ++round)
+      for (fn in callees) if (!(fn in simd)) {
+        n = split(callees[fn], list, "\n")
+        for (i = 1; i <= n; ++i) if (list[i] in simd) { simd[fn] = 1; break }
+      }
+    for (fn in slots) if (!(fn in simd)) print fn
+  }')
+routines=$(nm -C --defined-only "$library" | grep -cE ' tqcs::(sse2::[A-Za-z0-9_]+|ColorSpaceSSE2::[A-Za-z0-9_]+)\(' || true)
+if [ -n "$not_simd" ]; then
+  echo "SSE2 routines without packed SSE2 code:"; echo "$not_simd"
+  status=1
+fi
+echo "checked $routines SSE2 slot routines and kernel-object operations for packed code"
 [ $status -eq 0 ] && echo "instruction sets in place"
 exit $status

@@ -5,8 +5,9 @@
 // Sources are read-only and sit against an unreadable page: ending at it (a
 // read past the row faults), or starting right after it (a read before the
 // row faults). Destinations carry margins on both sides that must survive.
-// Data: seeded random bytes, all 0, all 255, and bytes drawn from the values
-// where rounding and clamping turn; coefficient rows of random int16 values
+// Data: seeded random bytes, all 0, all 255, bytes drawn from the values
+// where rounding and clamping turn, and 16-bit samples at the 10-bit extremes
+// with stray low bits; coefficient rows of random int16 values
 // over the whole range and of the two extremes; alpha 0, 1, 254, 255.
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -88,6 +89,14 @@ void FillPattern(uint8_t *p, size_t n, int pattern, std::mt19937 &rng) {
       case 3:
         p[i] = kTurningValues[rng() % std::size(kTurningValues)];
         break;
+      case 4: {
+        // Little-endian 16-bit samples holding 10-bit 0 or 1023 in bits 6 to
+        // 15, with stray bits below.
+        const uint16_t sample =
+            static_cast<uint16_t>((rng() % 2 ? 1023u << 6 : 0u) | (rng() & 63u));
+        p[i] = static_cast<uint8_t>(i % 2 ? sample >> 8 : sample);
+        break;
+      }
       default:
         p[i] = static_cast<uint8_t>(rng());
     }
@@ -227,7 +236,7 @@ TEST_P(Parity, SameBytesAsPortable) {
       ++k;
       const Variant v{placement,
                       k % 3 == 0 ? -1 : (k % 3 == 1 ? 1 : 0),
-                      k % 4,
+                      k % 5,
                       k % 7 == 3 ? 1 + (k / 7) % 2 : 0,
                       kAlphas[k % 4],
                       placement == Placement::StartAtGuard ? 0 : static_cast<size_t>(k % 16),

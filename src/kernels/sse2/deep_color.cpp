@@ -45,14 +45,6 @@ inline __m128i SwapRB(__m128i v) {
 // word 3 of each is left over from the neighbouring samples.
 inline __m128i Spread3(__m128i p) { return _mm_unpacklo_epi64(p, _mm_srli_si128(p, 6)); }
 
-// The reverse: two 4-word pixels to twelve bytes, bytes 12-15 zero.
-inline __m128i Gather3(__m128i q) {
-  const __m128i low = _mm_and_si128(q, _mm_setr_epi16(-1, -1, -1, 0, 0, 0, 0, 0));
-  const __m128i high =
-      _mm_and_si128(_mm_srli_si128(q, 2), _mm_setr_epi16(0, 0, 0, -1, -1, -1, 0, 0));
-  return _mm_or_si128(low, high);
-}
-
 // 48 bytes of 3-word pixels (three vectors) as eight 4-word pixels.
 inline Pixels8 Spread3x8(__m128i a, __m128i b, __m128i c) {
   return {{Spread3(a), Spread3(_mm_or_si128(_mm_srli_si128(a, 12), _mm_slli_si128(b, 4))),
@@ -73,17 +65,6 @@ inline Words24 ReadWords24(const In *src) {
   } else {
     const __m128i zero = _mm_setzero_si128(), a = Load(src), b = Load64(src + 16);
     return {{_mm_unpacklo_epi8(a, zero), _mm_unpackhi_epi8(a, zero), _mm_unpacklo_epi8(b, zero)}};
-  }
-}
-
-// 24 words to 24 samples; words bound for bytes are 0..255 (or saturate).
-template <class Out>
-inline void WriteWords24(Out *dst, const Words24 &w) {
-  if constexpr (sizeof(Out) == 2) {
-    for (int j = 0; j < 3; ++j) Store(dst + 8 * j, w.v[j]);
-  } else {
-    Store(dst, _mm_packus_epi16(w.v[0], w.v[1]));
-    Store64(dst + 16, _mm_packus_epi16(w.v[2], w.v[2]));
   }
 }
 
@@ -166,20 +147,12 @@ inline Pixels8 Read8(const In *src) {
 // (or saturate there).
 template <int kStride, class Out>
 inline void Write8(Out *dst, const Pixels8 &p) {
-  if constexpr (kStride == 4) {
-    if constexpr (sizeof(Out) == 2) {
-      for (int j = 0; j < 4; ++j) Store(dst + 8 * j, p.v[j]);
-    } else {
-      Store(dst, _mm_packus_epi16(p.v[0], p.v[1]));
-      Store(dst + 16, _mm_packus_epi16(p.v[2], p.v[3]));
-    }
+  static_assert(kStride == 4, "3-sample rows are written by the stream path");
+  if constexpr (sizeof(Out) == 2) {
+    for (int j = 0; j < 4; ++j) Store(dst + 8 * j, p.v[j]);
   } else {
-    static_assert(kStride == 3);
-    const __m128i g0 = Gather3(p.v[0]), g1 = Gather3(p.v[1]), g2 = Gather3(p.v[2]),
-                  g3 = Gather3(p.v[3]);
-    WriteWords24(dst, Words24{{_mm_or_si128(g0, _mm_slli_si128(g1, 12)),
-                               _mm_or_si128(_mm_srli_si128(g1, 4), _mm_slli_si128(g2, 8)),
-                               _mm_or_si128(_mm_srli_si128(g2, 8), _mm_slli_si128(g3, 4))}});
+    Store(dst, _mm_packus_epi16(p.v[0], p.v[1]));
+    Store(dst + 16, _mm_packus_epi16(p.v[2], p.v[3]));
   }
 }
 
