@@ -1,18 +1,22 @@
 // Chroma resampling between 4:2:0 and 4:2:2, SSE2: the two-row upsampling
-// kernels (8-bit, and raw 16-bit samples to bytes), the 3:1 merge of two
-// 4:2:2 chroma rows, and two packed 4:2:2 rows to 4:2:0.
+// kernels (8-bit, 10-bit and raw 16-bit samples, and raw 16-bit samples to
+// bytes), the 3:1 merge of two 4:2:2 chroma rows (8-bit and 10-bit), and two
+// packed 4:2:2 rows (8-bit, or 16-bit to bytes or to 16-bit) to 4:2:0.
 //
-// The 8-bit weights are exact chains of byte averages, 16 samples an
-// instruction. With fl(x, y) = (x + y) >> 1 and rd(x, y) = (x + y + 1) >> 1,
-// integer floors nest: (x + (y >> k)) >> 1 == (2^k x + y) >> (k + 1). So
+// The weights are exact chains of unsigned averages (bytes or 16-bit lanes),
+// a lane's width of samples an instruction. With fl(x, y) = (x + y) >> 1 and
+// rd(x, y) = (x + y + 1) >> 1, integer floors nest: (x + (y >> k)) >> 1 ==
+// (2^k x + y) >> (k + 1). So
 //   (7a + b + 4) >> 3 == rd(a, fl(a, fl(a, b)))
 //   (5a + 3b + 4) >> 3 == rd(a, fl(b, fl(b, a)))
 //   (3a + b + 2) >> 2  == rd(a, fl(a, b))
-// (the rounding term enters as the +1 of the last average: x = a + 1).
+//   (3a + b) >> 2      == fl(a, fl(a, b))
+// (the rounding term enters as the +1 of the last average: x = a + 1). The
+// averages never leave the lane's range, so full 16-bit samples are exact.
 //
-// The raw 16-bit sums are done in 16-bit lanes and wrap there, which is exact
-// for what is kept of them: the stored byte is bits 5 to 12 of the sum, and
-// those depend only on the sum modulo 2^16.
+// The raw 16-bit sums to bytes are done in 16-bit lanes and wrap there, which
+// is exact for what is kept of them: the stored byte is bits 5 to 12 of the
+// sum, and those depend only on the sum modulo 2^16.
 #include "kernels/kernel_slots.hpp"
 #include "kernels/x86/row.hpp"
 
@@ -22,48 +26,137 @@ namespace {
 using x86::Advance;
 using x86::WholeBlocks;
 
-// Samples per block: one 16-byte store of bytes per destination row.
+// Samples per block: 16 bytes of each 8-bit destination row, 32 bytes of a
+// 16-bit one.
 constexpr int kBlock = 16;
 
 inline __m128i Not(__m128i x) { return _mm_xor_si128(x, _mm_set1_epi32(-1)); }
 
+// Unsigned lanes of one width: their rounding average, and the even and odd
+// lanes of two vectors packed into one (exact for every lane value).
+struct Lane8 {
+  using T = uint8_t;
+  static __m128i Avg(__m128i a, __m128i b) { return _mm_avg_epu8(a, b); }
+  static __m128i Even(__m128i v0, __m128i v1) {
+    const __m128i low = _mm_set1_epi16(0xFF);
+    return _mm_packus_epi16(_mm_and_si128(v0, low), _mm_and_si128(v1, low));
+  }
+  static __m128i Odd(__m128i v0, __m128i v1) {
+    return _mm_packus_epi16(_mm_srli_epi16(v0, 8), _mm_srli_epi16(v1, 8));
+  }
+};
+
+// 16-bit lanes: a sign-extended 32-bit lane packs back to its own 16 bits
+// under the signed saturating pack.
+struct Lane16 {
+  using T = uint16_t;
+  static __m128i Avg(__m128i a, __m128i b) { return _mm_avg_epu16(a, b); }
+  static __m128i Even(__m128i v0, __m128i v1) {
+    return _mm_packs_epi32(_mm_srai_epi32(_mm_slli_epi32(v0, 16), 16),
+                           _mm_srai_epi32(_mm_slli_epi32(v1, 16), 16));
+  }
+  static __m128i Odd(__m128i v0, __m128i v1) {
+    return _mm_packs_epi32(_mm_srai_epi32(v0, 16), _mm_srai_epi32(v1, 16));
+  }
+};
+
 // fl(c, fl(c, d)) == ~rd(~c, rd(~c, ~d)): the floor average is the rounding
 // one on complements, so a chain of floor averages costs one instruction a
 // link.
+template <class L>
 inline __m128i FloorChain(__m128i notC, __m128i notD) {
-  return Not(_mm_avg_epu8(notC, _mm_avg_epu8(notC, notD)));
+  return Not(L::Avg(notC, L::Avg(notC, notD)));
 }
 
-// How a family reads a block of 16 samples (Read) and weighs two blocks into
-// 16 bytes, (kWa a + (8 - kWa) b + round) >> shift for kWa 5 or 7 (Weigh8).
-// The first-row and last-row kernels, 8-bit only, also store a block as it
-// stands (Plain).
+// (kWa a + (8 - kWa) b + 4) >> 3 for kWa 5 or 7.
+template <class L, int kWa>
+inline __m128i Weigh8(__m128i a, __m128i b) {
+  static_assert(kWa == 5 || kWa == 7);
+  // c is the sample weighted 3 in (3c + d) >> 2.
+  const __m128i c = kWa == 7 ? a : b, d = kWa == 7 ? b : a;
+  return L::Avg(a, FloorChain<L>(Not(c), Not(d)));
+}
+
+// (3a + b + 2) >> 2, or (3a + b) >> 2 without kRound.
+template <class L, bool kRound = true>
+inline __m128i Merge31(__m128i a, __m128i b) {
+  if constexpr (kRound) {
+    return L::Avg(a, Not(L::Avg(Not(a), Not(b))));
+  } else {
+    return FloorChain<L>(Not(a), Not(b));
+  }
+}
+
+// A block of 16 samples in 16-bit lanes: samples 0-7 and 8-15.
+struct Halves {
+  __m128i lo, hi;
+};
+
+inline Halves ReadHalves(const uint16_t *p) { return {x86::Load(p), x86::Load(p + 8)}; }
+
+// How a family reads a block of 16 samples (Read), weighs two blocks
+// (Weigh8<kWa>, kWa 5 or 7) or merges them 3:1 (Merge31), passes a block
+// through as its destination sample (Plain), and stores a result (Write).
 struct Bytes {
   using Src = uint8_t;
+  using Dst = uint8_t;
   using Block = __m128i;
   static Block Read(const uint8_t *p) { return x86::Load(p); }
   template <int kWa>
   static __m128i Weigh8(Block a, Block b) {
-    static_assert(kWa == 5 || kWa == 7);
-    // c is the sample weighted 3 in (3c + d) >> 2.
-    const Block c = kWa == 7 ? a : b, d = kWa == 7 ? b : a;
-    return _mm_avg_epu8(a, FloorChain(Not(c), Not(d)));
+    return sse2::Weigh8<Lane8, kWa>(a, b);
   }
+  static __m128i Merge31(Block a, Block b) { return sse2::Merge31<Lane8>(a, b); }
   static __m128i Plain(Block a) { return a; }
+  static void Write(uint8_t *p, __m128i v) { x86::Store(p, v); }
 };
+
+// 16-bit samples whose value is the sample shifted right by kDrop (10-bit
+// values in bits 6-15 for kDrop 6, raw samples for 0); a result is stored
+// shifted back left, so a plain block loses its low kDrop bits.
+template <int kDrop>
+struct Words {
+  using Src = uint16_t;
+  using Dst = uint16_t;
+  using Block = Halves;
+  static Block Read(const uint16_t *p) {
+    const Halves s = ReadHalves(p);
+    return {x86::ShiftWords<-kDrop>(s.lo), x86::ShiftWords<-kDrop>(s.hi)};
+  }
+  template <int kWa>
+  static Halves Weigh8(Block a, Block b) {
+    return Out(sse2::Weigh8<Lane16, kWa>(a.lo, b.lo), sse2::Weigh8<Lane16, kWa>(a.hi, b.hi));
+  }
+  static Halves Merge31(Block a, Block b) {
+    return Out(sse2::Merge31<Lane16>(a.lo, b.lo), sse2::Merge31<Lane16>(a.hi, b.hi));
+  }
+  static Halves Plain(Block a) { return Out(a.lo, a.hi); }
+  static void Write(uint16_t *p, Halves v) {
+    x86::Store(p, v.lo);
+    x86::Store(p + 8, v.hi);
+  }
+
+ private:
+  static Halves Out(__m128i lo, __m128i hi) {
+    return {x86::ShiftWords<kDrop>(lo), x86::ShiftWords<kDrop>(hi)};
+  }
+};
+
+using TenBit16 = Words<6>;
+using Raw16 = Words<0>;
 
 // Raw 16-bit samples, weighted as they stand and shifted by 5; the byte is
 // the low 8 bits of the shifted sum (a truncating cast, not a saturation).
 struct Raw16To8 {
   using Src = uint16_t;
-  struct Block {
-    __m128i lo, hi;  // samples 0-7, 8-15
-  };
-  static Block Read(const uint16_t *p) { return {x86::Load(p), x86::Load(p + 8)}; }
+  using Dst = uint8_t;
+  using Block = Halves;
+  static Block Read(const uint16_t *p) { return ReadHalves(p); }
   template <int kWa>
   static __m128i Weigh8(Block a, Block b) {
     return _mm_packus_epi16(Weigh(a.lo, b.lo, kWa), Weigh(a.hi, b.hi, kWa));
   }
+  static void Write(uint8_t *p, __m128i v) { x86::Store(p, v); }
 
  private:
   // Bits 5-12 of wa a + (8 - wa) b + 16 are bits 8-15 of eight times it (mod
@@ -87,31 +180,32 @@ struct Raw16To8 {
 enum class Edge { First, Last, Interior };
 
 template <Edge E, class P>
-void UpsamplePlane(uint8_t *dst, int64_t dstPitch, const typename P::Src *src, int64_t srcPitch,
-                   int32_t blocks) {
-  uint8_t *dst2 = Advance(dst, dstPitch);
+void UpsamplePlane(typename P::Dst *dst, int64_t dstPitch, const typename P::Src *src,
+                   int64_t srcPitch, int32_t blocks) {
+  typename P::Dst *dst2 = Advance(dst, dstPitch);
   const typename P::Src *next = Advance(src, srcPitch);
   const typename P::Src *prev = Advance(src, -srcPitch);
   for (int32_t b = 0; b < blocks; ++b) {
     const int32_t i = b * kBlock;
     const typename P::Block a = P::Read(src + i), n = P::Read(next + i);
-    __m128i top, bottom;
     if constexpr (E == Edge::Interior) {
-      top = P::template Weigh8<7>(a, P::Read(prev + i));
-      bottom = P::template Weigh8<5>(a, n);
+      const auto top = P::template Weigh8<7>(a, P::Read(prev + i));
+      const auto bottom = P::template Weigh8<5>(a, n);
+      P::Write(dst + i, top);
+      P::Write(dst2 + i, bottom);
     } else {
-      top = P::Plain(a);
-      bottom = P::template Weigh8 < E == Edge::First ? 5 : 7 > (a, n);
+      const auto top = P::Plain(a);
+      const auto bottom = P::template Weigh8 < E == Edge::First ? 5 : 7 > (a, n);
+      P::Write(dst + i, top);
+      P::Write(dst2 + i, bottom);
     }
-    x86::Store(dst + i, top);
-    x86::Store(dst2 + i, bottom);
   }
 }
 
 // Both planes over whole blocks; the rest of the row goes to kTail, the
 // portable routine of the same slot.
 template <Edge E, class P, auto kTail>
-void Upsample(uint8_t *dstU, int64_t dstUPitch, uint8_t *dstV, int64_t dstVPitch,
+void Upsample(typename P::Dst *dstU, int64_t dstUPitch, typename P::Dst *dstV, int64_t dstVPitch,
               const typename P::Src *srcU, int64_t srcUPitch, const typename P::Src *srcV,
               int64_t srcVPitch, int32_t width) {
   const int32_t blocks = WholeBlocks<kBlock>(width);
@@ -123,60 +217,80 @@ void Upsample(uint8_t *dstU, int64_t dstUPitch, uint8_t *dstV, int64_t dstVPitch
           srcVPitch, width - done);
 }
 
-// (3a + b + 2) >> 2 per byte.
-inline __m128i Merge31(__m128i a, __m128i b) {
-  return _mm_avg_epu8(a, Not(_mm_avg_epu8(Not(a), Not(b))));
-}
-
-// 4:2:2 -> 4:2:0: a the given row, b the row at +srcPitch.
-void DownsamplePlane(uint8_t *dst, const uint8_t *src, int64_t srcPitch, int32_t blocks) {
-  const uint8_t *next = Advance(src, srcPitch);
+// 4:2:2 -> 4:2:0: (3a + b + 2) >> 2, a the given row, b the row at +srcPitch.
+template <class P>
+void DownsamplePlane(typename P::Dst *dst, const typename P::Src *src, int64_t srcPitch,
+                     int32_t blocks) {
+  const typename P::Src *next = Advance(src, srcPitch);
   for (int32_t b = 0; b < blocks; ++b) {
     const int32_t i = b * kBlock;
-    x86::Store(dst + i, Merge31(x86::Load(src + i), x86::Load(next + i)));
+    P::Write(dst + i, P::Merge31(P::Read(src + i), P::Read(next + i)));
   }
+}
+
+template <class P, auto kTail>
+void Downsample(typename P::Dst *dstU, typename P::Dst *dstV, const typename P::Src *srcU,
+                int64_t srcUPitch, const typename P::Src *srcV, int64_t srcVPitch, int32_t width) {
+  const int32_t blocks = WholeBlocks<kBlock>(width);
+  DownsamplePlane<P>(dstU, srcU, srcUPitch, blocks);
+  DownsamplePlane<P>(dstV, srcV, srcVPitch, blocks);
+  const int32_t done = blocks * kBlock;
+  if (done < width)
+    kTail(dstU + done, dstV + done, srcU + done, srcUPitch, srcV + done, srcVPitch, width - done);
 }
 
 // ---------------------------------------------------------------------------
 // Two packed 4:2:2 rows (src and src + srcPitch) to 4:2:0: both luma rows (to
 // dstY and dstY + dstYPitch) and one chroma row (3a + b + 2) >> 2, a from the
-// first row. Blocks of 16 pairs: 64 bytes of each source row, 32 luma bytes
-// of each destination row, 16 bytes of U and of V.
-constexpr int kPairBlock = 16;
+// first row ((3a + b) >> 2 without kRound). Work is done in lanes L of the
+// destination's width; 16-bit samples to bytes keep their high bytes. A block
+// is four vectors of each source row: 16 pairs in bytes, 8 in 16-bit lanes.
 
-// One row's block of 16 pairs: 32 luma bytes and 16 pairs of chroma bytes (U,
-// V alternating), each as two vectors.
-template <bool kLumaFirst>
-inline void SplitPairs(const uint8_t *src, __m128i luma[2], __m128i chroma[2]) {
-  const __m128i low = _mm_set1_epi16(0xFF);
+// Vector j of a source row as packed samples in lanes L.
+template <class L, class Src>
+inline __m128i Fetch(const Src *src, int j) {
+  if constexpr (sizeof(Src) == sizeof(typename L::T)) {
+    return x86::Load(src + j * (16 / sizeof(Src)));
+  } else {
+    static_assert(sizeof(Src) == 2 && sizeof(typename L::T) == 1);
+    return _mm_packus_epi16(_mm_srli_epi16(x86::Load(src + 16 * j), 8),
+                            _mm_srli_epi16(x86::Load(src + 16 * j + 8), 8));
+  }
+}
+
+// One row's block: its luma as two vectors and its chroma (U, V alternating)
+// as two vectors.
+template <class L, bool kLumaFirst, class Src>
+inline void SplitPairs(const Src *src, __m128i luma[2], __m128i chroma[2]) {
   for (int k = 0; k < 2; ++k) {
-    const __m128i v0 = x86::Load(src + 32 * k), v1 = x86::Load(src + 32 * k + 16);
-    const __m128i even = _mm_packus_epi16(_mm_and_si128(v0, low), _mm_and_si128(v1, low));
-    const __m128i odd = _mm_packus_epi16(_mm_srli_epi16(v0, 8), _mm_srli_epi16(v1, 8));
+    const __m128i v0 = Fetch<L>(src, 2 * k), v1 = Fetch<L>(src, 2 * k + 1);
+    const __m128i even = L::Even(v0, v1), odd = L::Odd(v0, v1);
     luma[k] = kLumaFirst ? even : odd;
     chroma[k] = kLumaFirst ? odd : even;
   }
 }
 
-template <bool kLumaFirst, auto kTail>
-void PackedTo420(uint8_t *dstY, int64_t dstYPitch, uint8_t *dstU, uint8_t *dstV, const uint8_t *src,
+template <class L, bool kLumaFirst, bool kRound, auto kTail, class Dst, class Src>
+void PackedTo420(Dst *dstY, int64_t dstYPitch, Dst *dstU, Dst *dstV, const Src *src,
                  int64_t srcPitch, int32_t count) {
+  static_assert(sizeof(Dst) == sizeof(typename L::T));
+  constexpr int kLanes = 16 / sizeof(Dst);  // samples a vector
+  constexpr int kPairBlock = kLanes;        // 4 vectors of 4-sample pairs
   const int32_t blocks = WholeBlocks<2 * kPairBlock>(count);
-  uint8_t *dstY2 = Advance(dstY, dstYPitch);
-  const uint8_t *src2 = Advance(src, srcPitch);
-  const __m128i low = _mm_set1_epi16(0xFF);
+  Dst *dstY2 = Advance(dstY, dstYPitch);
+  const Src *src2 = Advance(src, srcPitch);
   for (int32_t b = 0; b < blocks; ++b) {
     const int64_t p = int64_t{b} * kPairBlock;
     __m128i ya[2], yb[2], ca[2], cb[2], c[2];
-    SplitPairs<kLumaFirst>(src + 4 * p, ya, ca);
-    SplitPairs<kLumaFirst>(src2 + 4 * p, yb, cb);
-    for (int k = 0; k < 2; ++k) c[k] = Merge31(ca[k], cb[k]);
+    SplitPairs<L, kLumaFirst>(src + 4 * p, ya, ca);
+    SplitPairs<L, kLumaFirst>(src2 + 4 * p, yb, cb);
+    for (int k = 0; k < 2; ++k) c[k] = Merge31<L, kRound>(ca[k], cb[k]);
     x86::Store(dstY + 2 * p, ya[0]);
-    x86::Store(dstY + 2 * p + 16, ya[1]);
+    x86::Store(dstY + 2 * p + kLanes, ya[1]);
     x86::Store(dstY2 + 2 * p, yb[0]);
-    x86::Store(dstY2 + 2 * p + 16, yb[1]);
-    x86::Store(dstU + p, _mm_packus_epi16(_mm_and_si128(c[0], low), _mm_and_si128(c[1], low)));
-    x86::Store(dstV + p, _mm_packus_epi16(_mm_srli_epi16(c[0], 8), _mm_srli_epi16(c[1], 8)));
+    x86::Store(dstY2 + 2 * p + kLanes, yb[1]);
+    x86::Store(dstU + p, L::Even(c[0], c[1]));
+    x86::Store(dstV + p, L::Odd(c[0], c[1]));
   }
   const int64_t done = int64_t{blocks} * kPairBlock;
   if (count - 2 * done >= 2)
@@ -210,6 +324,29 @@ void sse2::YUV420_2_YUV422_UV_Row(uint8_t *dstU, int64_t dstUPitch, uint8_t *dst
       dstU, dstUPitch, dstV, dstVPitch, srcU, srcUPitch, srcV, srcVPitch, width);
 }
 
+void sse2::YUV420_16_2_YUV422_16_UV_FirstRow(uint16_t *dstU, int64_t dstUPitch, uint16_t *dstV,
+                                             int64_t dstVPitch, const uint16_t *srcU,
+                                             int64_t srcUPitch, const uint16_t *srcV,
+                                             int64_t srcVPitch, int32_t width) {
+  Upsample<Edge::First, TenBit16, portable::YUV420_16_2_YUV422_16_UV_FirstRow>(
+      dstU, dstUPitch, dstV, dstVPitch, srcU, srcUPitch, srcV, srcVPitch, width);
+}
+
+void sse2::YUV420_16_2_YUV422_16_UV_LastRow(uint16_t *dstU, int64_t dstUPitch, uint16_t *dstV,
+                                            int64_t dstVPitch, const uint16_t *srcU,
+                                            int64_t srcUPitch, const uint16_t *srcV,
+                                            int64_t srcVPitch, int32_t width) {
+  Upsample<Edge::Last, TenBit16, portable::YUV420_16_2_YUV422_16_UV_LastRow>(
+      dstU, dstUPitch, dstV, dstVPitch, srcU, srcUPitch, srcV, srcVPitch, width);
+}
+
+void sse2::YUV420_16_2_YUV422_16_UV_Row(uint16_t *dstU, int64_t dstUPitch, uint16_t *dstV,
+                                        int64_t dstVPitch, const uint16_t *srcU, int64_t srcUPitch,
+                                        const uint16_t *srcV, int64_t srcVPitch, int32_t width) {
+  Upsample<Edge::Interior, TenBit16, portable::YUV420_16_2_YUV422_16_UV_Row>(
+      dstU, dstUPitch, dstV, dstVPitch, srcU, srcUPitch, srcV, srcVPitch, width);
+}
+
 // The interior rule on raw 16-bit samples, shifted by 5 into bytes.
 void sse2::YUV420_10Bit_2_YUV422_UV_Row(uint8_t *dstU, int64_t dstUPitch, uint8_t *dstV,
                                         int64_t dstVPitch, const uint16_t *srcU, int64_t srcUPitch,
@@ -218,28 +355,65 @@ void sse2::YUV420_10Bit_2_YUV422_UV_Row(uint8_t *dstU, int64_t dstUPitch, uint8_
       dstU, dstUPitch, dstV, dstVPitch, srcU, srcUPitch, srcV, srcVPitch, width);
 }
 
+// The interior rule on raw 16-bit samples, low six bits included.
+void sse2::YUV420_10Bit_2_YUV422_10Bit_UV_Row(uint16_t *dstU, int64_t dstUPitch, uint16_t *dstV,
+                                              int64_t dstVPitch, const uint16_t *srcU,
+                                              int64_t srcUPitch, const uint16_t *srcV,
+                                              int64_t srcVPitch, int32_t width) {
+  Upsample<Edge::Interior, Raw16, portable::YUV420_10Bit_2_YUV422_10Bit_UV_Row>(
+      dstU, dstUPitch, dstV, dstVPitch, srcU, srcUPitch, srcV, srcVPitch, width);
+}
+
 void sse2::YUV422_2_YUV420_UV_Row(uint8_t *dstU, uint8_t *dstV, const uint8_t *srcU,
                                   int64_t srcUPitch, const uint8_t *srcV, int64_t srcVPitch,
                                   int32_t width) {
-  const int32_t blocks = WholeBlocks<kBlock>(width);
-  DownsamplePlane(dstU, srcU, srcUPitch, blocks);
-  DownsamplePlane(dstV, srcV, srcVPitch, blocks);
-  const int32_t done = blocks * kBlock;
-  if (done < width)
-    portable::YUV422_2_YUV420_UV_Row(dstU + done, dstV + done, srcU + done, srcUPitch, srcV + done,
-                                     srcVPitch, width - done);
+  Downsample<Bytes, portable::YUV422_2_YUV420_UV_Row>(dstU, dstV, srcU, srcUPitch, srcV, srcVPitch,
+                                                      width);
 }
 
+void sse2::YUV422_16_2_YUV420_16_UV_Row(uint16_t *dstU, uint16_t *dstV, const uint16_t *srcU,
+                                        int64_t srcUPitch, const uint16_t *srcV, int64_t srcVPitch,
+                                        int32_t width) {
+  Downsample<TenBit16, portable::YUV422_16_2_YUV420_16_UV_Row>(dstU, dstV, srcU, srcUPitch, srcV,
+                                                               srcVPitch, width);
+}
+
+// Packed rows to 4:2:0. The 8-bit kernels round the chroma merge; the
+// 16-bit-source kernels do not.
 void sse2::YUYV_2_YUV420_UV_Row(uint8_t *dstY, int64_t dstYPitch, uint8_t *dstU, uint8_t *dstV,
                                 const uint8_t *src, int64_t srcPitch, int32_t count) {
-  PackedTo420<true, portable::YUYV_2_YUV420_UV_Row>(dstY, dstYPitch, dstU, dstV, src, srcPitch,
-                                                    count);
+  PackedTo420<Lane8, true, true, portable::YUYV_2_YUV420_UV_Row>(dstY, dstYPitch, dstU, dstV, src,
+                                                                 srcPitch, count);
 }
 
 void sse2::UYVY_2_YUV420_UV_Row(uint8_t *dstY, int64_t dstYPitch, uint8_t *dstU, uint8_t *dstV,
                                 const uint8_t *src, int64_t srcPitch, int32_t count) {
-  PackedTo420<false, portable::UYVY_2_YUV420_UV_Row>(dstY, dstYPitch, dstU, dstV, src, srcPitch,
-                                                     count);
+  PackedTo420<Lane8, false, true, portable::UYVY_2_YUV420_UV_Row>(dstY, dstYPitch, dstU, dstV, src,
+                                                                  srcPitch, count);
+}
+
+void sse2::YUYV16_2_YUV420_Row(uint8_t *dstY, int64_t dstYPitch, uint8_t *dstU, uint8_t *dstV,
+                               const uint16_t *src, int64_t srcPitch, int32_t count) {
+  PackedTo420<Lane8, true, false, portable::YUYV16_2_YUV420_Row>(dstY, dstYPitch, dstU, dstV, src,
+                                                                 srcPitch, count);
+}
+
+void sse2::UYVY16_2_YUV420_Row(uint8_t *dstY, int64_t dstYPitch, uint8_t *dstU, uint8_t *dstV,
+                               const uint16_t *src, int64_t srcPitch, int32_t count) {
+  PackedTo420<Lane8, false, false, portable::UYVY16_2_YUV420_Row>(dstY, dstYPitch, dstU, dstV, src,
+                                                                  srcPitch, count);
+}
+
+void sse2::UYVY16_2_YUV420_16_Row(uint16_t *dstY, int64_t dstYPitch, uint16_t *dstU, uint16_t *dstV,
+                                  const uint16_t *src, int64_t srcPitch, int32_t count) {
+  PackedTo420<Lane16, false, false, portable::UYVY16_2_YUV420_16_Row>(dstY, dstYPitch, dstU, dstV,
+                                                                      src, srcPitch, count);
+}
+
+void sse2::YUYV16_2_YUV420_16_Row(uint16_t *dstY, int64_t dstYPitch, uint16_t *dstU, uint16_t *dstV,
+                                  const uint16_t *src, int64_t srcPitch, int32_t count) {
+  PackedTo420<Lane16, true, false, portable::YUYV16_2_YUV420_16_Row>(dstY, dstYPitch, dstU, dstV,
+                                                                     src, srcPitch, count);
 }
 
 }  // namespace tqcs
