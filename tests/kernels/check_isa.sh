@@ -74,7 +74,8 @@ packed='pmaddwd|pack(uswb|sswb|ssdw)|punpck[lh][a-z]+|pshuf(d|lw|hw)|pavg[bw]|pa
 not_simd=$(objdump -d -C --no-show-raw-insn "$library" | awk -v pat="^($packed)\$" '
   /^[0-9a-f]+ <.*>:$/ {
     fn = substr($0, index($0, "<") + 1); sub(/>:$/, "", fn)
-    if (fn ~ /^tqcs::(sse2::[A-Za-z0-9_]+|ColorSpaceSSE2::[A-Za-z0-9_]+)\(/ && fn !~ /Clear_Row_/)
+    # The routines themselves (not their lambdas, nor the constructor of the object).
+    if (fn ~ /^tqcs::(sse2|ColorSpaceSSE2)::[A-Za-z0-9_]+\([^()]*\)$/ && fn !~ /Clear_Row_|::ColorSpaceSSE2\(/)
       slots[fn] = 1
     next
   }
@@ -83,7 +84,7 @@ not_simd=$(objdump -d -C --no-show-raw-insn "$library" | awk -v pat="^($packed)\
     if (w[1] ~ pat && f[2] ~ /%xmm/) simd[fn] = 1
     if ((w[1] == "call" || w[1] == "jmp") && match(f[2], /<.*>/)) {
       target = substr(f[2], RSTART + 1, RLENGTH - 2)
-      if (target !~ /\+0x/ && target ~ /(^| )tqcs::(sse2::|ColorSpaceSSE2::)/)
+      if (target !~ /\+0x/ && target ~ /(^| )tqcs::(sse2::|ColorSpaceSSE2::|x86::)/)
         callees[fn] = callees[fn] "\n" target
     }
   }
