@@ -7,7 +7,7 @@
 
 namespace tqcs {
 
-std::optional<Args> ParseArgs(std::span<char *const> argv, std::span<const OptionSpec> spec,
+std::optional<Args> ParseArgs(std::span<char *const> argv, std::span<const OptionDef> known,
                               std::string &error) {
   Args args;
   for (size_t i = 0; i < argv.size(); ++i) {
@@ -22,8 +22,8 @@ std::optional<Args> ParseArgs(std::span<char *const> argv, std::span<const Optio
       inlineValue = arg.substr(eq + 1);
       arg = arg.substr(0, eq);
     }
-    const OptionSpec *found = nullptr;
-    for (const OptionSpec &option : spec)
+    const OptionDef *found = nullptr;
+    for (const OptionDef &option : known)
       if (arg == option.name) found = &option;
     if (arg == "help") {
       args.values["help"] = "";

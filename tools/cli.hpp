@@ -14,7 +14,7 @@
 
 namespace tqcs {
 
-struct OptionSpec {
+struct OptionDef {
   const char *name;  // without the leading dashes
   bool takesValue;
 };
@@ -30,7 +30,7 @@ struct Args {
 };
 
 // "--name value", "--name=value" and flags; "--help" is always known.
-std::optional<Args> ParseArgs(std::span<char *const> argv, std::span<const OptionSpec> spec,
+std::optional<Args> ParseArgs(std::span<char *const> argv, std::span<const OptionDef> known,
                               std::string &error);
 
 std::optional<int32_t> ParseMatrix(std::string_view text);  // sd, hd, uhd

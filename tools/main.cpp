@@ -169,16 +169,16 @@ int main(int argc, char **argv) {
   struct Command {
     const char *name;
     const char *help;
-    std::span<const OptionSpec> options;
+    std::span<const OptionDef> options;
     int (*run)(const Args &);
   };
-  static constexpr OptionSpec kConvertOptions[] = {
+  static constexpr OptionDef kConvertOptions[] = {
       {"from", true},  {"to", true},     {"size", true},      {"matrix", true}, {"range", true},
       {"flip", false}, {"fields", true}, {"interlace", true}, {"threads", true}};
-  static constexpr OptionSpec kDemoOptions[] = {{"out", true}, {"size", true}, {"matrix", true}};
-  static constexpr OptionSpec kBenchOptions[] = {{"size", true}, {"reps", true}, {"threads", true},
-                                                 {"from", true}, {"to", true},   {"matrix", true}};
-  static constexpr OptionSpec kCompareOptions[] = {{"from", true}, {"size", true}, {"max", true}};
+  static constexpr OptionDef kDemoOptions[] = {{"out", true}, {"size", true}, {"matrix", true}};
+  static constexpr OptionDef kBenchOptions[] = {{"size", true}, {"reps", true}, {"threads", true},
+                                                {"from", true}, {"to", true},   {"matrix", true}};
+  static constexpr OptionDef kCompareOptions[] = {{"from", true}, {"size", true}, {"max", true}};
   const Command commands[] = {{"convert", kConvertHelp, kConvertOptions, RunConvert},
                               {"demo", kDemoHelp, kDemoOptions, RunDemo},
                               {"bench", kBenchHelp, kBenchOptions, RunBench},

@@ -52,7 +52,7 @@ TEST_P(GuardSweep, NoByteOutsideThePlanesIsTouched) {
                           guard == Guard::After ? "after" : "before");
             std::vector<PlaneArg> planes;
             std::vector<size_t> outputs;
-            for (const ImageSpec &image : ImagesOf(e, form, h)) {
+            for (const ImagePlan &image : ImagesOf(e, form, h)) {
               for (const PlaneShape &shape : Shapes(image.layout, w, image.luma, image.chroma)) {
                 const size_t k = planes.size();
                 const int64_t pitch =

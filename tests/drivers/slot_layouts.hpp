@@ -149,18 +149,18 @@ inline int64_t FieldLuma(Fields rule, Form form, int i, int64_t h) {
 // rows, written). A split's fields are images of their own (4:2:0 chroma for
 // half their rows); a compose reads the frame's chroma rows alternately from
 // its fields.
-struct ImageSpec {
+struct ImagePlan {
   L layout;
   int64_t luma, chroma;
   bool output;
 };
-inline std::vector<ImageSpec> ImagesOf(const Entry &e, Form form, int64_t h) {
+inline std::vector<ImagePlan> ImagesOf(const Entry &e, Form form, int64_t h) {
   auto field = [&](L l, int i, bool output) {
     const int64_t luma = FieldLuma(e.fields, form, i, h);
     const int64_t chroma = form == kSplit ? luma / 2 : (i == 0 ? (h / 2 + 1) / 2 : h / 4);
-    return ImageSpec{l, luma, chroma, output};
+    return ImagePlan{l, luma, chroma, output};
   };
-  const ImageSpec dst{e.dst, h, h / 2, true}, src{e.src, h, h / 2, false};
+  const ImagePlan dst{e.dst, h, h / 2, true}, src{e.src, h, h / 2, false};
   if (form == kFrame) return {dst, src};
   if (form == kSplit) return {field(e.dst, 0, true), field(e.dst, 1, true), src};
   return {dst, field(e.src, 0, false), field(e.src, 1, false)};

@@ -33,10 +33,10 @@ Job DriverJob(const SlotRef &slot, int32_t w, int32_t h, int64_t flip) {
     std::vector<bool> outputs;
     std::vector<PlaneArg> planes;
     uint32_t seed = 1;
-    for (const ImageSpec &spec : ImagesOf(e, form, h)) {
-      images.emplace_back(Shapes(spec.layout, w, spec.luma, spec.chroma), 3);
-      if (!spec.output) images.back().Randomize(seed++);
-      outputs.push_back(spec.output);
+    for (const ImagePlan &plan : ImagesOf(e, form, h)) {
+      images.emplace_back(Shapes(plan.layout, w, plan.luma, plan.chroma), 3);
+      if (!plan.output) images.back().Randomize(seed++);
+      outputs.push_back(plan.output);
     }
     for (Image &image : images)
       for (const PlaneArg &p : image.Args()) planes.push_back(p);
