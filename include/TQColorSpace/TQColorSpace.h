@@ -19,13 +19,8 @@
 #include <stdint.h>
 
 #include "TQDriverSlots.h"
+#include "TQExport.h"
 #include "TQKernelSlots.h"
-
-#if defined(TQCOLORSPACE_BUILDING)
-#define TCS_API __attribute__((visibility("default")))
-#else
-#define TCS_API
-#endif
 
 #ifdef __cplusplus
 extern "C" {
@@ -175,12 +170,14 @@ TCS_API TCS_APIStu *TCS_GetAPIStuPtr(void);
  * sub-table pointers 0 to 7 is null, 10 when a validated slot is null, else 1. */
 TCS_API int32_t TCS_CheckAPIStu(const TCS_APIStu *api);
 
-/* The module entry point. On Linux the loader calls it with reason 1 when the
- * library is loaded and 0 when it is unloaded; a host may call it again (the
- * build runs once). Returns 1 on success, 0 on failure. An ELF load cannot be
- * refused: when start-up fails the library stays loaded, logs
- * "DLL Loading Failed", g_pColorSpaceAPI points at the partly filled structure
- * and TCS_CheckAPIStu on it does not return 1. */
+/* The module entry point. The loader's notifications reach it with reason 1
+ * when the library is loaded and 0 when it is unloaded (on Windows through
+ * DllMain, whose notification codes are these reasons); a host may call it
+ * again (the build runs once). Returns 1 on success, 0 on failure. On Windows
+ * a failure makes the loader refuse the DLL. An ELF load cannot be refused:
+ * when start-up fails the library stays loaded, logs "DLL Loading Failed",
+ * g_pColorSpaceAPI points at the partly filled structure and TCS_CheckAPIStu
+ * on it does not return 1. */
 TCS_API int32_t TCS_DllMain(void *module, uint32_t reason, void *reserved);
 
 #ifdef __cplusplus

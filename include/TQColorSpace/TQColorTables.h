@@ -14,6 +14,8 @@
 
 #include <stdint.h>
 
+#include "TQExport.h"
+
 #ifdef __cplusplus
 extern "C" {
 #endif
@@ -39,28 +41,22 @@ extern "C" {
 #define TCS_SAFE_VECTORS(X) \
   X(Gain) X(Gain_YUV) X(Gain_YUYV) X(Gain_UYVY) X(Offset_KEY) X(Offset_YUV) X(Offset_YUYV) X(Offset_UYVY)
 
-#define TCS_DECLARE_MATRIX(name) extern const float g_mat##name[4][4];
-#define TCS_DECLARE_Q14(name) extern int16_t g_s##name[8];
+#define TCS_DECLARE_MATRIX(name) TCS_API extern const float g_mat##name[4][4];
+#define TCS_DECLARE_Q14(name) TCS_API extern int16_t g_s##name[8];
 #define TCS_DECLARE_Q14_STD(std) TCS_Q14_VECTORS(TCS_DECLARE_Q14, std)
-#define TCS_DECLARE_SAFE(name) extern const int16_t g_sSafe_##name[8];
+#define TCS_DECLARE_SAFE(name) TCS_API extern const int16_t g_sSafe_##name[8];
 #define TCS_DECLARE_DIRECTION(dir) \
-  extern const float g_fYUVA_##dir##_U[4]; extern const float g_fYUVA_##dir##_V[4]; \
-  extern const float g_fYUYV_##dir##_U[4]; extern const float g_fYUYV_##dir##_V[4]; \
-  extern const float g_fUYVY_##dir##_U[4]; extern const float g_fUYVY_##dir##_V[4]; \
-  extern const int16_t g_sYUVA_##dir##_UV[8]; extern const int16_t g_yuyv_##dir##_uv[8]; \
-  extern const int16_t g_uyvy_##dir##_uv[8];
+  TCS_API extern const float g_fYUVA_##dir##_U[4]; TCS_API extern const float g_fYUVA_##dir##_V[4]; \
+  TCS_API extern const float g_fYUYV_##dir##_U[4]; TCS_API extern const float g_fYUYV_##dir##_V[4]; \
+  TCS_API extern const float g_fUYVY_##dir##_U[4]; TCS_API extern const float g_fUYVY_##dir##_V[4]; \
+  TCS_API extern const int16_t g_sYUVA_##dir##_UV[8]; TCS_API extern const int16_t g_yuyv_##dir##_uv[8]; \
+  TCS_API extern const int16_t g_uyvy_##dir##_uv[8];
 /* clang-format on */
 
-#if defined(TQCOLORSPACE_BUILDING)
-#pragma GCC visibility push(default)
-#endif
 TCS_MATRICES(TCS_DECLARE_MATRIX)
 TCS_STANDARDS(TCS_DECLARE_Q14_STD)
 TCS_SAFE_VECTORS(TCS_DECLARE_SAFE)
 TCS_DIRECTIONS(TCS_DECLARE_DIRECTION)
-#if defined(TQCOLORSPACE_BUILDING)
-#pragma GCC visibility pop
-#endif
 
 #ifdef __cplusplus
 }

@@ -1,13 +1,13 @@
 #include "core/startup.hpp"
 
 #include <TQCPUBase.h>
-#include <dlfcn.h>
 
 #include <new>
 
 #include "core/api.hpp"
 #include "core/coefficients.hpp"
 #include "core/log.hpp"
+#include "core/platform.hpp"
 #include "drivers/driver_tables.hpp"
 #include "kernels/kernel_table.hpp"
 
@@ -21,10 +21,6 @@ namespace {
 // A module handle released at process detach. Nothing ever stores one, so the
 // release below always sees null; it is kept as the detach path's contract.
 void *g_hReleaseModule = nullptr;
-
-void ReleaseModule(void *handle) {
-  if (handle) dlclose(handle);
-}
 
 uint8_t g_kernelObjectGuard = 0;
 enum : uint8_t { kSSE2Built = 1, kCBuilt = 2 };

@@ -9,7 +9,11 @@
 #include <uchar.h>
 #endif
 
-#if defined(TQCPUBASE_BUILDING)
+#if defined(_WIN32) && defined(TQCPUBASE_BUILDING)
+#define TCB_API __declspec(dllexport)
+#elif defined(_WIN32)
+#define TCB_API __declspec(dllimport)
+#elif defined(TQCPUBASE_BUILDING)
 #define TCB_API __attribute__((visibility("default")))
 #else
 #define TCB_API

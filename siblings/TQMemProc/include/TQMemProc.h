@@ -10,7 +10,11 @@
 
 #include <stdint.h>
 
-#if defined(TQMEMPROC_BUILDING)
+#if defined(_WIN32) && defined(TQMEMPROC_BUILDING)
+#define TMP_API __declspec(dllexport)
+#elif defined(_WIN32)
+#define TMP_API __declspec(dllimport)
+#elif defined(TQMEMPROC_BUILDING)
 #define TMP_API __attribute__((visibility("default")))
 #else
 #define TMP_API
