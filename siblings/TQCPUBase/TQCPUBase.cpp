@@ -121,9 +121,11 @@ extern "C" void TCB_WriteLog(int32_t level, const char16_t *file, const char16_t
   }
   if (level < Threshold()) return;
 
-  std::string line = "[TQ ";
-  line += std::to_string(level);
-  line += "] ";
+  // snprintf rather than std::to_string, whose digit table the ELF linker
+  // would export as a unique symbol.
+  char prefix[24];
+  std::snprintf(prefix, sizeof prefix, "[TQ %d] ", static_cast<int>(level));
+  std::string line = prefix;
   AppendUtf8(line, file);
   line += ' ';
   AppendUtf8(line, function);
