@@ -10,8 +10,6 @@
 // with stray low bits; coefficient rows of random int16 values
 // over the whole range and of the two extremes; alpha 0, 1, 254, 255.
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -59,15 +57,8 @@ std::vector<ParityCase> SimdSlots() {
 
 // A read or write past a guard page ends the program; say which call did it.
 char g_current[160];
-void OnFault(int) {
-  const char prefix[] = "\nfault outside the caller's rows in ";
-  (void)!write(2, prefix, sizeof prefix - 1);
-  (void)!write(2, g_current, strnlen(g_current, sizeof g_current));
-  (void)!write(2, "\n", 1);
-  _exit(1);
-}
 const bool g_faultHandler = [] {
-  signal(SIGSEGV, OnFault);
+  ReportFaultsWith("fault outside the caller's rows in ", g_current, sizeof g_current);
   return true;
 }();
 

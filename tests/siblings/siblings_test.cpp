@@ -16,13 +16,22 @@
 
 namespace {
 
+// Sets (or, with null, removes) a variable of the process environment.
+void SetEnv(const char *name, const char *value) {
+#if defined(_WIN32)
+  _putenv_s(name, value ? value : "");
+#else
+  value ? (void)setenv(name, value, 1) : (void)unsetenv(name);
+#endif
+}
+
 class EnvVar {
  public:
   EnvVar(const char *name, const char *value) : name_(name) {
     if (const char *old = std::getenv(name)) old_ = old, had_ = true;
-    setenv(name, value, 1);
+    SetEnv(name, value);
   }
-  ~EnvVar() { had_ ? (void)setenv(name_, old_.c_str(), 1) : (void)unsetenv(name_); }
+  ~EnvVar() { SetEnv(name_, had_ ? old_.c_str() : nullptr); }
 
  private:
   const char *name_;

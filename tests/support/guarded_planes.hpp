@@ -5,9 +5,6 @@
 // planes) with a canary. One mapping per buffer position serves every call.
 #pragma once
 
-#include <signal.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
@@ -85,17 +82,8 @@ class GuardedSet {
 
 // The call a sweep is making, written to stderr if it faults on a guard page.
 inline char g_sweepCase[256];
-inline void ReportSweepFault(int sig) {
-  const char prefix[] = "\nfault in guard sweep: ";
-  (void)!write(2, prefix, sizeof prefix - 1);
-  (void)!write(2, g_sweepCase, strnlen(g_sweepCase, sizeof g_sweepCase));
-  (void)!write(2, "\n", 1);
-  signal(sig, SIG_DFL);
-  raise(sig);
-}
 inline void ReportSweepFaults() {
-  signal(SIGSEGV, ReportSweepFault);
-  signal(SIGBUS, ReportSweepFault);
+  ReportFaultsWith("fault in guard sweep: ", g_sweepCase, sizeof g_sweepCase);
 }
 
 }  // namespace tqcs::test

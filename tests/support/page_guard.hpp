@@ -50,4 +50,9 @@ class PageGuarded {
   Guard guard_ = Guard::After;
 };
 
+// When a guard page is hit (or any other invalid access ends the program),
+// writes `prefix` and the text in `current` (a buffer of `size` bytes the test
+// keeps naming the call it makes) to stderr, then exits with status 1.
+void ReportFaultsWith(const char *prefix, const char *current, size_t size);
+
 }  // namespace tqcs::test
