@@ -1,15 +1,29 @@
 #!/usr/bin/env bash
 # Installs what the tests need beyond the preinstalled toolchain, from
 # Debian's packages: ffmpeg (interoperability tests of the command-line tool)
-# and binutils (objdump, for the instruction-set check of the built library).
+# and binutils (objdump, for the instruction-set check of the built library);
+# for the Windows build, the mingw-w64 cross compiler, Wine to run its tests
+# and GoogleTest's sources to cross-build it. The Windows packages are
+# optional: when they cannot be installed, the Windows stage is skipped.
 set -euo pipefail
-missing=()
-command -v ffmpeg >/dev/null 2>&1 || missing+=(ffmpeg)
-command -v objdump >/dev/null 2>&1 || missing+=(binutils)
-[ ${#missing[@]} -eq 0 ] && exit 0
+required=()
+windows=()
+command -v ffmpeg >/dev/null 2>&1 || required+=(ffmpeg)
+command -v objdump >/dev/null 2>&1 || required+=(binutils)
+command -v x86_64-w64-mingw32-g++-posix >/dev/null 2>&1 || windows+=(g++-mingw-w64-x86-64-posix)
+command -v wine64 >/dev/null 2>&1 || [ -x /usr/lib/wine/wine64 ] || windows+=(wine64)
+[ -f /usr/src/googletest/CMakeLists.txt ] || windows+=(googletest)
+[ ${#required[@]} -eq 0 ] && [ ${#windows[@]} -eq 0 ] && exit 0
+
 sudo=""
 if [ "$(id -u)" -ne 0 ]; then
   sudo=sudo
 fi
-$sudo apt-get update
-DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y --no-install-recommends "${missing[@]}"
+install() {
+  DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -q --no-install-recommends "$@"
+}
+$sudo apt-get update -q
+[ ${#required[@]} -eq 0 ] || install "${required[@]}"
+if [ ${#windows[@]} -gt 0 ] && ! install "${windows[@]}"; then
+  echo "could not install ${windows[*]}: the Windows build and its tests will be skipped"
+fi
