@@ -3,8 +3,9 @@
  * points found with GetProcAddress, a frame converted, the library released,
  * and the records of its entry point watched through TQCPUBase's log sink.
  *
- *   tqcs_load_host convert  load, check, convert, free: the load and unload
- *                           records, the exported root pointer, a known frame
+ *   tqcs_load_host convert  load, check, convert, run a thread, free: the load
+ *                           and unload records (and none from the thread), the
+ *                           exported root pointer, a known frame
  *   tqcs_load_host refuse   a stand-in TQCPUBase.dll (../standin) whose
  *                           null-pointer test fails start-up: LoadLibrary must
  *                           return null after the failure record */
@@ -92,6 +93,11 @@ static const uint8_t kYUYV[2][16] = {
     {0, 128, 255, 128, 18, 255, 182, 116, 54, 99, 128, 255, 150, 52, 49, 52},
     {49, 236, 150, 178, 128, 128, 54, 128, 182, 30, 18, 12, 255, 128, 0, 128}};
 
+static DWORD WINAPI Idle(LPVOID unused) {
+  (void)unused;
+  return 0;
+}
+
 static int Convert(void) {
   if (WatchLog(NULL)) return 1;
   HMODULE lib = LoadLibraryA("TQColorSpace.dll");
@@ -121,9 +127,17 @@ static int Convert(void) {
     }
   }
 
+  /* A thread's start and end reach DllMain as thread attach and detach,
+   * which do nothing. */
+  const int recordsBefore = g_recordCount;
+  HANDLE thread = CreateThread(NULL, 0, Idle, NULL, 0, NULL);
+  CHECK(thread && WaitForSingleObject(thread, INFINITE) == WAIT_OBJECT_0, "a thread did not run");
+  CloseHandle(thread);
+  CHECK(g_recordCount == recordsBefore, "thread attach or detach wrote a record");
+
   CHECK(FreeLibrary(lib), "FreeLibrary failed");
   CHECK(EntryLogged(0, "DLL Unloading Succeed"), "no \"DLL Unloading Succeed\" record");
-  printf("load host: loaded, converted an 8 x 2 frame both ways up, unloaded\n");
+  printf("load host: loaded, converted an 8 x 2 frame both ways up, ran a thread, unloaded\n");
   return 0;
 }
 
