@@ -166,4 +166,46 @@ inline std::vector<ImagePlan> ImagesOf(const Entry &e, Form form, int64_t h) {
   return {dst, field(e.src, 0, false), field(e.src, 1, false)};
 }
 
+// The layout of a slot, or null for the shared empty function and slots
+// without one.
+inline const Entry *LayoutOf(const SlotRef &slot) {
+  if (slot.pointerCount == 0) return nullptr;
+  const auto found = Entries().find(FormOf(slot.name).second);
+  return found == Entries().end() ? nullptr : &found->second;
+}
+
+// Runs a slot that has a layout once on fresh images of w x h (sources seeded
+// from `seed`, pads of three canary bytes after every row): the output
+// planes' bytes, each output image followed by whether its pads are intact.
+inline std::vector<uint8_t> RunOnFreshImages(const SlotRef &slot, int32_t w, int32_t h,
+                                             int64_t flip, uint32_t seed = 1) {
+  const Entry &e = *LayoutOf(slot);
+  std::vector<Image> images;
+  std::vector<bool> outputs;
+  std::vector<PlaneArg> planes;
+  for (const ImagePlan &plan : ImagesOf(e, FormOf(slot.name).first, h)) {
+    images.emplace_back(Shapes(plan.layout, w, plan.luma, plan.chroma), 3);
+    if (!plan.output) images.back().Randomize(seed++);
+    outputs.push_back(plan.output);
+  }
+  for (Image &image : images)
+    for (const PlaneArg &p : image.Args()) planes.push_back(p);
+  std::vector<int64_t> options = e.options;
+  if (e.dst == L::kHist)
+    planes[0].pitch = planes[3].pitch;  // the source's pitch is the only one
+  else
+    options.push_back(flip);
+  slot.call(planes, w, h, options);
+  std::vector<uint8_t> out;
+  for (size_t i = 0; i < images.size(); ++i) {
+    if (!outputs[i]) continue;
+    for (size_t p = 0; p < images[i].planes(); ++p) {
+      const auto pixels = images[i].Pixels(p);
+      out.insert(out.end(), pixels.begin(), pixels.end());
+    }
+    out.push_back(images[i].PadsIntact());
+  }
+  return out;
+}
+
 }  // namespace tqcs::test::layouts

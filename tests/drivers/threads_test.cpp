@@ -23,40 +23,8 @@ using Job = std::function<std::vector<uint8_t>()>;
 // One driver slot on fresh images: the output planes' bytes, then whether the
 // pads around them are intact.
 Job DriverJob(const SlotRef &slot, int32_t w, int32_t h, int64_t flip) {
-  using namespace layouts;
-  const Form form = FormOf(slot.name).first;
-  const auto found = Entries().find(FormOf(slot.name).second);
-  if (slot.pointerCount == 0 || found == Entries().end()) return nullptr;
-  const Entry e = found->second;
-  return [&slot, form, e, w, h, flip] {
-    std::vector<Image> images;
-    std::vector<bool> outputs;
-    std::vector<PlaneArg> planes;
-    uint32_t seed = 1;
-    for (const ImagePlan &plan : ImagesOf(e, form, h)) {
-      images.emplace_back(Shapes(plan.layout, w, plan.luma, plan.chroma), 3);
-      if (!plan.output) images.back().Randomize(seed++);
-      outputs.push_back(plan.output);
-    }
-    for (Image &image : images)
-      for (const PlaneArg &p : image.Args()) planes.push_back(p);
-    std::vector<int64_t> options = e.options;
-    if (e.dst == L::kHist)
-      planes[0].pitch = planes[3].pitch;  // the source's pitch is the only one
-    else
-      options.push_back(flip);
-    slot.call(planes, w, h, options);
-    std::vector<uint8_t> out;
-    for (size_t i = 0; i < images.size(); ++i) {
-      if (!outputs[i]) continue;
-      for (size_t p = 0; p < images[i].planes(); ++p) {
-        const auto pixels = images[i].Pixels(p);
-        out.insert(out.end(), pixels.begin(), pixels.end());
-      }
-      out.push_back(images[i].PadsIntact());
-    }
-    return out;
-  };
+  if (!layouts::LayoutOf(slot)) return nullptr;
+  return [&slot, w, h, flip] { return layouts::RunOnFreshImages(slot, w, h, flip); };
 }
 
 // One dispatcher call between two codes in one of its forms, on buffers large

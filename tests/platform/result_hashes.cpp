@@ -29,37 +29,14 @@ uint64_t Fnv(uint64_t h, const std::vector<uint8_t> &bytes) {
 
 // Widths and heights cover odd sizes, single rows and the SIMD bodies' tails.
 void HashDrivers() {
-  using namespace layouts;
   for (const SlotRef &slot : AllDriverSlots()) {
-    if (slot.pointerCount == 0) continue;  // the shared empty function
-    const auto [form, base] = FormOf(slot.name);
-    const Entry &e = Entries().at(base);
-    const bool histogram = e.dst == L::kHist;
+    if (!layouts::LayoutOf(slot)) continue;
     uint64_t h = kFnvBasis;
     uint32_t seed = 1;
     for (int32_t w : {1, 2, 7, 16, 33, 70})
       for (int32_t rows : {1, 2, 5, 8})
-        for (int64_t flip = 0; flip < 2; ++flip) {
-          std::vector<Image> images;
-          std::vector<bool> written;
-          std::vector<PlaneArg> planes;
-          for (const ImagePlan &plan : ImagesOf(e, form, rows)) {
-            images.emplace_back(Shapes(plan.layout, w, plan.luma, plan.chroma), 3);
-            images.back().Randomize(seed++);
-            written.push_back(plan.output);
-          }
-          for (Image &image : images)
-            for (const PlaneArg &p : image.Args()) planes.push_back(p);
-          if (histogram) planes[0].pitch = planes[3].pitch;  // the source's pitch goes first
-          std::vector<int64_t> options = e.options;
-          if (!histogram) options.push_back(flip);
-          slot.call(planes, w, rows, options);
-          for (size_t i = 0; i < images.size(); ++i)
-            if (written[i]) {
-              for (size_t p = 0; p < images[i].planes(); ++p) h = Fnv(h, images[i].Pixels(p));
-              h = Fnv(h, {uint8_t(images[i].PadsIntact())});
-            }
-        }
+        for (int64_t flip = 0; flip < 2; ++flip)
+          h = Fnv(h, layouts::RunOnFreshImages(slot, w, rows, flip, seed += 3));
     std::printf("driver %s %016" PRIx64 "\n", slot.name.c_str(), h);
   }
 }
