@@ -41,6 +41,133 @@ void HashDrivers() {
   }
 }
 
+// Buffers of sub-table 0 calls: generous for every code (the dispatcher
+// derives planar planes from the first plane's pitch), seeded random bytes.
+struct Buffer {
+  Buffer(int64_t pitch, int32_t rows, uint32_t seed)
+      : pitch(pitch), bytes(static_cast<size_t>(pitch * (2 * rows + 4))) {
+    std::mt19937 rng(seed);
+    for (uint8_t &b : bytes) b = static_cast<uint8_t>(rng());
+  }
+  uint8_t *p() { return bytes.data(); }
+  int64_t pitch;
+  std::vector<uint8_t> bytes;
+};
+
+uint64_t FnvValue(uint64_t h, uint64_t v) {
+  std::vector<uint8_t> b(8);
+  for (int i = 0; i < 8; ++i) b[i] = static_cast<uint8_t>(v >> (8 * i));
+  return Fnv(h, b);
+}
+
+// A descriptor over three planes of one buffer (planar codes read all three).
+TCS_FrameDesc Desc(Buffer &b, int32_t code, int32_t rows) {
+  TCS_FrameDesc d{};
+  d.plane[0] = {b.p(), b.pitch};
+  d.plane[1] = {b.p() + b.pitch * rows, b.pitch / 2};
+  d.plane[2] = {b.p() + b.pitch * rows + b.pitch / 2 * rows, b.pitch / 2};
+  d.format = code;
+  return d;
+}
+
+// Every operation of sub-table 0: the dispatchers over every code pair (and
+// unknown codes) in their three forms, plain and by descriptor, the repackers,
+// the field split and compose and the range scaling.
+void HashGeneral() {
+  const TCS_GeneralTable &g = *g_pColorSpaceAPI->pGeneral;
+  constexpr int32_t kWidths[] = {1, 2, 7, 16, 33};
+  constexpr int32_t kHeights[] = {1, 2, 5, 8};
+  auto each = [&](const char *name, auto call) {
+    uint64_t h = kFnvBasis;
+    uint32_t seed = 7;
+    for (int32_t w : kWidths)
+      for (int32_t rows : kHeights)
+        for (uint8_t flip = 0; flip < 2; ++flip) h = call(h, w, rows, flip, seed += 5);
+    std::printf("general %s %016" PRIx64 "\n", name, h);
+  };
+  for (int32_t s = -1; s <= 11; ++s)
+    for (int32_t d = -1; d <= 11; ++d) {
+      char name[64];
+      std::snprintf(name, sizeof name, "dispatch %d>%d", s, d);
+      each(name, [&](uint64_t h, int32_t w, int32_t rows, uint8_t flip, uint32_t seed) {
+        for (int32_t matrix : {0, 1, 2, 3}) {
+          const int64_t pitch = 4 * w + 6;
+          Buffer src(pitch, rows, seed), dst(pitch + 2, rows, seed + 1);
+          Buffer f1(pitch + 4, rows, seed + 2), f2(pitch + 6, rows, seed + 3);
+          h = FnvValue(h, g.TCS_ColorConvFrame(dst.p(), dst.pitch, d, src.p(), src.pitch, s,
+                                               matrix, w, rows, flip));
+          h = FnvValue(h, g.TCS_ColorConvSplit(f1.p(), f1.pitch, f2.p(), f2.pitch, d, src.p(),
+                                               src.pitch, s, matrix, w, rows, flip));
+          h = Fnv(Fnv(Fnv(h, dst.bytes), f1.bytes), f2.bytes);
+          h = FnvValue(h, g.TCS_ColorConvCompose(dst.p(), dst.pitch, d, f1.p(), f1.pitch, f2.p(),
+                                                 f2.pitch, s, matrix, w, rows, flip));
+          h = Fnv(h, dst.bytes);
+          const TCS_FrameDesc dd = Desc(dst, d, rows), sd = Desc(src, s, rows);
+          const TCS_FrameDesc d1 = Desc(f1, d, rows), d2 = Desc(f2, d, rows);
+          const TCS_FrameDesc s1 = Desc(f1, s, rows), s2 = Desc(f2, s, rows);
+          h = FnvValue(h, g.TCS_ColorConvFrameEx(&dd, &sd, matrix, w, rows, flip));
+          h = FnvValue(h, g.TCS_ColorConvSplitEx(&d1, &d2, &sd, matrix, w, rows, flip));
+          h = FnvValue(h, g.TCS_ColorConvComposeEx(&dd, &s1, &s2, matrix, w, rows, flip));
+          h = Fnv(Fnv(Fnv(h, dst.bytes), f1.bytes), f2.bytes);
+        }
+        return h;
+      });
+    }
+  // The repack triples: frame, split, compose, with each option value.
+  auto triple = [&](const char *name, auto frame, auto split, auto compose,
+                    std::vector<std::vector<int64_t>> options) {
+    each(name, [&](uint64_t h, int32_t w, int32_t rows, uint8_t flip, uint32_t seed) {
+      for (std::vector<int64_t> o : options) {
+        o.push_back(flip);
+        const int64_t pitch = 4 * w + 3;
+        Buffer src(pitch, rows, seed), dst(pitch + 1, rows, seed + 1);
+        Buffer f1(pitch + 2, rows, seed + 2), f2(pitch + 5, rows, seed + 3);
+        InvokeWithPlanes(frame, {{dst.p(), dst.pitch}, {src.p(), src.pitch}}, w, rows, o);
+        InvokeWithPlanes(split, {{f1.p(), f1.pitch}, {f2.p(), f2.pitch}, {src.p(), src.pitch}}, w,
+                         rows, o);
+        h = Fnv(Fnv(Fnv(h, dst.bytes), f1.bytes), f2.bytes);
+        InvokeWithPlanes(compose, {{dst.p(), dst.pitch}, {f1.p(), f1.pitch}, {f2.p(), f2.pitch}},
+                         w, rows, o);
+        h = Fnv(h, dst.bytes);
+      }
+      return h;
+    });
+  };
+  triple("Cr32_Split_Channel", g.TCS_Cr32_Split_Channel_Frame, g.TCS_Cr32_Split_Channel_Split,
+         g.TCS_Cr32_Split_Channel_Compose, {{-1}, {0}, {1}, {2}, {3}, {4}});
+  triple("Cr24_2_Cr32", g.TCS_Cr24_2_Cr32_Frame, g.TCS_Cr24_2_Cr32_Split,
+         g.TCS_Cr24_2_Cr32_Compose, {{0, 0}, {0, 200}, {1, 255}, {2, 17}});
+  triple("Cr32_2_Cr24", g.TCS_Cr32_2_Cr24_Frame, g.TCS_Cr32_2_Cr24_Split,
+         g.TCS_Cr32_2_Cr24_Compose, {{0}, {1}, {2}});
+  each("SplitFrame+ComposeFields", [&](uint64_t h, int32_t w, int32_t rows, uint8_t flip,
+                                        uint32_t seed) {
+    for (int32_t bytes : {-1, 0, 1, 2, 3, 4, 5}) {
+      const int64_t pitch = 4 * w + 3;
+      Buffer src(pitch, rows, seed), dst(pitch + 1, rows, seed + 1);
+      Buffer f1(pitch + 2, rows, seed + 2), f2(pitch + 5, rows, seed + 3);
+      h = FnvValue(h, g.TCS_SplitFrame(f1.p(), f1.pitch, f2.p(), f2.pitch, src.p(), src.pitch, w,
+                                       rows, bytes, flip));
+      h = Fnv(Fnv(h, f1.bytes), f2.bytes);
+      h = FnvValue(h, g.TCS_ComposeFields(dst.p(), dst.pitch, f1.p(), f1.pitch, f2.p(), f2.pitch,
+                                          w, rows, bytes, flip));
+      h = Fnv(h, dst.bytes);
+    }
+    return h;
+  });
+  for (int32_t code = -1; code <= 11; ++code) {
+    char name[64];
+    std::snprintf(name, sizeof name, "range %d", code);
+    each(name, [&](uint64_t h, int32_t w, int32_t rows, uint8_t flip, uint32_t seed) {
+      const int64_t pitch = 4 * w + 9;
+      Buffer src(pitch, rows, seed), dst(pitch + 3, rows, seed + 1);
+      g.TCS_RangeCompressFrame(dst.p(), dst.pitch, src.p(), src.pitch, code, w, rows, flip);
+      h = Fnv(h, dst.bytes);
+      g.TCS_RangeExpandFrame(dst.p(), dst.pitch, src.p(), src.pitch, code, w, rows, flip);
+      return Fnv(h, dst.bytes);
+    });
+  }
+}
+
 // Rows of a pitched source span the rows its kernel reads before and after.
 void HashKernels(const TCS_KernelTable &table) {
   for (const KernelShape &shape : AllShapes()) {
@@ -90,6 +217,7 @@ int main() {
   if (!TCS_DllMain(nullptr, TCS_REASON_PROCESS_ATTACH, nullptr)) return 1;
   std::printf("level %u\n", level);
   test::HashDrivers();
+  test::HashGeneral();
   test::HashKernels(*g_pColorSpaceAPI->pKernel);
   return 0;
 }
