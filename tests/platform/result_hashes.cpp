@@ -94,8 +94,8 @@ void HashGeneral() {
           const int64_t pitch = 4 * w + 6;
           Buffer src(pitch, rows, seed), dst(pitch + 2, rows, seed + 1);
           Buffer f1(pitch + 4, rows, seed + 2), f2(pitch + 6, rows, seed + 3);
-          h = FnvValue(h, g.TCS_ColorConvFrame(dst.p(), dst.pitch, d, src.p(), src.pitch, s,
-                                               matrix, w, rows, flip));
+          h = FnvValue(h, g.TCS_ColorConvFrame(dst.p(), dst.pitch, d, src.p(), src.pitch, s, matrix,
+                                               w, rows, flip));
           h = FnvValue(h, g.TCS_ColorConvSplit(f1.p(), f1.pitch, f2.p(), f2.pitch, d, src.p(),
                                                src.pitch, s, matrix, w, rows, flip));
           h = Fnv(Fnv(Fnv(h, dst.bytes), f1.bytes), f2.bytes);
@@ -126,8 +126,8 @@ void HashGeneral() {
         InvokeWithPlanes(split, {{f1.p(), f1.pitch}, {f2.p(), f2.pitch}, {src.p(), src.pitch}}, w,
                          rows, o);
         h = Fnv(Fnv(Fnv(h, dst.bytes), f1.bytes), f2.bytes);
-        InvokeWithPlanes(compose, {{dst.p(), dst.pitch}, {f1.p(), f1.pitch}, {f2.p(), f2.pitch}},
-                         w, rows, o);
+        InvokeWithPlanes(compose, {{dst.p(), dst.pitch}, {f1.p(), f1.pitch}, {f2.p(), f2.pitch}}, w,
+                         rows, o);
         h = Fnv(h, dst.bytes);
       }
       return h;
@@ -135,25 +135,25 @@ void HashGeneral() {
   };
   triple("Cr32_Split_Channel", g.TCS_Cr32_Split_Channel_Frame, g.TCS_Cr32_Split_Channel_Split,
          g.TCS_Cr32_Split_Channel_Compose, {{-1}, {0}, {1}, {2}, {3}, {4}});
-  triple("Cr24_2_Cr32", g.TCS_Cr24_2_Cr32_Frame, g.TCS_Cr24_2_Cr32_Split,
-         g.TCS_Cr24_2_Cr32_Compose, {{0, 0}, {0, 200}, {1, 255}, {2, 17}});
-  triple("Cr32_2_Cr24", g.TCS_Cr32_2_Cr24_Frame, g.TCS_Cr32_2_Cr24_Split,
-         g.TCS_Cr32_2_Cr24_Compose, {{0}, {1}, {2}});
-  each("SplitFrame+ComposeFields", [&](uint64_t h, int32_t w, int32_t rows, uint8_t flip,
-                                        uint32_t seed) {
-    for (int32_t bytes : {-1, 0, 1, 2, 3, 4, 5}) {
-      const int64_t pitch = 4 * w + 3;
-      Buffer src(pitch, rows, seed), dst(pitch + 1, rows, seed + 1);
-      Buffer f1(pitch + 2, rows, seed + 2), f2(pitch + 5, rows, seed + 3);
-      h = FnvValue(h, g.TCS_SplitFrame(f1.p(), f1.pitch, f2.p(), f2.pitch, src.p(), src.pitch, w,
-                                       rows, bytes, flip));
-      h = Fnv(Fnv(h, f1.bytes), f2.bytes);
-      h = FnvValue(h, g.TCS_ComposeFields(dst.p(), dst.pitch, f1.p(), f1.pitch, f2.p(), f2.pitch,
-                                          w, rows, bytes, flip));
-      h = Fnv(h, dst.bytes);
-    }
-    return h;
-  });
+  triple("Cr24_2_Cr32", g.TCS_Cr24_2_Cr32_Frame, g.TCS_Cr24_2_Cr32_Split, g.TCS_Cr24_2_Cr32_Compose,
+         {{0, 0}, {0, 200}, {1, 255}, {2, 17}});
+  triple("Cr32_2_Cr24", g.TCS_Cr32_2_Cr24_Frame, g.TCS_Cr32_2_Cr24_Split, g.TCS_Cr32_2_Cr24_Compose,
+         {{0}, {1}, {2}});
+  each("SplitFrame+ComposeFields",
+       [&](uint64_t h, int32_t w, int32_t rows, uint8_t flip, uint32_t seed) {
+         for (int32_t bytes : {-1, 0, 1, 2, 3, 4, 5}) {
+           const int64_t pitch = 4 * w + 3;
+           Buffer src(pitch, rows, seed), dst(pitch + 1, rows, seed + 1);
+           Buffer f1(pitch + 2, rows, seed + 2), f2(pitch + 5, rows, seed + 3);
+           h = FnvValue(h, g.TCS_SplitFrame(f1.p(), f1.pitch, f2.p(), f2.pitch, src.p(), src.pitch,
+                                            w, rows, bytes, flip));
+           h = Fnv(Fnv(h, f1.bytes), f2.bytes);
+           h = FnvValue(h, g.TCS_ComposeFields(dst.p(), dst.pitch, f1.p(), f1.pitch, f2.p(),
+                                               f2.pitch, w, rows, bytes, flip));
+           h = Fnv(h, dst.bytes);
+         }
+         return h;
+       });
   for (int32_t code = -1; code <= 11; ++code) {
     char name[64];
     std::snprintf(name, sizeof name, "range %d", code);
