@@ -2,10 +2,12 @@
 
 #include <cpuid.h>
 
+#include <array>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
-#include "row_kernels.hpp"
+#include "tiers.hpp"
 
 namespace tqmp {
 namespace {
@@ -37,15 +39,17 @@ void PlaneFill(uint8_t *dst, int64_t dstPitch, int32_t bytesPerRow, uint8_t valu
 
 // One code path's tables: the frame routines walk rows (flip applied to the
 // destination) and hand each to the path's row routine.
-template <auto ExtractRow, auto SwapRow, auto ScaleRow, auto ScaleRun, auto RGB32ToRGB24Row>
-struct Path {
+template <int kPath>
+struct PathTables {
+  static constexpr RowSet kRows = RowsOfPath(kPath);
+
   static void ExtractChannelPlane(uint8_t *dst, int64_t dstPitch, const uint8_t *src,
                                   int64_t srcPitch, int64_t width, int32_t channel, int32_t height,
                                   uint8_t flip) {
     if (!dst || !src || width <= 0 || height <= 0 || channel < 0 || channel > 3) return;
     Orient(dst, dstPitch, height, flip);
     for (int32_t y = 0; y < height; ++y, dst += dstPitch, src += srcPitch)
-      ExtractRow(dst, src, static_cast<int32_t>(width), channel);
+      kRows.ExtractChannel_Row(dst, src, static_cast<int32_t>(width), channel);
   }
 
   static void SwapFrame(uint8_t *dst, int64_t dstPitch, const uint8_t *src, int64_t srcPitch,
@@ -53,7 +57,7 @@ struct Path {
     if (!dst || !src || width <= 0 || height <= 0) return;
     Orient(dst, dstPitch, height, flip);
     for (int32_t y = 0; y < height; ++y, dst += dstPitch, src += srcPitch)
-      SwapRow(dst, src, static_cast<int32_t>(width));
+      kRows.YUV16_Swap_Row(dst, src, static_cast<int32_t>(width));
   }
 
   static void ScaleRows(uint8_t *dst, int64_t dstPitch, const uint8_t *src, int64_t srcPitch,
@@ -61,7 +65,7 @@ struct Path {
                         int32_t height, uint8_t flip) {
     Orient(dst, dstPitch, height, flip);
     for (int32_t y = 0; y < height; ++y, dst += dstPitch, src += srcPitch)
-      ScaleRow(dst, src, gain, offset, rowBytes);
+      kRows.Scale_Row(dst, src, gain, offset, rowBytes);
   }
 
   static void Scale32(uint8_t *dst, int64_t dstPitch, const uint8_t *src, int64_t srcPitch,
@@ -71,22 +75,22 @@ struct Path {
   }
 
   static inline constinit TMP_MemTable mem = {
-      MemCopy, {}, PlaneCopy, ExtractRow, ExtractChannelPlane, nullptr, SwapFrame, SwapRow};
+      MemCopy, {},        PlaneCopy,           kRows.ExtractChannel_Row, ExtractChannelPlane,
+      nullptr, SwapFrame, kRows.YUV16_Swap_Row};
   static inline constinit TMP_FillTable fill = {{}, PlaneFill};
-  static inline constinit TMP_PixelTable pixel = {{}, ScaleRows,       nullptr, Scale32,
-                                                  {}, RGB32ToRGB24Row, {},      ScaleRun};
+  static inline constinit TMP_PixelTable pixel = {
+      {}, ScaleRows, nullptr, Scale32, {}, kRows.RGB32_2_RGB24_Row, {}, kRows.Scale_Run};
   static inline constinit TMP_APIStu root = {&mem,    nullptr, &fill, nullptr,
                                              nullptr, nullptr, &pixel};
 };
 
-#define TQMP_PATH_ROOT(ns) \
-  &Path<ns::ExtractChannelRow, ns::SwapRow, ns::ScaleRow, ns::ScaleRun, ns::RGB32ToRGB24Row>::root
-
-// In order of capability; each path needs the processor features of the ones before it.
-constexpr const char *kPathNames[] = {"portable", "sse2", "ssse3", "avx2"};
-constexpr TMP_APIStu *kPathRoots[] = {TQMP_PATH_ROOT(portable), TQMP_PATH_ROOT(sse2),
-                                      TQMP_PATH_ROOT(ssse3), TQMP_PATH_ROOT(avx2)};
-constexpr int kPaths = 4;
+// Every path's root structure, in the order of kPathNames.
+template <int... kPath>
+constexpr std::array<TMP_APIStu *, kPaths> Roots(std::integer_sequence<int, kPath...>) {
+  return {&PathTables<kPath>::root...};
+}
+constexpr std::array<TMP_APIStu *, kPaths> kPathRoots =
+    Roots(std::make_integer_sequence<int, kPaths>{});
 
 uint64_t ReadXcr0() {
   uint32_t eax = 0, edx = 0;

@@ -144,6 +144,13 @@ std::vector<KernelCase> Cases(ColorSpace &cs) {
   return c;
 }
 
+// Calls one of the operations from two packed rows to 4:2:0: luma rows y,
+// chroma rows out[1] and out[2], source rows s.
+template <auto kOp>
+void Call420(ColorSpace &cs, Args a, const Pitched &y, const Pitched &s, int32_t n) {
+  (cs.*kOp)(a.out[0] + y.At(0), y.pitch(), a.out[1], a.out[2], a.in[0] + s.At(0), s.pitch(), n);
+}
+
 // The operations on rows apart, one set for rows going down in memory and one
 // for rows going up (and destination luma rows the other way round).
 std::vector<KernelCase> RowCases(ColorSpace &cs, bool up) {
@@ -213,21 +220,15 @@ std::vector<KernelCase> RowCases(ColorSpace &cs, bool up) {
     int srcBytes, dstBytes;
     void (*call)(C &, Args, const Pitched &, const Pitched &, int32_t);
   };
-#define TQCS_TO_420(fn, order, sb, db)                                                           \
-  To420 {                                                                                        \
-    order, sb, db, [](C &cs, Args a, const Pitched &y, const Pitched &s, int32_t n) {            \
-      cs.fn(a.out[0] + y.At(0), y.pitch(), a.out[1], a.out[2], a.in[0] + s.At(0), s.pitch(), n); \
-    }                                                                                            \
-  }
   static const To420 k420[] = {
-      TQCS_TO_420(YUYV_2_YUV420_Avg, "YUYV", 1, 1),
-      TQCS_TO_420(UYVY_2_YUV420_Avg, "UYVY", 1, 1),
-      TQCS_TO_420(YUYV16_2_YUV420_16_Avg, "YUYV", 2, 2),
-      TQCS_TO_420(UYVY16_2_YUV420_16_Avg, "UYVY", 2, 2),
-      TQCS_TO_420(YUYV_2_YUV420_16, "YUYV", 1, 2),
-      TQCS_TO_420(UYVY_2_YUV420_16, "UYVY", 1, 2),
-      TQCS_TO_420(YUYV16_2_YUV420, "YUYV", 2, 1),
-      TQCS_TO_420(UYVY16_2_YUV420, "UYVY", 2, 1),
+      {"YUYV", 1, 1, Call420<&C::YUYV_2_YUV420_Avg>},
+      {"UYVY", 1, 1, Call420<&C::UYVY_2_YUV420_Avg>},
+      {"YUYV", 2, 2, Call420<&C::YUYV16_2_YUV420_16_Avg>},
+      {"UYVY", 2, 2, Call420<&C::UYVY16_2_YUV420_16_Avg>},
+      {"YUYV", 1, 2, Call420<&C::YUYV_2_YUV420_16>},
+      {"UYVY", 1, 2, Call420<&C::UYVY_2_YUV420_16>},
+      {"YUYV", 2, 1, Call420<&C::YUYV16_2_YUV420>},
+      {"UYVY", 2, 1, Call420<&C::UYVY16_2_YUV420>},
   };
   for (const To420 &t : k420) {
     const auto src = [&t, up](int32_t n) { return Pitched{2, t.srcBytes * 4 * size_t(n / 2), up}; };

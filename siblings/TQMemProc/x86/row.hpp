@@ -1,21 +1,24 @@
-// The row shape shared by the SIMD paths: whole blocks from the start of the
-// row, then a lower path's routine for what is left, from where the blocks
-// stopped. Internal linkage: every unit gets its own copy, compiled with its
-// own flags only.
+// Load, store and row-loop helpers for TQMemProc's SIMD tiers, the shape of
+// every SIMD row routine: whole blocks from the start of the row, then the
+// portable routine of the same slot for what is left, from where the blocks
+// stopped. Internal linkage (an unnamed namespace): every unit keeps its own
+// copy, compiled with its own instruction set only.
 #pragma once
 
 #include <emmintrin.h>
 
 #include <cstdint>
 
-namespace tqmp {
+#include "row_slots.hpp"
+
+namespace tqmp::x86 {
 namespace {
 
 // Runs `block(dst, src)` over the whole blocks of `N` items of a row of
 // `count` items (In source and Out destination bytes each) and then
-// `rest(dst, src, items left)`. A block reads and writes only its own items,
-// all of its reads before its writes, so rows that shrink in place stay
-// intact.
+// `rest(dst, src, items left)`, the portable routine. A block reads and writes
+// only its own items, all of its reads before its writes, so rows that shrink
+// in place stay intact.
 template <int N, int In, int Out, class Block, class Rest>
 inline void ByBlocks(uint8_t *dst, const uint8_t *src, int32_t count, Block block, Rest rest) {
   const int32_t whole = count >= N ? count - count % N : 0;
@@ -47,21 +50,28 @@ inline __m128i ChannelToLane(int32_t channel, int lane) {
 
 // Range scaling over whole blocks of the vector type `V` (V::kBytes bytes a
 // block; V::Cycle spreads four coefficients, V::Splat one; V::Scale scales a
-// block with the offsets already raised by 16), the rest to the lower path.
-template <class V, auto LowerRow, auto LowerRun>
+// block with the offsets already raised by 16), the rest by the portable
+// routines.
+template <class V>
 struct Scaling {
   using T = typename V::T;
 
   static void Row(uint8_t *dst, const uint8_t *src, const int16_t *gain, const int16_t *offset,
                   int32_t bytes) {
-    if (bytes < V::kBytes) return LowerRow(dst, src, gain, offset, bytes);
+    // A row shorter than a block may take fewer than four coefficients: only
+    // those it takes are read.
+    if (bytes < V::kBytes) return portable::Scale_Row(dst, src, gain, offset, bytes);
     Blocks(dst, src, V::Cycle(gain), V::Cycle(offset), bytes,
-           [&](uint8_t *d, const uint8_t *s, int32_t n) { LowerRow(d, s, gain, offset, n); });
+           [&](uint8_t *d, const uint8_t *s, int32_t n) {
+             portable::Scale_Row(d, s, gain, offset, n);
+           });
   }
 
   static void Run(uint8_t *dst, const uint8_t *src, int16_t gain, int16_t offset, int32_t bytes) {
     Blocks(dst, src, V::Splat(gain), V::Splat(offset), bytes,
-           [&](uint8_t *d, const uint8_t *s, int32_t n) { LowerRun(d, s, gain, offset, n); });
+           [&](uint8_t *d, const uint8_t *s, int32_t n) {
+             portable::Scale_Run(d, s, gain, offset, n);
+           });
   }
 
   template <class Rest>
@@ -73,4 +83,15 @@ struct Scaling {
 };
 
 }  // namespace
-}  // namespace tqmp
+}  // namespace tqmp::x86
+
+// A tier's two range-scaling routines, Scale_Row and Scale_Run, over whole
+// blocks of the vector type V (see Scaling).
+#define TQMP_SCALING_ROUTINES(V)                                                                  \
+  void Scale_Row(uint8_t *dst, const uint8_t *src, const int16_t *gain, const int16_t *offset,    \
+                 int32_t bytes) {                                                                 \
+    ::tqmp::x86::Scaling<V>::Row(dst, src, gain, offset, bytes);                                  \
+  }                                                                                               \
+  void Scale_Run(uint8_t *dst, const uint8_t *src, int16_t gain, int16_t offset, int32_t bytes) { \
+    ::tqmp::x86::Scaling<V>::Run(dst, src, gain, offset, bytes);                                  \
+  }

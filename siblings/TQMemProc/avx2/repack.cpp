@@ -1,14 +1,15 @@
-// The AVX2 path (compiled with -mavx2 only): the SSE paths' arithmetic on
-// 256-bit registers (what is left of a row goes to the SSE2 path); the lane-wise unpacks and packs
-// keep bytes in order within each 128-bit lane, and a dword permute joins the lanes where needed.
+// The AVX2 tier's byte rearrangements (compiled with -mavx2 only): the SSSE3
+// tier's shuffles on 256-bit registers, 32 pixels a block. The shuffles keep
+// bytes within each 128-bit lane; a dword permute joins the lanes where needed.
 #include <immintrin.h>
 
-#include "row_kernels.hpp"
-#include "simd_rows.hpp"
+#include "row_slots.hpp"
+#include "x86/row.hpp"
 
-namespace tqmp {
-namespace avx2 {
+namespace tqmp::avx2 {
 namespace {
+
+using x86::ByBlocks;
 
 __m256i Load32(const uint8_t *p) {
   return _mm256_loadu_si256(reinterpret_cast<const __m256i *>(p));
@@ -19,37 +20,15 @@ __m256i Dwords(int a, int b, int c, int d, int e, int f, int g, int h) {
   return _mm256_setr_epi32(a, b, c, d, e, f, g, h);
 }
 
-// As the SSE2 path's range scaling (the same exact high-half form), over 32
-// bytes; the unpacks and the pack work within each 128-bit lane.
-struct Vec256 {
-  using T = __m256i;
-  static constexpr int kBytes = 32;
-  static T Splat(int16_t c) { return _mm256_set1_epi16(c); }
-  static T Cycle(const int16_t *c) {
-    return _mm256_broadcastq_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i *>(c)));
-  }
-  static T Raise16(T offset) { return _mm256_adds_epi16(offset, _mm256_set1_epi16(16)); }
-  static void Scale(uint8_t *d, const uint8_t *s, T gain, T offset) {
-    const __m256i in = Load32(s), zero = _mm256_setzero_si256();
-    const auto half = [&](__m256i words) {
-      return _mm256_srai_epi16(
-          _mm256_adds_epi16(_mm256_mulhi_epi16(_mm256_slli_epi16(words, 7), gain), offset), 5);
-    };
-    Store32(d, _mm256_packus_epi16(half(_mm256_unpacklo_epi8(in, zero)),
-                                   half(_mm256_unpackhi_epi8(in, zero))));
-  }
-};
-using Scaling256 = Scaling<Vec256, sse2::ScaleRow, sse2::ScaleRun>;
-
 // ChannelToLane in both 128-bit lanes.
 __m256i ChannelToLanes(int32_t channel, int lane) {
-  return _mm256_broadcastsi128_si256(ChannelToLane(channel, lane));
+  return _mm256_broadcastsi128_si256(x86::ChannelToLane(channel, lane));
 }
 
 }  // namespace
 
-void ExtractChannelRow(uint8_t *dst, const uint8_t *src, int32_t count, int32_t channel) {
-  if (channel < 0 || channel > 3) return portable::ExtractChannelRow(dst, src, count, channel);
+void ExtractChannel_Row(uint8_t *dst, const uint8_t *src, int32_t count, int32_t channel) {
+  if (channel < 0 || channel > 3) return portable::ExtractChannel_Row(dst, src, count, channel);
   const __m256i m0 = ChannelToLanes(channel, 0), m1 = ChannelToLanes(channel, 1);
   const __m256i m2 = ChannelToLanes(channel, 2), m3 = ChannelToLanes(channel, 3);
   // Lane 0 holds pixels 0-3, 8-11, 16-19, 24-27; lane 1 the four after each.
@@ -63,10 +42,12 @@ void ExtractChannelRow(uint8_t *dst, const uint8_t *src, int32_t count, int32_t 
                                            _mm256_shuffle_epi8(Load32(s + 96), m3));
         Store32(d, _mm256_permutevar8x32_epi32(_mm256_or_si256(ab, ce), order));
       },
-      [&](uint8_t *d, const uint8_t *s, int32_t n) { sse2::ExtractChannelRow(d, s, n, channel); });
+      [&](uint8_t *d, const uint8_t *s, int32_t n) {
+        portable::ExtractChannel_Row(d, s, n, channel);
+      });
 }
 
-void SwapRow(uint8_t *dst, const uint8_t *src, int32_t count) {
+void YUV16_Swap_Row(uint8_t *dst, const uint8_t *src, int32_t count) {
   const __m256i swap = _mm256_setr_epi8(1, 0, 3, 2, 5, 4, 7, 6, 9, 8, 11, 10, 13, 12, 15, 14, 1, 0,
                                         3, 2, 5, 4, 7, 6, 9, 8, 11, 10, 13, 12, 15, 14);
   ByBlocks<32, 2, 2>(
@@ -76,19 +57,10 @@ void SwapRow(uint8_t *dst, const uint8_t *src, int32_t count) {
         Store32(d, _mm256_shuffle_epi8(a, swap));
         Store32(d + 32, _mm256_shuffle_epi8(b, swap));
       },
-      sse2::SwapRow);
+      portable::YUV16_Swap_Row);
 }
 
-void ScaleRow(uint8_t *dst, const uint8_t *src, const int16_t *gain, const int16_t *offset,
-              int32_t bytes) {
-  Scaling256::Row(dst, src, gain, offset, bytes);
-}
-
-void ScaleRun(uint8_t *dst, const uint8_t *src, int16_t gain, int16_t offset, int32_t bytes) {
-  Scaling256::Run(dst, src, gain, offset, bytes);
-}
-
-void RGB32ToRGB24Row(uint8_t *dst, const uint8_t *src, int32_t count) {
+void RGB32_2_RGB24_Row(uint8_t *dst, const uint8_t *src, int32_t count) {
   // Per lane: four pixels' twelve bytes in dwords 0-2 (lane 0) and 4-6 (lane 1).
   const __m256i drop = _mm256_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1, 0,
                                         1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1);
@@ -108,8 +80,7 @@ void RGB32ToRGB24Row(uint8_t *dst, const uint8_t *src, int32_t count) {
         Store32(d + 32, _mm256_blend_epi32(b, c, 0xF0));
         Store32(d + 64, _mm256_blend_epi32(c, e, 0xFC));
       },
-      sse2::RGB32ToRGB24Row);
+      portable::RGB32_2_RGB24_Row);
 }
 
-}  // namespace avx2
-}  // namespace tqmp
+}  // namespace tqmp::avx2
