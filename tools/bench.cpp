@@ -42,7 +42,8 @@ int RunBench(const Args &args) {
   std::printf("%-13s %-13s %10s %8s\n", "from", "to", "frames/s", "GB/s");
   for (int32_t a = 0; a < kLibraryFormats; ++a)
     for (int32_t b = 0; b < kLibraryFormats; ++b) {
-      if ((from && *from != a) || (to && *to != b) || !engine.Routed(a, b)) continue;
+      if ((from && *from != a) || (to && *to != b) || !engine.Routed(a, b, {m, s.width, s.height}))
+        continue;
       std::vector<Image> src(frames, Image(static_cast<Format>(a), s.width, s.height));
       std::vector<Image> dst(frames, Image(static_cast<Format>(b), s.width, s.height));
       for (Image &image : src)

@@ -7,6 +7,8 @@
 #include <cstring>
 #include <deque>
 
+#include "cli.hpp"
+
 namespace tqcs {
 namespace {
 
@@ -59,9 +61,40 @@ void Deinterleave444(const uint8_t *yuva, uint8_t *y, uint8_t *u, uint8_t *v, si
   }
 }
 
+// The layouts of which `code` is a lossless repack: planar 4:2:2 holds the
+// samples of packed 4:2:2, in either packing order.
+std::vector<int32_t> RepackTwins(int32_t code) {
+  switch (code) {
+    case kYuyv:
+      return {kUyvy, kYuv422p};
+    case kUyvy:
+      return {kYuyv, kYuv422p};
+    case kYuv422p:
+      return {kYuyv, kUyvy};
+    default:
+      return {};
+  }
+}
+
+// What the tool says when the library converts no way between two codes for
+// these options: it writes nothing rather than a picture the library left.
+std::string Refused(Format from, Format to, const ConvertOptions &options, int32_t w, int32_t h) {
+  return std::string("the library does not convert ") + Info(from).name + " to " + Info(to).name +
+         " with matrix " + MatrixName(options.matrix) + " at " + std::to_string(w) + "x" +
+         std::to_string(h) + (options.interlaced ? " field by field" : "");
+}
+
 }  // namespace
 
-Engine::Engine(const TCS_APIStu *api) : api_(api) {
+const Engine::Table &Engine::Routes(const Shape &shape) const {
+  // Frames from 8x12 up behave as their width's parity and their height
+  // modulo 4 say; smaller ones are tried at their own size.
+  const int32_t w = shape.width < 8 ? shape.width : 8 + (shape.width & 1);
+  const int32_t h = shape.height < 12 ? shape.height : 12 + (shape.height & 3);
+  const std::lock_guard lock(mutex_);
+  const auto [at, added] = routes_.try_emplace({shape.matrix, w, h, shape.interlaced});
+  Table &routed = at->second;
+  if (!added) return routed;
   bool logged = false;
   TCB_SetLogSink(
       [](void *context, int32_t level, const char16_t *, const char16_t *, const char16_t *,
@@ -69,18 +102,22 @@ Engine::Engine(const TCS_APIStu *api) : api_(api) {
         if (level >= 1) *static_cast<bool *>(context) = true;
       },
       &logged);
-  constexpr int32_t kSide = 8;
   for (int32_t from = 0; from < kLibraryFormats; ++from) {
-    Image src(static_cast<Format>(from), kSide, kSide);
+    Image src(static_cast<Format>(from), w, h);
     for (size_t i = 0; i < src.data.size(); ++i) src.data[i] = static_cast<uint8_t>(i * 37);
     for (int32_t to = 0; to < kLibraryFormats; ++to) {
       if (!Planned(from, to)) continue;
-      Image dst(static_cast<Format>(to), kSide, kSide);
+      // Two destinations filled differently must come out alike: no byte left as it was.
+      Image zeros(static_cast<Format>(to), w, h), ones(static_cast<Format>(to), w, h);
+      std::fill(ones.data.begin(), ones.data.end(), uint8_t{255});
       logged = false;
-      routed_[from][to] = Dispatch(src, dst, TCS_MATRIX_HD, false, false) && !logged;
+      routed[from][to] = Dispatch(src, zeros, shape.matrix, false, shape.interlaced) &&
+                         Dispatch(src, ones, shape.matrix, false, shape.interlaced) && !logged &&
+                         zeros.data == ones.data;
     }
   }
   TCB_SetLogSink(nullptr, nullptr);
+  return routed;
 }
 
 int32_t DefaultMatrix(int32_t width, int32_t height) {
@@ -97,7 +134,16 @@ bool Engine::Planned(int32_t from, int32_t to) {
   return !(from == kYuva && to == kYuv420p);
 }
 
-std::vector<int32_t> Engine::Path(int32_t from, int32_t to) const {
+std::vector<int32_t> Engine::Path(int32_t from, int32_t to, const Shape &shape) const {
+  const Table &routed = Routes(shape);
+  if (from == to) return {from};
+  if (routed[from][to]) return {from, to};
+  if (Routes(Shape{})[from][to]) {
+    // The library converts the pair, only not for these options.
+    for (const int32_t twin : RepackTwins(to))
+      if (routed[from][twin] && routed[twin][to]) return {from, twin, to};
+    return {};
+  }
   // Breadth first, trying YUV layouts first so that no step leaves YUV needlessly.
   static constexpr std::array<int32_t, kLibraryFormats> kOrder = {2, 6, 8, 9, 5, 0, 1, 3, 4, 7, 10};
   std::array<int32_t, kLibraryFormats> previous;
@@ -108,7 +154,7 @@ std::vector<int32_t> Engine::Path(int32_t from, int32_t to) const {
     const int32_t at = queue.front();
     queue.pop_front();
     for (int32_t next : kOrder)
-      if (previous[next] < 0 && Routed(at, next)) {
+      if (previous[next] < 0 && routed[at][next]) {
         previous[next] = at;
         queue.push_back(next);
       }
@@ -204,7 +250,8 @@ void Engine::ScaleRange(Image &image, bool compress) const {
 }
 
 bool Engine::ConvertCodes(const Image &src, Image &dst, const ConvertOptions &options) const {
-  const std::vector<int32_t> path = Path(src.format, dst.format);
+  const std::vector<int32_t> path =
+      Path(src.format, dst.format, {options.matrix, src.width, src.height, options.interlaced});
   if (path.empty()) return false;
   if (path.size() == 1 && !options.flip) {
     dst.data = src.data;
@@ -231,8 +278,7 @@ std::string Engine::Convert(const Image &input, Image &dst, const ConvertOptions
     dst = Image(dst.format, w, h);
   if (!Info(input.format).readable) return std::string(Info(input.format).name) + " is output only";
   if (!Info(dst.format).writable) return std::string(Info(dst.format).name) + " is input only";
-  if (std::string problem = CheckSize(input.format, w, h); !problem.empty()) return problem;
-  if (std::string problem = CheckSize(dst.format, w, h); !problem.empty()) return problem;
+  if (std::string problem = CheckSize(w, h); !problem.empty()) return problem;
 
   // Bring the source to a library code.
   Image src;
@@ -270,8 +316,9 @@ std::string Engine::Convert(const Image &input, Image &dst, const ConvertOptions
       src = input;
   }
 
-  // Grey input is luma; grey output is computed from RGB and is full range.
-  const bool srcYuv = IsYuvSide(input.format), dstYuv = Info(dst.format).family == Family::kYuv;
+  // Grey is luma both ways: grey output is computed from RGB at full range and
+  // compressed like any luma when the output is limited.
+  const bool srcYuv = IsYuvSide(input.format), dstYuv = IsYuvSide(dst.format);
   const bool scale = !(srcYuv && dstYuv && options.srcRange == options.dstRange);
   if (scale && srcYuv && options.srcRange == Range::kLimited) ScaleRange(src, false);
 
@@ -279,7 +326,7 @@ std::string Engine::Convert(const Image &input, Image &dst, const ConvertOptions
   switch (dst.format) {
     case kYuv444p: {
       Image yuva(kYuva, w, h);
-      if (!ConvertCodes(src, yuva, step)) return "the library refused the conversion";
+      if (!ConvertCodes(src, yuva, step)) return Refused(input.format, kYuva, options, w, h);
       Deinterleave444(yuva.data.data(), dst.Plane(0), dst.Plane(1), dst.Plane(2), pixels);
       break;
     }
@@ -291,7 +338,7 @@ std::string Engine::Convert(const Image &input, Image &dst, const ConvertOptions
       Image rgb;
       if (!direct) {
         rgb = Image(kBgr24, w, h);
-        if (!ConvertCodes(src, rgb, step)) return "the library refused the conversion";
+        if (!ConvertCodes(src, rgb, step)) return Refused(src.format, kBgr24, options, w, h);
         step.flip = false;
       }
       const Image &from = direct ? src : rgb;
@@ -311,9 +358,7 @@ std::string Engine::Convert(const Image &input, Image &dst, const ConvertOptions
       break;
     }
     default:
-      if (!ConvertCodes(src, dst, step))
-        return std::string("no conversion from ") + Info(input.format).name + " to " +
-               Info(dst.format).name;
+      if (!ConvertCodes(src, dst, step)) return Refused(src.format, dst.format, options, w, h);
   }
   if (scale && dstYuv && options.dstRange == Range::kLimited) ScaleRange(dst, true);
   return {};
