@@ -2,12 +2,21 @@
 // dispatcher steps between format codes.
 #include <gtest/gtest.h>
 
+#include <type_traits>
+
 #include "engine.hpp"
 #include "fileio.hpp"
 #include "formats.hpp"
 
 namespace tqcs {
 namespace {
+
+// A host sees the exported Q14 vectors read-only: writing one would change
+// every later conversion.
+#define TQCS_EXPECT_CONST(name) \
+  static_assert(std::is_const_v<std::remove_extent_t<decltype(g_s##name)>>);
+#define TQCS_EXPECT_CONST_STD(std) TCS_Q14_VECTORS(TQCS_EXPECT_CONST, std)
+TCS_STANDARDS(TQCS_EXPECT_CONST_STD)
 
 TEST(Y4mHeader, ReadsEveryField) {
   StreamInfo info;
