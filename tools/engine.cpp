@@ -31,9 +31,11 @@ struct Samples {
 
 std::vector<Samples> YuvSamples(Image &image) {
   const size_t pixels = static_cast<size_t>(image.width) * image.height;
-  if (image.format == kYuv444Packed) {
+  if (image.format == kYuv444Packed || image.format == kYuva) {
+    // The alpha byte of YUVA is a key, not a video level: it is left as it is.
     uint8_t *p = image.data.data();
-    return {{p, 3, pixels, true}, {p + 1, 3, pixels, false}, {p + 2, 3, pixels, false}};
+    const size_t step = Info(image.format).packedBytes;
+    return {{p, step, pixels, true}, {p + 1, step, pixels, false}, {p + 2, step, pixels, false}};
   }
   std::vector<Samples> runs;
   const auto planes = Planes(image.format, image.width, image.height);
@@ -221,7 +223,7 @@ bool Engine::ComposeFields(const Image &field1, const Image &field2, Image &fram
 void Engine::ScaleRange(Image &image, bool compress) const {
   const auto scale =
       compress ? api_->pGeneral->TCS_RangeCompressFrame : api_->pGeneral->TCS_RangeExpandFrame;
-  if (image.format == kYuva || image.format == kYuyv || image.format == kUyvy) {
+  if (image.format == kYuyv || image.format == kUyvy) {
     const Image source = image;
     scale(image.data.data(), Pitch(image), source.data.data(), Pitch(source), image.format,
           image.width, image.height, 0);
