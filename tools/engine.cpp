@@ -142,8 +142,14 @@ std::vector<int32_t> Engine::Path(int32_t from, int32_t to, const Shape &shape) 
   if (routed[from][to]) return {from, to};
   if (Routes(Shape{})[from][to]) {
     // The library converts the pair, only not for these options.
-    for (const int32_t twin : RepackTwins(to))
-      if (routed[from][twin] && routed[twin][to]) return {from, twin, to};
+    // RGB32 goes to packed 4:2:2 with other rounding than to planar 4:2:2;
+    // its RGB24 form (alpha dropped, which 4:2:2 does not hold) goes alike.
+    const int32_t narrow = from == kBgra ? kBgr24 : from == kRgba ? kRgb24 : from;
+    for (const int32_t twin : RepackTwins(to)) {
+      if (narrow == from && routed[from][twin] && routed[twin][to]) return {from, twin, to};
+      if (narrow != from && routed[from][narrow] && routed[narrow][twin] && routed[twin][to])
+        return {from, narrow, twin, to};
+    }
     return {};
   }
   // Breadth first, trying YUV layouts first so that no step leaves YUV needlessly.
