@@ -138,8 +138,10 @@ constexpr const char kBenchHelp[] =
     "usage: tqcs bench [--size WxH] [--reps N] [--threads N] [--from FMT] [--to FMT]\n"
     "\n"
     "Converts frames of the given size (default 1920x1080) through every routed pair of\n"
-    "format codes (or the ones named) and prints the median of N repetitions (default 5)\n"
-    "as frames per second and GB/s (source plus destination bytes).\n"
+    "format codes (or the ones named). After three untimed runs it times at least N runs\n"
+    "(default 15) and at least 0.25 s, and prints the median as frames per second and GB/s\n"
+    "(source plus destination bytes), the number of runs and their spread (the middle\n"
+    "half of the runs, in per cent of the median).\n"
     "example: tqcs bench --from rgb24 --to yuv420p --threads 2\n";
 
 constexpr const char kInfoHelp[] =
