@@ -211,11 +211,7 @@ int RunConvert(const Args &args) {
                     : wanted < 0  ? in.frames - skip
                                   : std::min(in.frames - skip, wanted));
   std::vector<Job> jobs(static_cast<size_t>(2 * pool.Size()));
-  for (int64_t k = 0; k < skip; ++k)
-    if (!readFrame(jobs[0]))
-      return Fail(failure.empty()
-                      ? inPath + ": --start " + std::to_string(skip) + " is past the last frame"
-                      : failure);
+  for (int64_t k = 0; k < skip && readFrame(jobs[0]);) ++k;
   int64_t done = 0;
   for (bool more = true; more;) {
     size_t count = 0;
@@ -224,7 +220,10 @@ int RunConvert(const Args &args) {
       ++count;
     if (!failure.empty()) return Fail(failure);
     more = count == jobs.size();
-    if (done == 0 && count == 0) return Fail(inPath + ": no frame in the file");
+    if (done == 0 && count == 0)
+      return Fail(inPath + (skip > 0
+                                ? ": --start " + std::to_string(skip) + " is past the last frame"
+                                : std::string(": no frame in the file")));
     pool.ParallelFor(count, [&](size_t i) {
       Job &job = jobs[i];
       if (compose) {

@@ -81,8 +81,8 @@ constexpr const char kUsage[] =
     "\n"
     "examples:\n"
     "  tqcs convert in.png out.y4m                  # limited-range 4:2:0, tagged\n"
-    "  tqcs demo --out /tmp/demo\n"
-    "  tqcs bench --size 1280x720 --threads 2\n"
+    "  tqcs demo --out demo-out\n"
+    "  tqcs bench --size 1280x720 --from yuyv422 --to bgra --threads 2\n"
     "run 'tqcs COMMAND --help' for the options of one command.\n";
 
 constexpr const char kConvertHelp[] =
@@ -118,12 +118,12 @@ constexpr const char kConvertHelp[] =
     "formats:\n%s"
     "examples:\n"
     "  tqcs convert photo.png photo.y4m --matrix hd\n"
-    "  tqcs convert clip.yuv clip.y4m --from uyvy422 --size 1920x1080 --threads 4\n"
+    "  tqcs convert cam.yuv cam.y4m --from uyvy422 --size 1920x1080 --threads 4\n"
     "  tqcs convert clip.y4m frame.png              # one PNG per frame: frame_0001.png, ...\n"
     "  tqcs convert clip.y4m still.png --start 2 --frames 1\n"
     "  tqcs convert clip.y4m full.y4m --out-range full\n"
     "  tqcs convert in.y4m out.rgb --to bgra --flip\n"
-    "  tqcs convert frame.yuv fld.yuv --from yuv422p --size 720x576 --fields split\n";
+    "  tqcs convert frame.yuv fld.yuv --from yuv420p --size 720x576 --fields split\n";
 
 constexpr const char kDemoHelp[] =
     "usage: tqcs demo [--out DIR] [--size WxH] [--matrix M]\n"
@@ -132,7 +132,8 @@ constexpr const char kDemoHelp[] =
     "through every pair of format codes the dispatcher routes and back, writes a PNG of\n"
     "each format's round trip and contact-sheet.png into DIR (default ./tqcs-demo), and\n"
     "prints the round-trip error per format (max and mean per channel) and timings.\n"
-    "example: tqcs demo --out /tmp/demo --size 640x360\n";
+    "examples:\n"
+    "  tqcs demo --out demo-out --size 640x360\n";
 
 constexpr const char kBenchHelp[] =
     "usage: tqcs bench [--size WxH] [--reps N] [--threads N] [--from FMT] [--to FMT]\n"
@@ -142,19 +143,23 @@ constexpr const char kBenchHelp[] =
     "(default 15) and at least 0.25 s, and prints the median as frames per second and GB/s\n"
     "(source plus destination bytes), the number of runs and their spread (the middle\n"
     "half of the runs, in per cent of the median).\n"
-    "example: tqcs bench --from rgb24 --to yuv420p --threads 2\n";
+    "examples:\n"
+    "  tqcs bench --from rgb24 --to yuv420p --threads 2\n";
 
 constexpr const char kInfoHelp[] =
     "usage: tqcs info\n"
     "Prints the processor level, the kernel tier chosen for it (portable, sse2, ssse3,\n"
     "sse41), the load state and the slots of each table. TCB_CPU_LEVEL forces a level.\n"
-    "example: TCB_CPU_LEVEL=0 tqcs info\n";
+    "examples:\n"
+    "  TCB_CPU_LEVEL=0 tqcs info\n";
 
 constexpr const char kCompareHelp[] =
     "usage: tqcs compare A B [--from FMT --size WxH] [--max N]\n"
     "Prints the largest and mean difference per channel (per plane for planar layouts);\n"
     "exits with status 2 when a difference exceeds --max.\n"
-    "example: tqcs compare a.png b.png --max 2\n";
+    "examples:\n"
+    "  tqcs compare a.png b.png --max 2\n"
+    "  tqcs compare a.yuv b.yuv --from yuv420p --size 720x576\n";
 
 std::string FormatTable() {
   std::string table;
