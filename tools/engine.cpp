@@ -88,15 +88,23 @@ std::string Refused(Format from, Format to, const ConvertOptions &options, int32
 
 }  // namespace
 
-const Engine::Table &Engine::Routes(const Shape &shape) const {
-  // Frames from 8x12 up behave as their width's parity and their height
-  // modulo 4 say; smaller ones are tried at their own size.
-  const int32_t w = shape.width < 8 ? shape.width : 8 + (shape.width & 1);
-  const int32_t h = shape.height < 12 ? shape.height : 12 + (shape.height & 3);
-  const std::lock_guard lock(mutex_);
-  const auto [at, added] = routes_.try_emplace({shape.matrix, w, h, shape.interlaced});
-  Table &routed = at->second;
-  if (!added) return routed;
+namespace {
+
+// The size a conversion is tried at: frames from 8x12 up behave as their
+// width's parity and their height modulo 4 say; smaller ones as themselves.
+Size ProbeSize(const Shape &shape) {
+  return {shape.width < 8 ? shape.width : 8 + (shape.width & 1),
+          shape.height < 12 ? shape.height : 12 + (shape.height & 3)};
+}
+
+// True when `run(src, dst)` succeeds, logs nothing and writes every byte of a
+// `to` frame: two destinations filled differently must come out alike.
+template <class Run>
+bool WritesEveryByte(Format from, Format to, Size size, Run run) {
+  Image src(from, size.width, size.height);
+  for (size_t i = 0; i < src.data.size(); ++i) src.data[i] = static_cast<uint8_t>(i * 37);
+  Image zeros(to, size.width, size.height), ones(to, size.width, size.height);
+  std::fill(ones.data.begin(), ones.data.end(), uint8_t{255});
   bool logged = false;
   TCB_SetLogSink(
       [](void *context, int32_t level, const char16_t *, const char16_t *, const char16_t *,
@@ -104,22 +112,73 @@ const Engine::Table &Engine::Routes(const Shape &shape) const {
         if (level >= 1) *static_cast<bool *>(context) = true;
       },
       &logged);
-  for (int32_t from = 0; from < kLibraryFormats; ++from) {
-    Image src(static_cast<Format>(from), w, h);
-    for (size_t i = 0; i < src.data.size(); ++i) src.data[i] = static_cast<uint8_t>(i * 37);
-    for (int32_t to = 0; to < kLibraryFormats; ++to) {
-      if (!Planned(from, to)) continue;
-      // Two destinations filled differently must come out alike: no byte left as it was.
-      Image zeros(static_cast<Format>(to), w, h), ones(static_cast<Format>(to), w, h);
-      std::fill(ones.data.begin(), ones.data.end(), uint8_t{255});
-      logged = false;
-      routed[from][to] = Dispatch(src, zeros, shape.matrix, false, shape.interlaced) &&
-                         Dispatch(src, ones, shape.matrix, false, shape.interlaced) && !logged &&
-                         zeros.data == ones.data;
-    }
-  }
+  const bool done = run(src, zeros) && run(src, ones);
   TCB_SetLogSink(nullptr, nullptr);
+  return done && !logged && zeros.data == ones.data;
+}
+
+}  // namespace
+
+const Engine::Table &Engine::Routes(const Shape &shape) const {
+  const Size size = ProbeSize(shape);
+  const std::lock_guard lock(mutex_);
+  const auto [at, added] =
+      routes_.try_emplace({shape.matrix, size.width, size.height, shape.interlaced});
+  Table &routed = at->second;
+  if (!added) return routed;
+  for (int32_t from = 0; from < kLibraryFormats; ++from)
+    for (int32_t to = 0; to < kLibraryFormats; ++to)
+      routed[from][to] =
+          Planned(from, to) &&
+          WritesEveryByte(static_cast<Format>(from), static_cast<Format>(to), size,
+                          [&](const Image &src, Image &dst) {
+                            return Dispatch(src, dst, shape.matrix, false, shape.interlaced);
+                          });
   return routed;
+}
+
+template <class Run>
+bool Engine::Writes(Format from, Format to, const Shape &shape, Run run) const {
+  const Size size = ProbeSize(shape);
+  const std::lock_guard lock(mutex_);
+  const auto [at, added] =
+      direct_.try_emplace({from, to, shape.matrix, size.width, size.height}, false);
+  if (added) at->second = WritesEveryByte(from, to, size, run);
+  return at->second;
+}
+
+void Engine::TenBitTo8(const Image &input, Image &src) const {
+  // The library's 10-bit to 8-bit planar drivers store bits 6 to 13 of a
+  // sample (a shift right by 6 kept for compatibility): the tool moves the
+  // 10-bit value from the low bits up by 4 so that they keep its top 8 bits.
+  const int32_t w = input.width, h = input.height;
+  std::vector<uint16_t> samples(input.data.size() / 2);
+  std::memcpy(samples.data(), input.data.data(), input.data.size());
+  for (uint16_t &sample : samples) sample = static_cast<uint16_t>((sample & 1023) << 4);
+  const auto in = Planes(input.format, w, h);
+  const auto out = Planes(src.format, w, h);
+  const auto plane16 = [&](int i) { return samples.data() + in[i].offset / 2; };
+  (input.format == kYuv422p10 ? api_->pYUV422->TCS_YUV422_10Bit_2_YUV422_Frame
+                              : api_->pYUV420->TCS_YUV420_10Bit_2_YUV420_Frame)(
+      src.Plane(0), out[0].pitch, src.Plane(1), out[1].pitch, src.Plane(2), out[2].pitch,
+      plane16(0), in[0].pitch, plane16(1), in[1].pitch, plane16(2), in[2].pitch, w, h, 0);
+}
+
+void Engine::RgbToGrayOrHsv(const Image &from, Image &dst, int32_t matrix, bool flip) const {
+  const int32_t w = from.width, h = from.height;
+  const uint8_t order = BlueFirst(from.format), turn = flip ? 1 : 0;
+  if (dst.format == kHsv) {
+    const auto planes = Planes(kHsv, w, h);
+    api_->pRGB24->TCS_RGB24_2_HSV_Frame(reinterpret_cast<uint16_t *>(dst.Plane(0)), planes[0].pitch,
+                                        dst.Plane(1), w, dst.Plane(2), w, from.data.data(),
+                                        Pitch(from), w, h, order, turn);
+  } else if (Info(from.format).packedBytes == 4) {
+    api_->pRGB32->TCS_RGB32_2_Gray_Frame(dst.data.data(), w, from.data.data(), Pitch(from), w, h,
+                                         matrix, order, turn);
+  } else {
+    api_->pRGB24->TCS_RGB24_2_Gray_Frame(dst.data.data(), w, from.data.data(), Pitch(from), w, h,
+                                         matrix, order, turn);
+  }
 }
 
 int32_t DefaultMatrix(int32_t width, int32_t height) {
@@ -287,6 +346,7 @@ std::string Engine::Convert(const Image &input, Image &dst, const ConvertOptions
   if (!Info(input.format).readable) return std::string(Info(input.format).name) + " is output only";
   if (!Info(dst.format).writable) return std::string(Info(dst.format).name) + " is input only";
   if (std::string problem = CheckSize(w, h); !problem.empty()) return problem;
+  const Shape shape{options.matrix, w, h, options.interlaced};
 
   // Bring the source to a library code.
   Image src;
@@ -294,20 +354,14 @@ std::string Engine::Convert(const Image &input, Image &dst, const ConvertOptions
   switch (input.format) {
     case kYuv422p10:
     case kYuv420p10: {
-      // The library's 10-bit to 8-bit planar drivers store bits 6 to 13 of a
-      // sample (a shift right by 6 kept for compatibility): the tool moves the
-      // 10-bit value from the low bits up by 4 so that they keep its top 8 bits.
       src = Image(input.format == kYuv422p10 ? kYuv422p : kYuv420p, w, h);
-      std::vector<uint16_t> samples(input.data.size() / 2);
-      std::memcpy(samples.data(), input.data.data(), input.data.size());
-      for (uint16_t &sample : samples) sample = static_cast<uint16_t>((sample & 1023) << 4);
-      const auto in = Planes(input.format, w, h);
-      const auto out = Planes(src.format, w, h);
-      const auto plane16 = [&](int i) { return samples.data() + in[i].offset / 2; };
-      (input.format == kYuv422p10 ? api_->pYUV422->TCS_YUV422_10Bit_2_YUV422_Frame
-                                  : api_->pYUV420->TCS_YUV420_10Bit_2_YUV420_Frame)(
-          src.Plane(0), out[0].pitch, src.Plane(1), out[1].pitch, src.Plane(2), out[2].pitch,
-          plane16(0), in[0].pitch, plane16(1), in[1].pitch, plane16(2), in[2].pitch, w, h, 0);
+      const auto run = [&](const Image &in, Image &out) {
+        TenBitTo8(in, out);
+        return true;
+      };
+      if (!Writes(input.format, src.format, shape, run))
+        return Refused(input.format, src.format, options, w, h);
+      TenBitTo8(input, src);
       break;
     }
     case kYuv444p:
@@ -350,19 +404,13 @@ std::string Engine::Convert(const Image &input, Image &dst, const ConvertOptions
         step.flip = false;
       }
       const Image &from = direct ? src : rgb;
-      const uint8_t order = BlueFirst(from.format), flip = step.flip ? 1 : 0;
-      if (dst.format == kHsv) {
-        const auto planes = Planes(kHsv, w, h);
-        api_->pRGB24->TCS_RGB24_2_HSV_Frame(reinterpret_cast<uint16_t *>(dst.Plane(0)),
-                                            planes[0].pitch, dst.Plane(1), w, dst.Plane(2), w,
-                                            from.data.data(), Pitch(from), w, h, order, flip);
-      } else if (Info(from.format).packedBytes == 4) {
-        api_->pRGB32->TCS_RGB32_2_Gray_Frame(dst.data.data(), w, from.data.data(), Pitch(from), w,
-                                             h, options.matrix, order, flip);
-      } else {
-        api_->pRGB24->TCS_RGB24_2_Gray_Frame(dst.data.data(), w, from.data.data(), Pitch(from), w,
-                                             h, options.matrix, order, flip);
-      }
+      const auto run = [&](const Image &in, Image &out) {
+        RgbToGrayOrHsv(in, out, options.matrix, false);
+        return true;
+      };
+      if (!Writes(from.format, dst.format, shape, run))
+        return Refused(from.format, dst.format, options, w, h);
+      RgbToGrayOrHsv(from, dst, options.matrix, step.flip);
       break;
     }
     default:

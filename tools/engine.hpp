@@ -72,10 +72,17 @@ class Engine {
  private:
   using Table = std::array<std::array<bool, kLibraryFormats>, kLibraryFormats>;
   const Table &Routes(const Shape &shape) const;
+  // Whether `run(src, dst)`, a driver call outside the dispatcher, writes every
+  // byte of a `to` frame made from a `from` frame of this shape (tried once).
+  template <class Run>
+  bool Writes(Format from, Format to, const Shape &shape, Run run) const;
+  void TenBitTo8(const Image &input, Image &src) const;
+  void RgbToGrayOrHsv(const Image &from, Image &dst, int32_t matrix, bool flip) const;
   bool ConvertCodes(const Image &src, Image &dst, const ConvertOptions &options) const;
   const TCS_APIStu *api_;
   mutable std::mutex mutex_;
   mutable std::map<std::tuple<int32_t, int32_t, int32_t, bool>, Table> routes_;
+  mutable std::map<std::tuple<int32_t, int32_t, int32_t, int32_t, int32_t>, bool> direct_;
 };
 
 }  // namespace tqcs
