@@ -237,5 +237,33 @@ TEST(RepackRoute, EqualsTheDirectConversion) {
   }
 }
 
+// What the README and the header say of the library's range operations, as a
+// host calls them: codes 0 to 4, 6 and 7 are scaled, 5, 8, 9 and 10 are left
+// as they were; YUV to YUVA and planar 4:2:2 to YUYV, the repacks a host uses
+// for those, come back byte for byte.
+TEST(RangeOperations, CoverTheCodesTheDocumentationNames) {
+  const TCS_APIStu *api = TCS_GetAPIStuPtr();
+  const Engine engine(api);
+  for (int32_t code = 0; code < kLibraryFormats; ++code) {
+    const Image src = Encode(static_cast<Format>(code), TCS_MATRIX_HD, Range::kFull);
+    Image dst = src;
+    const int64_t pitch = code == kYuv422p || code == kYuv420p
+                              ? kW
+                              : int64_t{kW} * Info(static_cast<Format>(code)).packedBytes;
+    api->pGeneral->TCS_RangeCompressFrame(dst.data.data(), pitch, src.data.data(), pitch, code, kW,
+                                          kH, 0);
+    const bool covered =
+        code != kYuv444Packed && code != kYuv422p && code != kYuv420p && code != kAlpha;
+    EXPECT_EQ(dst.data != src.data, covered) << "code " << code;
+  }
+  for (const auto &[code, packed] : {std::pair{kYuv444Packed, kYuva}, {kYuv422p, kYuyv}}) {
+    const Image src = Encode(code, TCS_MATRIX_HD, Range::kFull);
+    Image there(packed, kW, kH), back(code, kW, kH);
+    ASSERT_TRUE(engine.Dispatch(src, there, TCS_MATRIX_HD, false, false));
+    ASSERT_TRUE(engine.Dispatch(there, back, TCS_MATRIX_HD, false, false));
+    EXPECT_EQ(back.data, src.data) << Info(code).name;
+  }
+}
+
 }  // namespace
 }  // namespace tqcs

@@ -4,6 +4,7 @@
 
 #include <type_traits>
 
+#include "cli.hpp"
 #include "engine.hpp"
 #include "fileio.hpp"
 #include "formats.hpp"
@@ -150,6 +151,19 @@ TEST(Plan, EveryPairHasAPathOfRoutedSteps) {
 TEST(FieldPaths, BesideTheFile) {
   EXPECT_EQ(FieldPath("dir/out.yuv", 1), "dir/out.f1.yuv");
   EXPECT_EQ(FieldPath("dir.x/out", 2), "dir.x/out.f2");
+  EXPECT_EQ(NumberedPath("dir.x/out.png", 12), "dir.x/out_0012.png");
+  EXPECT_EQ(NumberedPath("out", 1), "out_0001");
+}
+
+TEST(MatrixNames, TheStandardsNumbersToo) {
+  const struct {
+    const char *name;
+    int32_t matrix;
+  } names[] = {{"sd", TCS_MATRIX_SD},    {"bt601", TCS_MATRIX_SD}, {"hd", TCS_MATRIX_HD},
+               {"bt709", TCS_MATRIX_HD}, {"uhd", TCS_MATRIX_UHD},  {"bt2020", TCS_MATRIX_UHD}};
+  for (const auto &n : names) EXPECT_EQ(ParseMatrix(n.name), n.matrix) << n.name;
+  EXPECT_FALSE(ParseMatrix("bt2100"));
+  EXPECT_STREQ(MatrixName(TCS_MATRIX_UHD), "uhd");
 }
 
 }  // namespace

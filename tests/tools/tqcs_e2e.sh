@@ -211,6 +211,22 @@ test "$(stat -c %s two.yuv)" = $((2 * 128 * 72 * 3 / 2)) || fail "--start 3 of f
 expect_error "five.y4m: --start 5 is past the last frame" convert five.y4m out/x.png --start 5
 expect_error "bad --frames '0'" convert five.y4m out/x.png --frames 0
 
+# The alpha of YUVA is a key: range scaling leaves it as it is.
+"$tqcs" convert demo/pattern.png lim.yuva --to yuva --out-range limited >/dev/null
+"$tqcs" compare p.yuva lim.yuva --from yuva "${raw[@]}" | grep -q '^ *3 *0 ' ||
+  fail "--out-range limited changed the alpha of YUVA"
+# compare: status 2 past --max
+status=0
+"$tqcs" compare p.yuva lim.yuva --from yuva "${raw[@]}" --max 1 >/dev/null || status=$?
+test "$status" = 2 || fail "compare past --max exits with $status, not 2"
+# bench: at least --reps timed runs, their median and spread
+"$tqcs" bench --size 64x36 --from rgb24 --to yuv420p --reps 20 >bench.log
+awk '$1 == "rgb24" && $2 == "yuv420p" { found = $5 >= 20 && $6 ~ /%$/ } END { exit !found }' bench.log ||
+  fail "bench: $(cat bench.log)"
+# raw frames of odd width hold the library's layout: chroma rows of width / 2
+"$tqcs" convert odd.rgb odd.yuv422p --from rgb24 --size 15x8 --to yuv422p >/dev/null
+test "$(stat -c %s odd.yuv422p)" = $((15 * 8 + 2 * 7 * 8)) || fail "raw yuv422p of width 15"
+
 # ---- every example of the README and of each --help, as printed --------------------------------
 examples=$scratch/examples
 mkdir "$examples"
