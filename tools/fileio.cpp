@@ -61,11 +61,17 @@ class AtomicFile {
     error = std::string("write failed (") + std::strerror(errno) + ")";
     return false;
   }
+  // Closes the finished file, which stays under its temporary name.
+  bool Close(std::string &error) {
+    const bool closed = file_ == nullptr || std::fclose(file_) == 0;
+    file_ = nullptr;
+    if (!closed) error = std::string("cannot write the file (") + std::strerror(errno) + ")";
+    return closed;
+  }
   // Renames the finished file to `target` (by default the path it was opened for).
   bool Commit(std::string &error, const std::string &target = {}) {
-    const bool closed = std::fclose(file_) == 0;
-    file_ = nullptr;
-    if (!closed || std::rename(temp_.c_str(), (target.empty() ? path_ : target).c_str()) != 0) {
+    if (!Close(error)) return false;
+    if (std::rename(temp_.c_str(), (target.empty() ? path_ : target).c_str()) != 0) {
       error = std::string("cannot write the file (") + std::strerror(errno) + ")";
       return false;
     }
@@ -274,7 +280,7 @@ class PngWriter : public FrameWriter {
       error = std::string("PNG write failed (") + image.message + ")";
       return false;
     }
-    return true;
+    return out.Close(error);  // a long clip must not hold a file open per frame
   }
   // One frame keeps the name asked for; several are numbered from 1.
   bool Finish(std::string &error) override {
