@@ -52,9 +52,11 @@ std::optional<Args> ParseArgs(std::span<char *const> argv, std::span<const Optio
 }
 
 namespace {
+// The tool's names first (MatrixName gives them), then the standards' numbers.
 constexpr std::pair<std::string_view, int32_t> kMatrices[] = {
-    {"sd", TCS_MATRIX_SD}, {"hd", TCS_MATRIX_HD}, {"uhd", TCS_MATRIX_UHD}};
-}
+    {"sd", TCS_MATRIX_SD},    {"hd", TCS_MATRIX_HD},    {"uhd", TCS_MATRIX_UHD},
+    {"bt601", TCS_MATRIX_SD}, {"bt709", TCS_MATRIX_HD}, {"bt2020", TCS_MATRIX_UHD}};
+}  // namespace
 
 std::optional<int32_t> ParseMatrix(std::string_view text) {
   for (const auto &[name, matrix] : kMatrices)
@@ -107,7 +109,25 @@ bool ReadSize(const Args &args, std::optional<Size> &size, std::string &error) {
 }
 
 bool ReadMatrix(const Args &args, std::optional<int32_t> &matrix, std::string &error) {
-  return ReadOption(args, "matrix", matrix, ParseMatrix, "unknown matrix", "sd, hd or uhd", error);
+  return ReadOption(args, "matrix", matrix, ParseMatrix, "unknown matrix",
+                    "sd, hd, uhd, bt601, bt709 or bt2020", error);
+}
+
+bool ReadRange(const Args &args, const char *option, std::optional<Range> &range,
+               std::string &error) {
+  return ReadOption(args, option, range, ParseRange, "unknown range", "full or limited", error);
+}
+
+bool ReadCount(const Args &args, const char *option, int64_t least, std::optional<int64_t> &count,
+               std::string &error) {
+  const auto parse = [least](std::string_view text) -> std::optional<int64_t> {
+    int64_t value = 0;
+    const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (ec != std::errc() || end != text.data() + text.size() || value < least) return std::nullopt;
+    return value;
+  };
+  return ReadOption(args, option, count, parse, (std::string("bad --") + option).c_str(),
+                    least == 0 ? "a whole number from 0" : "a whole number from 1", error);
 }
 
 bool ReadThreads(const Args &args, int &threads, std::string &error) {

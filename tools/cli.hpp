@@ -33,7 +33,7 @@ struct Args {
 std::optional<Args> ParseArgs(std::span<char *const> argv, std::span<const OptionDef> known,
                               std::string &error);
 
-std::optional<int32_t> ParseMatrix(std::string_view text);  // sd, hd, uhd
+std::optional<int32_t> ParseMatrix(std::string_view text);  // sd, hd, uhd, bt601, bt709, bt2020
 const char *MatrixName(int32_t matrix);
 std::optional<Range> ParseRange(std::string_view text);  // full, limited
 std::optional<int> ParsePositive(std::string_view text);
@@ -44,6 +44,11 @@ bool ReadFormat(const Args &args, const char *option, std::optional<Format> &for
 bool ReadSize(const Args &args, std::optional<Size> &size, std::string &error);
 bool ReadMatrix(const Args &args, std::optional<int32_t> &matrix, std::string &error);
 bool ReadThreads(const Args &args, int &threads, std::string &error);
+bool ReadRange(const Args &args, const char *option, std::optional<Range> &range,
+               std::string &error);
+// A whole number of frames, at least `least`.
+bool ReadCount(const Args &args, const char *option, int64_t least, std::optional<int64_t> &count,
+               std::string &error);
 
 // The root structure, checked; null (after a message) when unusable.
 const TCS_APIStu *CheckedApi();

@@ -36,6 +36,17 @@ class Progress {
   bool shown_, drawn_ = false;
 };
 
+// The Y4M layout of the input's chroma: 4:2:0, 4:2:2 (planar or packed, 8 or
+// 10 bits), 4:4:4 or mono; 4:2:0 for RGB and a key plane.
+Format Y4mLayoutOf(Format input) {
+  const FormatInfo &info = Info(input);
+  if (input == kGray) return kGray;
+  if (info.family != Family::kYuv || info.shiftY != 0) return kYuv420p;
+  return info.shiftX != 0 || input == kYuyv || input == kUyvy ? kYuv422p : kYuv444p;
+}
+
+const char *RangeName(Range range) { return range == Range::kLimited ? "limited" : "full"; }
+
 // The format written when --to is not given, and the formats a file kind holds.
 std::string ChooseOutput(FileKind kind, Format input, std::optional<Format> asked, Format &out) {
   const auto oneOf = [&](std::initializer_list<Format> allowed, const char *what) {
@@ -46,10 +57,7 @@ std::string ChooseOutput(FileKind kind, Format input, std::optional<Format> aske
   };
   switch (kind) {
     case FileKind::kY4m:
-      out = asked ? *asked
-            : (input == kYuv420p || input == kYuv422p || input == kYuv444p || input == kGray)
-                ? input
-                : kYuv420p;
+      out = asked ? *asked : Y4mLayoutOf(input);
       return oneOf({kYuv420p, kYuv422p, kYuv444p, kGray}, "a Y4M file");
     case FileKind::kPng:
       out = asked ? *asked : HasAlpha(input) ? kRgba : kRgb24;
@@ -77,14 +85,17 @@ int RunConvert(const Args &args) {
   std::optional<Format> from, to;
   std::optional<Size> size;
   std::optional<int32_t> matrix;
-  std::optional<Range> range;
+  std::optional<Range> range, inRange, outRange;
+  std::optional<int64_t> frameCount, start;
   int threads = 1;
   if (!ReadFormat(args, "from", from, error) || !ReadFormat(args, "to", to, error) ||
       !ReadSize(args, size, error) || !ReadMatrix(args, matrix, error) ||
-      !ReadThreads(args, threads, error))
+      !ReadThreads(args, threads, error) || !ReadRange(args, "range", range, error) ||
+      !ReadRange(args, "in-range", inRange, error) ||
+      !ReadRange(args, "out-range", outRange, error) ||
+      !ReadCount(args, "frames", 1, frameCount, error) ||
+      !ReadCount(args, "start", 0, start, error))
     return Fail(error);
-  if (const std::string *text = args.Get("range"); text && !(range = ParseRange(*text)))
-    return Fail("unknown range '" + *text + "' (full or limited)");
   const std::string *fields = args.Get("fields");
   if (fields && *fields != "split" && *fields != "compose")
     return Fail("unknown --fields mode '" + *fields + "' (split or compose)");
@@ -116,41 +127,59 @@ int RunConvert(const Args &args) {
   if (from && KindOfPath(inPath) != FileKind::kRaw && *from != in.format)
     return Fail(inPath + ": the file holds " + Info(in.format).name + ", not " + Info(*from).name);
   if (!Info(in.format).readable) return Fail(std::string(Info(in.format).name) + " is output only");
+  const int64_t skip = start.value_or(0);
 
   Format out = kBgra;
   if (error = ChooseOutput(KindOfPath(outPath), in.format, to, out); !error.empty())
     return Fail(outPath + ": " + error);
-  if (error = CheckSize(out, in.width, in.height); !error.empty())
-    return Fail(outPath + ": " + error);
+  if (error = CheckSize(in.width, in.height); !error.empty()) return Fail(outPath + ": " + error);
   if ((split || compose) &&
       (in.height % 2 != 0 ||
        ((Info(out).shiftY != 0 || Info(in.format).shiftY != 0) && in.height % 4 != 0)))
     return Fail(inPath + ": --fields needs an even frame height (a multiple of 4 for 4:2:0)");
 
-  // Ranges: the file's tag or --range for the input; the output keeps the
-  // input's range when both are YUV, else Y4M is written limited and raw full.
+  // Ranges of the YUV sides: the input's is --in-range, else the file's tag,
+  // else --range, else limited for a Y4M and full for raw; the output's is
+  // --out-range, else --range, else the input's (between YUV layouts), else
+  // limited for a Y4M and full for raw. Samples are converted between the two.
   const bool inYuv = Info(in.format).family == Family::kYuv || in.format == kGray;
   const FileKind inKind = KindOfPath(inPath), outKind = KindOfPath(outPath);
   ConvertOptions options;
-  options.srcRange = range                      ? *range
+  const char *rangeSource = "as given";
+  if (!inRange && in.range)
+    rangeSource = "from its tag";
+  else if (!inRange && !range)
+    rangeSource = inKind == FileKind::kY4m ? "assumed: no tag" : "assumed: raw files state none";
+  options.srcRange = inRange                    ? *inRange
                      : in.range                 ? *in.range
+                     : range                    ? *range
                      : inKind == FileKind::kY4m ? Range::kLimited
                                                 : Range::kFull;
-  options.dstRange = range                       ? *range
+  options.dstRange = outRange                    ? *outRange
+                     : range                     ? *range
                      : inYuv                     ? options.srcRange
                      : outKind == FileKind::kY4m ? Range::kLimited
                                                  : Range::kFull;
   options.matrix = matrix ? *matrix : DefaultMatrix(in.width, in.height);
   options.flip = args.Has("flip");
 
+  // Interlace: as declared, else a Y4M's field, else top field first for a
+  // composed frame and progressive otherwise. Interlaced material is
+  // converted field by field, so 4:2:0 chroma never mixes the two fields;
+  // field files are progressive pictures.
+  const char frameInterlace = interlace                  ? (*interlace)[0]
+                              : compose                  ? 't'
+                              : inKind == FileKind::kY4m ? in.interlace
+                                                         : 'p';
+  options.interlaced = frameInterlace == 't' || frameInterlace == 'b';
   StreamInfo outInfo = in;
   outInfo.format = out;
-  if (interlace) outInfo.interlace = (*interlace)[0];
-  if (inKind != FileKind::kY4m && !interlace) outInfo.interlace = 'p';
+  outInfo.interlace = split ? 'p' : frameInterlace;
+  // A 4:2:0 output keeps the siting of 4:2:0 samples it copies; chroma the
+  // library subsamples is co-sited horizontally with the even pixel and
+  // centred vertically between its rows: C420mpeg2.
+  if (!(inKind == FileKind::kY4m && in.format == out)) outInfo.chroma.clear();
   if (split) outInfo.height /= 2;
-  // Interlaced material (as read, or as declared for a Y4M written) is
-  // converted field by field, so 4:2:0 chroma never mixes the two fields.
-  options.interlaced = outInfo.interlace == 't' || outInfo.interlace == 'b';
   std::vector<std::unique_ptr<FrameWriter>> writers;
   for (int f = 1; f <= (split ? 2 : 1); ++f) {
     const std::string path = split ? FieldPath(outPath, f) : outPath;
@@ -162,22 +191,39 @@ int RunConvert(const Args &args) {
   if (api == nullptr) return 1;
   const Engine engine(api);
   ThreadPool pool(threads);
-  Progress progress(in.frames);
+  // The next frame (both fields when composing): false at the end or on an
+  // error, which `failure` then holds in full.
+  std::string failure;
+  const auto readFrame = [&](Job &job) {
+    if (!readers[0]->Read(job.input, error)) {
+      if (!error.empty()) failure = (compose ? FieldPath(inPath, 1) : inPath) + ": " + error;
+      return false;
+    }
+    if (compose && !readers[1]->Read(job.input2, error)) {
+      failure = FieldPath(inPath, 2) + ": " +
+                (error.empty() ? "has fewer fields than " + FieldPath(inPath, 1) : error);
+      return false;
+    }
+    return true;
+  };
+  const int64_t wanted = frameCount.value_or(-1);
+  Progress progress(in.frames < 0 ? wanted
+                    : wanted < 0  ? in.frames - skip
+                                  : std::min(in.frames - skip, wanted));
   std::vector<Job> jobs(static_cast<size_t>(2 * pool.Size()));
+  for (int64_t k = 0; k < skip && readFrame(jobs[0]);) ++k;
   int64_t done = 0;
   for (bool more = true; more;) {
     size_t count = 0;
-    for (; count < jobs.size(); ++count) {
-      Job &job = jobs[count];
-      if (!readers[0]->Read(job.input, error)) break;
-      if (compose && !readers[1]->Read(job.input2, error)) {
-        if (error.empty()) error = "has fewer fields than " + FieldPath(inPath, 1);
-        return Fail(FieldPath(inPath, 2) + ": " + error);
-      }
-    }
-    if (!error.empty()) return Fail((compose ? FieldPath(inPath, 1) : inPath) + ": " + error);
+    while (count < jobs.size() && (wanted < 0 || done + static_cast<int64_t>(count) < wanted) &&
+           readFrame(jobs[count]))
+      ++count;
+    if (!failure.empty()) return Fail(failure);
     more = count == jobs.size();
-    if (done == 0 && count == 0) return Fail(inPath + ": no frame in the file");
+    if (done == 0 && count == 0)
+      return Fail(inPath + (skip > 0
+                                ? ": --start " + std::to_string(skip) + " is past the last frame"
+                                : std::string(": no frame in the file")));
     pool.ParallelFor(count, [&](size_t i) {
       Job &job = jobs[i];
       if (compose) {
@@ -205,6 +251,22 @@ int RunConvert(const Args &args) {
   for (size_t w = 0; w < writers.size(); ++w)
     if (!writers[w]->Finish(error))
       return Fail((split ? FieldPath(outPath, static_cast<int>(w) + 1) : outPath) + ": " + error);
+
+  // One line: what was read as what, what was written, and where a range was assumed.
+  const auto side = [](Format format, bool yuv, Range range) {
+    return std::string(Info(format).name) +
+           (yuv ? std::string(", ") + RangeName(range) + " range" : "");
+  };
+  const bool outYuv = Info(out).family == Family::kYuv || out == kGray;
+  std::string read = side(in.format, inYuv, options.srcRange);
+  if (inYuv) read += std::string(" (") + rangeSource + ")";
+  std::string written = outPath;
+  if (outKind == FileKind::kPng && done > 1)
+    written = NumberedPath(outPath, 1) + " to " + NumberedPath(outPath, done);
+  if (split) written = "the fields (.f1, .f2) of " + written;
+  std::printf("%s: %dx%d %s -> %s: %s, matrix %s, %lld frame%s\n", inPath.c_str(), in.width,
+              in.height, read.c_str(), written.c_str(), side(out, outYuv, options.dstRange).c_str(),
+              MatrixName(options.matrix), static_cast<long long>(done), done == 1 ? "" : "s");
   return 0;
 }
 

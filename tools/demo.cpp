@@ -262,7 +262,8 @@ int RunDemo(const Args &args) {
   for (int32_t a = 0; a < kLibraryFormats; ++a) {
     std::printf("%10s %2d", Info(static_cast<Format>(a)).name, a);
     for (int32_t b = 0; b < kLibraryFormats; ++b) {
-      if (!engine.Routed(a, b) || inFormat[a].data.empty()) {
+      const Shape shape{options.matrix, s.width, s.height};
+      if (!engine.Routed(a, b, shape) || inFormat[a].data.empty()) {
         std::printf("    .");
         continue;
       }
@@ -272,7 +273,7 @@ int RunDemo(const Args &args) {
       if (!engine.Dispatch(inFormat[a], there, options.matrix, false, false))
         return Fail(std::string("the dispatcher refused ") + std::to_string(a) + " -> " +
                     std::to_string(b));
-      if (!engine.Routed(b, a)) {
+      if (!engine.Routed(b, a, shape)) {
         std::printf("    >");
         continue;
       }

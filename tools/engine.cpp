@@ -7,6 +7,8 @@
 #include <cstring>
 #include <deque>
 
+#include "cli.hpp"
+
 namespace tqcs {
 namespace {
 
@@ -29,9 +31,11 @@ struct Samples {
 
 std::vector<Samples> YuvSamples(Image &image) {
   const size_t pixels = static_cast<size_t>(image.width) * image.height;
-  if (image.format == kYuv444Packed) {
+  if (image.format == kYuv444Packed || image.format == kYuva) {
+    // The alpha byte of YUVA is a key, not a video level: it is left as it is.
     uint8_t *p = image.data.data();
-    return {{p, 3, pixels, true}, {p + 1, 3, pixels, false}, {p + 2, 3, pixels, false}};
+    const size_t step = Info(image.format).packedBytes;
+    return {{p, step, pixels, true}, {p + 1, step, pixels, false}, {p + 2, step, pixels, false}};
   }
   std::vector<Samples> runs;
   const auto planes = Planes(image.format, image.width, image.height);
@@ -59,9 +63,48 @@ void Deinterleave444(const uint8_t *yuva, uint8_t *y, uint8_t *u, uint8_t *v, si
   }
 }
 
+// The layouts of which `code` is a lossless repack: planar 4:2:2 holds the
+// samples of packed 4:2:2, in either packing order.
+std::vector<int32_t> RepackTwins(int32_t code) {
+  switch (code) {
+    case kYuyv:
+      return {kUyvy, kYuv422p};
+    case kUyvy:
+      return {kYuyv, kYuv422p};
+    case kYuv422p:
+      return {kYuyv, kUyvy};
+    default:
+      return {};
+  }
+}
+
+// What the tool says when the library converts no way between two codes for
+// these options: it writes nothing rather than a picture the library left.
+std::string Refused(Format from, Format to, const ConvertOptions &options, int32_t w, int32_t h) {
+  return std::string("the library does not convert ") + Info(from).name + " to " + Info(to).name +
+         " with matrix " + MatrixName(options.matrix) + " at " + std::to_string(w) + "x" +
+         std::to_string(h) + (options.interlaced ? " field by field" : "");
+}
+
 }  // namespace
 
-Engine::Engine(const TCS_APIStu *api) : api_(api) {
+namespace {
+
+// The size a conversion is tried at: frames from 8x12 up behave as their
+// width's parity and their height modulo 4 say; smaller ones as themselves.
+Size ProbeSize(const Shape &shape) {
+  return {shape.width < 8 ? shape.width : 8 + (shape.width & 1),
+          shape.height < 12 ? shape.height : 12 + (shape.height & 3)};
+}
+
+// True when `run(src, dst)` succeeds, logs nothing and writes every byte of a
+// `to` frame: two destinations filled differently must come out alike.
+template <class Run>
+bool WritesEveryByte(Format from, Format to, Size size, Run run) {
+  Image src(from, size.width, size.height);
+  for (size_t i = 0; i < src.data.size(); ++i) src.data[i] = static_cast<uint8_t>(i * 37);
+  Image zeros(to, size.width, size.height), ones(to, size.width, size.height);
+  std::fill(ones.data.begin(), ones.data.end(), uint8_t{255});
   bool logged = false;
   TCB_SetLogSink(
       [](void *context, int32_t level, const char16_t *, const char16_t *, const char16_t *,
@@ -69,18 +112,73 @@ Engine::Engine(const TCS_APIStu *api) : api_(api) {
         if (level >= 1) *static_cast<bool *>(context) = true;
       },
       &logged);
-  constexpr int32_t kSide = 8;
-  for (int32_t from = 0; from < kLibraryFormats; ++from) {
-    Image src(static_cast<Format>(from), kSide, kSide);
-    for (size_t i = 0; i < src.data.size(); ++i) src.data[i] = static_cast<uint8_t>(i * 37);
-    for (int32_t to = 0; to < kLibraryFormats; ++to) {
-      if (!Planned(from, to)) continue;
-      Image dst(static_cast<Format>(to), kSide, kSide);
-      logged = false;
-      routed_[from][to] = Dispatch(src, dst, TCS_MATRIX_HD, false, false) && !logged;
-    }
-  }
+  const bool done = run(src, zeros) && run(src, ones);
   TCB_SetLogSink(nullptr, nullptr);
+  return done && !logged && zeros.data == ones.data;
+}
+
+}  // namespace
+
+const Engine::Table &Engine::Routes(const Shape &shape) const {
+  const Size size = ProbeSize(shape);
+  const std::lock_guard lock(mutex_);
+  const auto [at, added] =
+      routes_.try_emplace({shape.matrix, size.width, size.height, shape.interlaced});
+  Table &routed = at->second;
+  if (!added) return routed;
+  for (int32_t from = 0; from < kLibraryFormats; ++from)
+    for (int32_t to = 0; to < kLibraryFormats; ++to)
+      routed[from][to] =
+          Planned(from, to) &&
+          WritesEveryByte(static_cast<Format>(from), static_cast<Format>(to), size,
+                          [&](const Image &src, Image &dst) {
+                            return Dispatch(src, dst, shape.matrix, false, shape.interlaced);
+                          });
+  return routed;
+}
+
+template <class Run>
+bool Engine::Writes(Format from, Format to, const Shape &shape, Run run) const {
+  const Size size = ProbeSize(shape);
+  const std::lock_guard lock(mutex_);
+  const auto [at, added] =
+      direct_.try_emplace({from, to, shape.matrix, size.width, size.height}, false);
+  if (added) at->second = WritesEveryByte(from, to, size, run);
+  return at->second;
+}
+
+void Engine::TenBitTo8(const Image &input, Image &src) const {
+  // The library's 10-bit to 8-bit planar drivers store bits 6 to 13 of a
+  // sample (a shift right by 6 kept for compatibility): the tool moves the
+  // 10-bit value from the low bits up by 4 so that they keep its top 8 bits.
+  const int32_t w = input.width, h = input.height;
+  std::vector<uint16_t> samples(input.data.size() / 2);
+  std::memcpy(samples.data(), input.data.data(), input.data.size());
+  for (uint16_t &sample : samples) sample = static_cast<uint16_t>((sample & 1023) << 4);
+  const auto in = Planes(input.format, w, h);
+  const auto out = Planes(src.format, w, h);
+  const auto plane16 = [&](int i) { return samples.data() + in[i].offset / 2; };
+  (input.format == kYuv422p10 ? api_->pYUV422->TCS_YUV422_10Bit_2_YUV422_Frame
+                              : api_->pYUV420->TCS_YUV420_10Bit_2_YUV420_Frame)(
+      src.Plane(0), out[0].pitch, src.Plane(1), out[1].pitch, src.Plane(2), out[2].pitch,
+      plane16(0), in[0].pitch, plane16(1), in[1].pitch, plane16(2), in[2].pitch, w, h, 0);
+}
+
+void Engine::RgbToGrayOrHsv(const Image &from, Image &dst, int32_t matrix, bool flip) const {
+  const int32_t w = from.width, h = from.height;
+  const uint8_t order = BlueFirst(from.format), turn = flip ? 1 : 0;
+  if (dst.format == kHsv) {
+    const auto planes = Planes(kHsv, w, h);
+    api_->pRGB24->TCS_RGB24_2_HSV_Frame(reinterpret_cast<uint16_t *>(dst.Plane(0)), planes[0].pitch,
+                                        dst.Plane(1), w, dst.Plane(2), w, from.data.data(),
+                                        Pitch(from), w, h, order, turn);
+  } else if (Info(from.format).packedBytes == 4) {
+    api_->pRGB32->TCS_RGB32_2_Gray_Frame(dst.data.data(), w, from.data.data(), Pitch(from), w, h,
+                                         matrix, order, turn);
+  } else {
+    api_->pRGB24->TCS_RGB24_2_Gray_Frame(dst.data.data(), w, from.data.data(), Pitch(from), w, h,
+                                         matrix, order, turn);
+  }
 }
 
 int32_t DefaultMatrix(int32_t width, int32_t height) {
@@ -97,7 +195,22 @@ bool Engine::Planned(int32_t from, int32_t to) {
   return !(from == kYuva && to == kYuv420p);
 }
 
-std::vector<int32_t> Engine::Path(int32_t from, int32_t to) const {
+std::vector<int32_t> Engine::Path(int32_t from, int32_t to, const Shape &shape) const {
+  const Table &routed = Routes(shape);
+  if (from == to) return {from};
+  if (routed[from][to]) return {from, to};
+  if (Routes(Shape{})[from][to]) {
+    // The library converts the pair, only not for these options.
+    // RGB32 goes to packed 4:2:2 with other rounding than to planar 4:2:2;
+    // its RGB24 form (alpha dropped, which 4:2:2 does not hold) goes alike.
+    const int32_t narrow = from == kBgra ? kBgr24 : from == kRgba ? kRgb24 : from;
+    for (const int32_t twin : RepackTwins(to)) {
+      if (narrow == from && routed[from][twin] && routed[twin][to]) return {from, twin, to};
+      if (narrow != from && routed[from][narrow] && routed[narrow][twin] && routed[twin][to])
+        return {from, narrow, twin, to};
+    }
+    return {};
+  }
   // Breadth first, trying YUV layouts first so that no step leaves YUV needlessly.
   static constexpr std::array<int32_t, kLibraryFormats> kOrder = {2, 6, 8, 9, 5, 0, 1, 3, 4, 7, 10};
   std::array<int32_t, kLibraryFormats> previous;
@@ -108,7 +221,7 @@ std::vector<int32_t> Engine::Path(int32_t from, int32_t to) const {
     const int32_t at = queue.front();
     queue.pop_front();
     for (int32_t next : kOrder)
-      if (previous[next] < 0 && Routed(at, next)) {
+      if (previous[next] < 0 && routed[at][next]) {
         previous[next] = at;
         queue.push_back(next);
       }
@@ -175,7 +288,7 @@ bool Engine::ComposeFields(const Image &field1, const Image &field2, Image &fram
 void Engine::ScaleRange(Image &image, bool compress) const {
   const auto scale =
       compress ? api_->pGeneral->TCS_RangeCompressFrame : api_->pGeneral->TCS_RangeExpandFrame;
-  if (image.format == kYuva || image.format == kYuyv || image.format == kUyvy) {
+  if (image.format == kYuyv || image.format == kUyvy) {
     const Image source = image;
     scale(image.data.data(), Pitch(image), source.data.data(), Pitch(source), image.format,
           image.width, image.height, 0);
@@ -204,7 +317,8 @@ void Engine::ScaleRange(Image &image, bool compress) const {
 }
 
 bool Engine::ConvertCodes(const Image &src, Image &dst, const ConvertOptions &options) const {
-  const std::vector<int32_t> path = Path(src.format, dst.format);
+  const std::vector<int32_t> path =
+      Path(src.format, dst.format, {options.matrix, src.width, src.height, options.interlaced});
   if (path.empty()) return false;
   if (path.size() == 1 && !options.flip) {
     dst.data = src.data;
@@ -231,8 +345,8 @@ std::string Engine::Convert(const Image &input, Image &dst, const ConvertOptions
     dst = Image(dst.format, w, h);
   if (!Info(input.format).readable) return std::string(Info(input.format).name) + " is output only";
   if (!Info(dst.format).writable) return std::string(Info(dst.format).name) + " is input only";
-  if (std::string problem = CheckSize(input.format, w, h); !problem.empty()) return problem;
-  if (std::string problem = CheckSize(dst.format, w, h); !problem.empty()) return problem;
+  if (std::string problem = CheckSize(w, h); !problem.empty()) return problem;
+  const Shape shape{options.matrix, w, h, options.interlaced};
 
   // Bring the source to a library code.
   Image src;
@@ -240,20 +354,14 @@ std::string Engine::Convert(const Image &input, Image &dst, const ConvertOptions
   switch (input.format) {
     case kYuv422p10:
     case kYuv420p10: {
-      // The library's 10-bit to 8-bit planar drivers store bits 6 to 13 of a
-      // sample (a shift right by 6 kept for compatibility): the tool moves the
-      // 10-bit value from the low bits up by 4 so that they keep its top 8 bits.
       src = Image(input.format == kYuv422p10 ? kYuv422p : kYuv420p, w, h);
-      std::vector<uint16_t> samples(input.data.size() / 2);
-      std::memcpy(samples.data(), input.data.data(), input.data.size());
-      for (uint16_t &sample : samples) sample = static_cast<uint16_t>((sample & 1023) << 4);
-      const auto in = Planes(input.format, w, h);
-      const auto out = Planes(src.format, w, h);
-      const auto plane16 = [&](int i) { return samples.data() + in[i].offset / 2; };
-      (input.format == kYuv422p10 ? api_->pYUV422->TCS_YUV422_10Bit_2_YUV422_Frame
-                                  : api_->pYUV420->TCS_YUV420_10Bit_2_YUV420_Frame)(
-          src.Plane(0), out[0].pitch, src.Plane(1), out[1].pitch, src.Plane(2), out[2].pitch,
-          plane16(0), in[0].pitch, plane16(1), in[1].pitch, plane16(2), in[2].pitch, w, h, 0);
+      const auto run = [&](const Image &in, Image &out) {
+        TenBitTo8(in, out);
+        return true;
+      };
+      if (!Writes(input.format, src.format, shape, run))
+        return Refused(input.format, src.format, options, w, h);
+      TenBitTo8(input, src);
       break;
     }
     case kYuv444p:
@@ -270,8 +378,9 @@ std::string Engine::Convert(const Image &input, Image &dst, const ConvertOptions
       src = input;
   }
 
-  // Grey input is luma; grey output is computed from RGB and is full range.
-  const bool srcYuv = IsYuvSide(input.format), dstYuv = Info(dst.format).family == Family::kYuv;
+  // Grey is luma both ways: grey output is computed from RGB at full range and
+  // compressed like any luma when the output is limited.
+  const bool srcYuv = IsYuvSide(input.format), dstYuv = IsYuvSide(dst.format);
   const bool scale = !(srcYuv && dstYuv && options.srcRange == options.dstRange);
   if (scale && srcYuv && options.srcRange == Range::kLimited) ScaleRange(src, false);
 
@@ -279,7 +388,7 @@ std::string Engine::Convert(const Image &input, Image &dst, const ConvertOptions
   switch (dst.format) {
     case kYuv444p: {
       Image yuva(kYuva, w, h);
-      if (!ConvertCodes(src, yuva, step)) return "the library refused the conversion";
+      if (!ConvertCodes(src, yuva, step)) return Refused(input.format, kYuva, options, w, h);
       Deinterleave444(yuva.data.data(), dst.Plane(0), dst.Plane(1), dst.Plane(2), pixels);
       break;
     }
@@ -291,29 +400,21 @@ std::string Engine::Convert(const Image &input, Image &dst, const ConvertOptions
       Image rgb;
       if (!direct) {
         rgb = Image(kBgr24, w, h);
-        if (!ConvertCodes(src, rgb, step)) return "the library refused the conversion";
+        if (!ConvertCodes(src, rgb, step)) return Refused(src.format, kBgr24, options, w, h);
         step.flip = false;
       }
       const Image &from = direct ? src : rgb;
-      const uint8_t order = BlueFirst(from.format), flip = step.flip ? 1 : 0;
-      if (dst.format == kHsv) {
-        const auto planes = Planes(kHsv, w, h);
-        api_->pRGB24->TCS_RGB24_2_HSV_Frame(reinterpret_cast<uint16_t *>(dst.Plane(0)),
-                                            planes[0].pitch, dst.Plane(1), w, dst.Plane(2), w,
-                                            from.data.data(), Pitch(from), w, h, order, flip);
-      } else if (Info(from.format).packedBytes == 4) {
-        api_->pRGB32->TCS_RGB32_2_Gray_Frame(dst.data.data(), w, from.data.data(), Pitch(from), w,
-                                             h, options.matrix, order, flip);
-      } else {
-        api_->pRGB24->TCS_RGB24_2_Gray_Frame(dst.data.data(), w, from.data.data(), Pitch(from), w,
-                                             h, options.matrix, order, flip);
-      }
+      const auto run = [&](const Image &in, Image &out) {
+        RgbToGrayOrHsv(in, out, options.matrix, false);
+        return true;
+      };
+      if (!Writes(from.format, dst.format, shape, run))
+        return Refused(from.format, dst.format, options, w, h);
+      RgbToGrayOrHsv(from, dst, options.matrix, step.flip);
       break;
     }
     default:
-      if (!ConvertCodes(src, dst, step))
-        return std::string("no conversion from ") + Info(input.format).name + " to " +
-               Info(dst.format).name;
+      if (!ConvertCodes(src, dst, step)) return Refused(src.format, dst.format, options, w, h);
   }
   if (scale && dstYuv && options.dstRange == Range::kLimited) ScaleRange(dst, true);
   return {};

@@ -5,7 +5,11 @@
 
 #include <TQColorSpace/TQColorSpace.h>
 
+#include <array>
+#include <map>
+#include <mutex>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "formats.hpp"
@@ -23,19 +27,33 @@ struct ConvertOptions {
 // The matrix the tool picks when none is given: HD from 1280x720 up, else SD.
 int32_t DefaultMatrix(int32_t width, int32_t height);
 
+// What decides whether the library converts a pair of codes: the matrix, the
+// frame size (odd widths, the height modulo 4, tiny frames) and field by field.
+struct Shape {
+  int32_t matrix = TCS_MATRIX_HD;
+  int32_t width = 8;
+  int32_t height = 8;
+  bool interlaced = false;
+};
+
 class Engine {
  public:
-  // Tries every route of the dispatcher once on a tiny frame: a route whose
-  // driver logs a record (not implemented in this build) is not taken.
-  explicit Engine(const TCS_APIStu *api);
+  explicit Engine(const TCS_APIStu *api) : api_(api) {}
 
-  // True when the dispatcher converts code `from` to code `to` in one call.
-  bool Routed(int32_t from, int32_t to) const { return routed_[from][to]; }
+  // True when one dispatcher call converts code `from` to code `to` for frames
+  // of this shape: it reports success, logs nothing and writes every byte of
+  // the destination (tried once per shape on a small frame of the same kind).
+  bool Routed(int32_t from, int32_t to, const Shape &shape = {}) const {
+    return Routes(shape)[from][to];
+  }
   // The pairs the dispatcher routes to a working driver by its table.
   static bool Planned(int32_t from, int32_t to);
   // The codes a conversion passes through, `from` and `to` included (empty
-  // when there is no way).
-  std::vector<int32_t> Path(int32_t from, int32_t to) const;
+  // when there is no way). A pair the library converts in one call, only not
+  // for this shape, goes through an exact equivalent or not at all: the
+  // conversion to a layout of which the destination is a lossless repack,
+  // then the repack.
+  std::vector<int32_t> Path(int32_t from, int32_t to, const Shape &shape = {}) const;
 
   // Converts a whole image. Returns an empty string, or what went wrong.
   std::string Convert(const Image &src, Image &dst, const ConvertOptions &options) const;
@@ -52,9 +70,19 @@ class Engine {
   void ScaleRange(Image &image, bool compress) const;
 
  private:
+  using Table = std::array<std::array<bool, kLibraryFormats>, kLibraryFormats>;
+  const Table &Routes(const Shape &shape) const;
+  // Whether `run(src, dst)`, a driver call outside the dispatcher, writes every
+  // byte of a `to` frame made from a `from` frame of this shape (tried once).
+  template <class Run>
+  bool Writes(Format from, Format to, const Shape &shape, Run run) const;
+  void TenBitTo8(const Image &input, Image &src) const;
+  void RgbToGrayOrHsv(const Image &from, Image &dst, int32_t matrix, bool flip) const;
   bool ConvertCodes(const Image &src, Image &dst, const ConvertOptions &options) const;
   const TCS_APIStu *api_;
-  bool routed_[kLibraryFormats][kLibraryFormats] = {};
+  mutable std::mutex mutex_;
+  mutable std::map<std::tuple<int32_t, int32_t, int32_t, bool>, Table> routes_;
+  mutable std::map<std::tuple<int32_t, int32_t, int32_t, int32_t, int32_t>, bool> direct_;
 };
 
 }  // namespace tqcs

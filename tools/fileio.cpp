@@ -61,10 +61,17 @@ class AtomicFile {
     error = std::string("write failed (") + std::strerror(errno) + ")";
     return false;
   }
-  bool Commit(std::string &error) {
-    const bool closed = std::fclose(file_) == 0;
+  // Closes the finished file, which stays under its temporary name.
+  bool Close(std::string &error) {
+    const bool closed = file_ == nullptr || std::fclose(file_) == 0;
     file_ = nullptr;
-    if (!closed || std::rename(temp_.c_str(), path_.c_str()) != 0) {
+    if (!closed) error = std::string("cannot write the file (") + std::strerror(errno) + ")";
+    return closed;
+  }
+  // Renames the finished file to `target` (by default the path it was opened for).
+  bool Commit(std::string &error, const std::string &target = {}) {
+    if (!Close(error)) return false;
+    if (std::rename(temp_.c_str(), (target.empty() ? path_ : target).c_str()) != 0) {
       error = std::string("cannot write the file (") + std::strerror(errno) + ")";
       return false;
     }
@@ -91,6 +98,65 @@ class RawReader : public FrameReader {
   File file_;
 };
 
+// ---- YUV4MPEG2 frame layout ------------------------------------------------------
+
+// A Y4M file rounds the chroma of an odd width or height up, as ffmpeg does;
+// the library's layout (the tool's frames) rounds it down. `copy(file offset,
+// frame offset, frame bytes, file bytes, inside)` is called for every row of the
+// file's layout; `inside` is false for the extra chroma row of an odd height,
+// whose frame offset is then that of the last chroma row.
+template <class Copy>
+void EachY4mRow(Format format, int32_t width, int32_t height, Copy copy) {
+  const FormatInfo &info = tqcs::Info(format);
+  const auto planes = Planes(format, width, height);
+  size_t file = 0;
+  for (size_t p = 0; p < planes.size(); ++p) {
+    const int32_t sx = p == 0 ? 0 : info.shiftX, sy = p == 0 ? 0 : info.shiftY;
+    const size_t cols = static_cast<size_t>((width + sx) >> sx);
+    const int32_t rows = (height + sy) >> sy;
+    for (int32_t r = 0; r < rows; ++r, file += cols) {
+      const int32_t row = std::min(r, planes[p].rows - 1);
+      copy(file, planes[p].offset + static_cast<size_t>(row * planes[p].pitch),
+           static_cast<size_t>(planes[p].rowBytes), cols, r < planes[p].rows);
+    }
+  }
+}
+
+size_t Y4mFrameBytes(Format format, int32_t width, int32_t height) {
+  size_t bytes = 0;
+  EachY4mRow(format, width, height,
+             [&](size_t, size_t, size_t, size_t cols, bool) { bytes += cols; });
+  return bytes;
+}
+
+// The extra chroma column and row repeat the last ones the library wrote.
+std::vector<uint8_t> ToY4mLayout(const Image &frame) {
+  std::vector<uint8_t> file(Y4mFrameBytes(frame.format, frame.width, frame.height));
+  EachY4mRow(frame.format, frame.width, frame.height,
+             [&](size_t to, size_t from, size_t bytes, size_t cols, bool) {
+               std::memcpy(file.data() + to, frame.data.data() + from, bytes);
+               std::fill(file.begin() + to + bytes, file.begin() + to + cols,
+                         frame.data[from + bytes - 1]);
+             });
+  return file;
+}
+
+// The extra chroma column and row are left out.
+void FromY4mLayout(const std::vector<uint8_t> &file, Image &frame) {
+  EachY4mRow(frame.format, frame.width, frame.height,
+             [&](size_t from, size_t to, size_t bytes, size_t, bool inside) {
+               if (inside) std::memcpy(frame.data.data() + to, file.data() + from, bytes);
+             });
+}
+
+// A 4:2:x frame of one pixel's width or height has no chroma in the library's layout.
+std::string CheckY4mSize(const StreamInfo &info) {
+  const FormatInfo &format = tqcs::Info(info.format);
+  if ((format.shiftX != 0 && info.width < 2) || (format.shiftY != 0 && info.height < 2))
+    return std::string("a ") + format.name + " Y4M frame needs 2 pixels where chroma is halved";
+  return {};
+}
+
 class StreamWriter : public FrameWriter {
  public:
   StreamWriter(const StreamInfo &info, std::string header)
@@ -100,8 +166,9 @@ class StreamWriter : public FrameWriter {
   }
   bool Write(const Image &frame, std::string &error) override {
     static constexpr char kFrame[] = "FRAME\n";
-    return (header_.empty() || out_.Put(kFrame, sizeof kFrame - 1, error)) &&
-           out_.Put(frame.data.data(), frame.data.size(), error);
+    if (header_.empty()) return out_.Put(frame.data.data(), frame.data.size(), error);
+    const std::vector<uint8_t> file = ToY4mLayout(frame);
+    return out_.Put(kFrame, sizeof kFrame - 1, error) && out_.Put(file.data(), file.size(), error);
   }
   bool Finish(std::string &error) override { return out_.Commit(error); }
 
@@ -141,12 +208,14 @@ class Y4mReader : public FrameReader {
       return false;
     }
     frame = Image(info_.format, info_.width, info_.height);
-    const size_t got = std::fread(frame.data.data(), 1, frame.data.size(), file_.get());
-    if (got != frame.data.size()) {
+    std::vector<uint8_t> file(Y4mFrameBytes(info_.format, info_.width, info_.height));
+    const size_t got = std::fread(file.data(), 1, file.size(), file_.get());
+    if (got != file.size()) {
       error = "truncated Y4M frame " + std::to_string(index_) + " (" + std::to_string(got) +
-              " of " + std::to_string(frame.data.size()) + " bytes)";
+              " of " + std::to_string(file.size()) + " bytes)";
       return false;
     }
+    FromY4mLayout(file, frame);
     return true;
   }
 
@@ -171,8 +240,7 @@ class PngReader : public FrameReader {
     info_.width = static_cast<int32_t>(image_.width);
     info_.height = static_cast<int32_t>(image_.height);
     info_.frames = 1;
-    if (std::string problem = CheckSize(info_.format, info_.width, info_.height);
-        !problem.empty()) {
+    if (std::string problem = CheckSize(info_.width, info_.height); !problem.empty()) {
       error = "unusable PNG: " + problem;
       return false;
     }
@@ -197,13 +265,10 @@ class PngReader : public FrameReader {
 
 class PngWriter : public FrameWriter {
  public:
-  bool Open(const std::string &path, std::string &error) { return out_.Open(path, error); }
+  explicit PngWriter(std::string path) : path_(std::move(path)) {}
   bool Write(const Image &frame, std::string &error) override {
-    if (written_) {
-      error = "a PNG holds one frame; write several frames to .y4m or raw";
-      return false;
-    }
-    written_ = true;
+    auto &out = *files_.emplace_back(std::make_unique<AtomicFile>());
+    if (!out.Open(path_, error)) return false;
     png_image image{};
     image.version = PNG_IMAGE_VERSION;
     image.width = static_cast<png_uint_32>(frame.width);
@@ -211,23 +276,28 @@ class PngWriter : public FrameWriter {
     image.format = frame.format == kRgba    ? PNG_FORMAT_RGBA
                    : frame.format == kRgb24 ? PNG_FORMAT_RGB
                                             : PNG_FORMAT_GRAY;
-    if (!png_image_write_to_stdio(&image, out_.Get(), 0, frame.data.data(), 0, nullptr)) {
+    if (!png_image_write_to_stdio(&image, out.Get(), 0, frame.data.data(), 0, nullptr)) {
       error = std::string("PNG write failed (") + image.message + ")";
       return false;
     }
-    return true;
+    return out.Close(error);  // a long clip must not hold a file open per frame
   }
+  // One frame keeps the name asked for; several are numbered from 1.
   bool Finish(std::string &error) override {
-    if (!written_) {
+    if (files_.empty()) {
       error = "no frame to write";
       return false;
     }
-    return out_.Commit(error);
+    for (size_t i = 0; i < files_.size(); ++i)
+      if (!files_[i]->Commit(
+              error, files_.size() == 1 ? path_ : NumberedPath(path_, static_cast<int64_t>(i) + 1)))
+        return false;
+    return true;
   }
 
  private:
-  AtomicFile out_;
-  bool written_ = false;
+  std::string path_;
+  std::vector<std::unique_ptr<AtomicFile>> files_;  // written, not yet in place
 };
 
 std::optional<int32_t> ParseInt(std::string_view text) {
@@ -253,6 +323,7 @@ std::string ParseY4mHeader(std::string_view line, StreamInfo &info) {
   info.width = info.height = 0;
   info.interlace = 'p';
   info.range.reset();
+  info.chroma.clear();
   size_t at = kY4mMagic.size();
   while (at < line.size()) {
     const size_t end = std::min(line.find(' ', at + 1), line.size());
@@ -269,6 +340,7 @@ std::string ParseY4mHeader(std::string_view line, StreamInfo &info) {
         break;
       }
       case 'C':
+        info.chroma = value;
         if (value == "420" || value == "420jpeg" || value == "420mpeg2" || value == "420paldv")
           info.format = kYuv420p;  // chroma sitings differ, the memory layout does not
         else if (value == "422")
@@ -301,16 +373,24 @@ std::string ParseY4mHeader(std::string_view line, StreamInfo &info) {
     }
   }
   if (info.width == 0 || info.height == 0) return "malformed Y4M header: no W or H";
-  if (std::string problem = CheckSize(info.format, info.width, info.height); !problem.empty())
-    return "unusable Y4M size: " + problem;
+  std::string problem = CheckSize(info.width, info.height);
+  if (problem.empty()) problem = CheckY4mSize(info);
+  if (!problem.empty()) return "unusable Y4M size: " + problem;
   return {};
 }
 
+namespace {
+// The C field written when the samples carry no siting of their own.
+const char *Y4mChroma(Format format) {
+  return format == kYuv422p   ? "422"
+         : format == kYuv444p ? "444"
+         : format == kGray    ? "mono"
+                              : "420mpeg2";
+}
+}  // namespace
+
 std::string Y4mHeader(const StreamInfo &info, Range range) {
-  const char *chroma = info.format == kYuv422p   ? "422"
-                       : info.format == kYuv444p ? "444"
-                       : info.format == kGray    ? "mono"
-                                                 : "420jpeg";
+  const std::string chroma = info.chroma.empty() ? Y4mChroma(info.format) : info.chroma;
   return std::string(kY4mMagic) + " W" + std::to_string(info.width) + " H" +
          std::to_string(info.height) + " F" + info.rate + " I" + info.interlace + " A" +
          info.aspect + " C" + chroma +
@@ -343,7 +423,7 @@ std::unique_ptr<FrameReader> OpenReader(const std::string &path, std::optional<F
     }
     if (error = ParseY4mHeader(line, info); !error.empty()) return nullptr;
     const int64_t frameBytes =
-        static_cast<int64_t>(FrameBytes(info.format, info.width, info.height));
+        static_cast<int64_t>(Y4mFrameBytes(info.format, info.width, info.height));
     info.frames = (fileBytes - static_cast<int64_t>(line.size()) - 1) / (frameBytes + 6);
     return std::make_unique<Y4mReader>(std::move(file), info);
   }
@@ -354,7 +434,7 @@ std::unique_ptr<FrameReader> OpenReader(const std::string &path, std::optional<F
   info.format = *format;
   info.width = size->width;
   info.height = size->height;
-  if (error = CheckSize(info.format, info.width, info.height); !error.empty()) return nullptr;
+  if (error = CheckSize(info.width, info.height); !error.empty()) return nullptr;
   const int64_t frameBytes = static_cast<int64_t>(FrameBytes(info.format, info.width, info.height));
   if (fileBytes == 0 || fileBytes % frameBytes != 0) {
     error = "size " + std::to_string(info.width) + "x" + std::to_string(info.height) + " " +
@@ -369,10 +449,9 @@ std::unique_ptr<FrameReader> OpenReader(const std::string &path, std::optional<F
 std::unique_ptr<FrameWriter> OpenWriter(const std::string &path, const StreamInfo &info,
                                         Range range, std::string &error) {
   const FileKind kind = KindOfPath(path);
-  if (kind == FileKind::kPng) {
-    auto writer = std::make_unique<PngWriter>();
-    if (!writer->Open(path, error)) return nullptr;
-    return writer;
+  if (kind == FileKind::kPng) return std::make_unique<PngWriter>(path);
+  if (kind == FileKind::kY4m) {
+    if (error = CheckY4mSize(info); !error.empty()) return nullptr;
   }
   auto writer = std::make_unique<StreamWriter>(
       info, kind == FileKind::kY4m ? Y4mHeader(info, range) : std::string());
@@ -380,11 +459,24 @@ std::unique_ptr<FrameWriter> OpenWriter(const std::string &path, const StreamInf
   return writer;
 }
 
-std::string FieldPath(const std::string &path, int field) {
+namespace {
+// `path` with `tag` before its extension.
+std::string Tagged(const std::string &path, const std::string &tag) {
   const size_t slash = path.rfind('/');
   size_t dot = path.rfind('.');
   if (dot == std::string::npos || (slash != std::string::npos && dot < slash)) dot = path.size();
-  return path.substr(0, dot) + ".f" + std::to_string(field) + path.substr(dot);
+  return path.substr(0, dot) + tag + path.substr(dot);
+}
+}  // namespace
+
+std::string FieldPath(const std::string &path, int field) {
+  return Tagged(path, ".f" + std::to_string(field));
+}
+
+std::string NumberedPath(const std::string &path, int64_t number) {
+  char tag[24];
+  std::snprintf(tag, sizeof tag, "_%04lld", static_cast<long long>(number));
+  return Tagged(path, tag);
 }
 
 }  // namespace tqcs

@@ -22,6 +22,7 @@ struct StreamInfo {
   int32_t height = 0;
   std::optional<Range> range;  // as the file states it (Y4M's XCOLORRANGE)
   char interlace = 'p';        // Y4M: p, t, b or m
+  std::string chroma;          // Y4M: the C field as read ("420mpeg2"), empty for the default
   std::string rate = "25:1";
   std::string aspect = "1:1";
   int64_t frames = -1;  // expected frame count, -1 when unknown
@@ -56,8 +57,13 @@ class FrameWriter {
 std::unique_ptr<FrameReader> OpenReader(const std::string &path, std::optional<Format> format,
                                         std::optional<Size> size, std::string &error);
 // `info` describes the frames to come; `range` is written into a Y4M header.
+// Frames written to a .png: one frame goes to `path`, several to numbered
+// files beside it (NumberedPath), all renamed into place by Finish.
 std::unique_ptr<FrameWriter> OpenWriter(const std::string &path, const StreamInfo &info,
                                         Range range, std::string &error);
+
+// Frame `number` of several written to `path`: "out.png" gives "out_0001.png".
+std::string NumberedPath(const std::string &path, int64_t number);
 
 // The name of field file 1 or 2 beside `path`: "out.yuv" gives "out.f1.yuv".
 std::string FieldPath(const std::string &path, int field);

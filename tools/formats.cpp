@@ -92,14 +92,10 @@ size_t FrameBytes(Format format, int32_t width, int32_t height) {
   return bytes;
 }
 
-std::string CheckSize(Format format, int32_t width, int32_t height) {
-  const FormatInfo &info = Info(format);
+std::string CheckSize(int32_t width, int32_t height) {
+  // Odd widths and heights are the library's to convert or not: the engine
+  // tries each conversion at the frame's shape.
   if (width <= 0 || height <= 0) return "the size must be positive";
-  // Chroma sample pairs: packed 4:2:2 and the subsampled planar layouts.
-  const bool pairs = info.shiftX != 0 || format == kYuyv || format == kUyvy;
-  if (pairs && width % 2 != 0) return std::string("the width must be even for ") + info.name;
-  if (info.shiftY != 0 && height % 2 != 0)
-    return std::string("the height must be even for ") + info.name;
   if (static_cast<int64_t>(width) * height * 4 > std::numeric_limits<int32_t>::max())
     return "the frame is too large";
   return {};

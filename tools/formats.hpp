@@ -67,8 +67,8 @@ struct PlaneLayout {
 std::vector<PlaneLayout> Planes(Format format, int32_t width, int32_t height);
 size_t FrameBytes(Format format, int32_t width, int32_t height);
 
-// Empty when the size suits the format, else what is wrong with it.
-std::string CheckSize(Format format, int32_t width, int32_t height);
+// Empty when the tool can hold frames of this size, else what is wrong with it.
+std::string CheckSize(int32_t width, int32_t height);
 
 // A frame in one tight buffer.
 struct Image {

@@ -76,43 +76,54 @@ constexpr const char kUsage[] =
     "  compare A B      largest and mean difference of two files, per channel\n"
     "\n"
     "formats (--from/--to):\n%s"
-    "matrices (--matrix): sd (BT.601), hd (BT.709), uhd (BT.2020);\n"
-    "  default hd from 1280x720 up, sd below\n"
+    "matrices (--matrix): sd (BT.601), hd (BT.709), uhd (BT.2020), also named bt601,\n"
+    "  bt709 and bt2020; default hd from 1280x720 up, sd below\n"
     "\n"
     "examples:\n"
     "  tqcs convert in.png out.y4m                  # limited-range 4:2:0, tagged\n"
-    "  tqcs demo --out /tmp/demo\n"
-    "  tqcs bench --size 1280x720 --threads 2\n"
+    "  tqcs demo --out demo-out\n"
+    "  tqcs bench --size 1280x720 --from yuyv422 --to bgra --threads 2\n"
     "run 'tqcs COMMAND --help' for the options of one command.\n";
 
 constexpr const char kConvertHelp[] =
     "usage: tqcs convert IN OUT [options]\n"
     "\n"
-    "Files: .y4m (YUV4MPEG2: C420*, C422, C444, Cmono at 8 bits, many frames, interlace\n"
-    "and XCOLORRANGE honoured), .png (8-bit RGB or RGBA, one frame), anything else is\n"
-    "raw frames back to back.\n"
+    "Files: .y4m (YUV4MPEG2: C420*, C422, C444, Cmono at 8 bits, many frames, any width\n"
+    "and height; interlace, chroma siting and XCOLORRANGE honoured), .png (8-bit RGB or\n"
+    "RGBA; several frames written to OUT.png go to OUT_0001.png, OUT_0002.png, ...),\n"
+    "anything else is raw frames back to back. Prints one line: what was read and written.\n"
     "\n"
     "  --from FMT         format of a raw IN (a .y4m or .png says its own)\n"
     "  --to FMT           format of OUT; for .y4m the chroma layout: yuv420p, yuv422p,\n"
-    "                     yuv444p (default: the input's, else yuv420p); for .png rgb24,\n"
-    "                     rgba, gray or alpha (default: rgba when the input has alpha)\n"
+    "                     yuv444p or gray (default: the input's chroma layout, yuv420p\n"
+    "                     for RGB); for .png rgb24, rgba, gray or alpha (default: rgba\n"
+    "                     when the input has alpha)\n"
     "  --size WxH         frame size of a raw IN (the whole frame with --fields compose)\n"
-    "  --matrix M         sd, hd or uhd (default hd from 1280x720 up, sd below)\n"
-    "  --range R          full or limited: the range of the YUV side (overrides the Y4M\n"
-    "                     tag; a Y4M without the tag is limited, raw YUV is full)\n"
+    "  --matrix M         sd, hd or uhd (or bt601, bt709, bt2020; default hd from\n"
+    "                     1280x720 up, sd below)\n"
+    "  --in-range R       full or limited: the range of IN's YUV samples (default: the\n"
+    "                     Y4M tag; limited for a Y4M without one, full for raw)\n"
+    "  --out-range R      the range OUT's YUV samples are converted to (default: the\n"
+    "                     input's between YUV layouts; else limited for .y4m, full raw)\n"
+    "  --range R          both, where IN states no range of its own\n"
+    "  --start K          skip the first K frames\n"
+    "  --frames N         convert N frames at most\n"
     "  --flip             turn the picture upside down\n"
     "  --fields split     write OUT as two field files OUT.f1.EXT, OUT.f2.EXT\n"
     "  --fields compose   read IN.f1.EXT and IN.f2.EXT as the fields of one frame\n"
-    "  --interlace I      p, t or b: the interlace field of a .y4m written\n"
+    "  --interlace I      p, t or b: how the frames are interlaced (default: the Y4M's\n"
+    "                     field; t for composed fields; p otherwise)\n"
     "  --threads N        frames converted at once (default: number of cores)\n"
     "\n"
     "formats:\n%s"
     "examples:\n"
     "  tqcs convert photo.png photo.y4m --matrix hd\n"
-    "  tqcs convert clip.yuv clip.y4m --from uyvy422 --size 1920x1080 --threads 4\n"
-    "  tqcs convert clip.y4m frame.png              # first frame only fits a PNG\n"
+    "  tqcs convert cam.yuv cam.y4m --from uyvy422 --size 1920x1080 --threads 4\n"
+    "  tqcs convert clip.y4m frame.png              # one PNG per frame: frame_0001.png, ...\n"
+    "  tqcs convert clip.y4m still.png --start 2 --frames 1\n"
+    "  tqcs convert clip.y4m full.y4m --out-range full\n"
     "  tqcs convert in.y4m out.rgb --to bgra --flip\n"
-    "  tqcs convert frame.yuv fld.yuv --from yuv422p --size 720x576 --fields split\n";
+    "  tqcs convert frame.yuv fld.yuv --from yuv420p --size 720x576 --fields split\n";
 
 constexpr const char kDemoHelp[] =
     "usage: tqcs demo [--out DIR] [--size WxH] [--matrix M]\n"
@@ -121,27 +132,34 @@ constexpr const char kDemoHelp[] =
     "through every pair of format codes the dispatcher routes and back, writes a PNG of\n"
     "each format's round trip and contact-sheet.png into DIR (default ./tqcs-demo), and\n"
     "prints the round-trip error per format (max and mean per channel) and timings.\n"
-    "example: tqcs demo --out /tmp/demo --size 640x360\n";
+    "examples:\n"
+    "  tqcs demo --out demo-out --size 640x360\n";
 
 constexpr const char kBenchHelp[] =
     "usage: tqcs bench [--size WxH] [--reps N] [--threads N] [--from FMT] [--to FMT]\n"
     "\n"
     "Converts frames of the given size (default 1920x1080) through every routed pair of\n"
-    "format codes (or the ones named) and prints the median of N repetitions (default 5)\n"
-    "as frames per second and GB/s (source plus destination bytes).\n"
-    "example: tqcs bench --from rgb24 --to yuv420p --threads 2\n";
+    "format codes (or the ones named). After three untimed runs it times at least N runs\n"
+    "(default 15) and at least 0.25 s, and prints the median as frames per second and GB/s\n"
+    "(source plus destination bytes), the number of runs and their spread (the middle\n"
+    "half of the runs, in per cent of the median).\n"
+    "examples:\n"
+    "  tqcs bench --from rgb24 --to yuv420p --threads 2\n";
 
 constexpr const char kInfoHelp[] =
     "usage: tqcs info\n"
     "Prints the processor level, the kernel tier chosen for it (portable, sse2, ssse3,\n"
     "sse41), the load state and the slots of each table. TCB_CPU_LEVEL forces a level.\n"
-    "example: TCB_CPU_LEVEL=0 tqcs info\n";
+    "examples:\n"
+    "  TCB_CPU_LEVEL=0 tqcs info\n";
 
 constexpr const char kCompareHelp[] =
     "usage: tqcs compare A B [--from FMT --size WxH] [--max N]\n"
     "Prints the largest and mean difference per channel (per plane for planar layouts);\n"
     "exits with status 2 when a difference exceeds --max.\n"
-    "example: tqcs compare a.png b.png --max 2\n";
+    "examples:\n"
+    "  tqcs compare a.png b.png --max 2\n"
+    "  tqcs compare a.yuv b.yuv --from yuv420p --size 720x576\n";
 
 std::string FormatTable() {
   std::string table;
@@ -173,8 +191,10 @@ int main(int argc, char **argv) {
     int (*run)(const Args &);
   };
   static constexpr OptionDef kConvertOptions[] = {
-      {"from", true},  {"to", true},     {"size", true},      {"matrix", true}, {"range", true},
-      {"flip", false}, {"fields", true}, {"interlace", true}, {"threads", true}};
+      {"from", true},   {"to", true},        {"size", true},      {"matrix", true},
+      {"range", true},  {"in-range", true},  {"out-range", true}, {"flip", false},
+      {"fields", true}, {"interlace", true}, {"threads", true},   {"frames", true},
+      {"start", true}};
   static constexpr OptionDef kDemoOptions[] = {{"out", true}, {"size", true}, {"matrix", true}};
   static constexpr OptionDef kBenchOptions[] = {{"size", true}, {"reps", true}, {"threads", true},
                                                 {"from", true}, {"to", true},   {"matrix", true}};

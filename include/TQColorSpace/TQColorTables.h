@@ -5,6 +5,12 @@
  * two coefficients equal to 0.5 are stored as 8192. Lane patterns follow the
  * byte order of the pixels the kernels multiply against.
  *
+ * Every table is read-only to a host: the kernels use these very vectors, so
+ * a write would change every later conversion. They are declared const here;
+ * only the library's own units, which derive the Q14 vectors once at load
+ * (TQCOLORSPACE_BUILDING), see those writable. Const is not part of a C data
+ * symbol, on ELF or in a DLL's import table, so both views name one object.
+ *
  * Legal-range tables: lanes 0-3 compress full range to legal range, lanes 4-7
  * expand; gains in Q14, offsets in units of 1/32. Standard-to-standard tables:
  * the increments that U and V add to Y, U and V (float, and Q15 in int16).
@@ -42,7 +48,12 @@ extern "C" {
   X(Gain) X(Gain_YUV) X(Gain_YUYV) X(Gain_UYVY) X(Offset_KEY) X(Offset_YUV) X(Offset_YUYV) X(Offset_UYVY)
 
 #define TCS_DECLARE_MATRIX(name) TCS_API extern const float g_mat##name[4][4];
-#define TCS_DECLARE_Q14(name) TCS_API extern int16_t g_s##name[8];
+#ifdef TQCOLORSPACE_BUILDING
+#define TCS_LOADED_CONST
+#else
+#define TCS_LOADED_CONST const
+#endif
+#define TCS_DECLARE_Q14(name) TCS_API extern TCS_LOADED_CONST int16_t g_s##name[8];
 #define TCS_DECLARE_Q14_STD(std) TCS_Q14_VECTORS(TCS_DECLARE_Q14, std)
 #define TCS_DECLARE_SAFE(name) TCS_API extern const int16_t g_sSafe_##name[8];
 #define TCS_DECLARE_DIRECTION(dir) \

@@ -11,6 +11,25 @@
  * 2's, then the source; a _Compose takes the frame's planes, then field 1's,
  * then field 2's. How many rows each buffer must hold, and how long a packed
  * 4:2:2 row of odd width is, is set out in TQColorSpace.h.
+ *
+ * docs/api.md lists every slot with its full C signature (generated from
+ * these lists). The option arguments:
+ *   matrix        0 HD, 1 SD, 3 UHD (TCS_MATRIX_*); 2 and negative values pass
+ *                 the check and select no coefficients: nothing is written.
+ *                 The RGB to planar 4:2:2 triples know only 0 and 1 (kept for
+ *                 compatibility): for UHD convert to packed 4:2:2 and repack
+ *                 with TCS_YUV16_2_YUV422_*, which is lossless.
+ *   channelOrder  0: R first in memory (R,G,B / R,G,B,A, codes 1 and 4);
+ *                 non-zero: B first (B,G,R / B,G,R,A, codes 0 and 3).
+ *   packingOrder  0: YUYV (Y0 U Y1 V, code 6); non-zero: UYVY (U Y0 V Y1, code 7).
+ *   alpha         the value of every alpha byte written for a source without
+ *                 alpha (255 opaque).
+ *   swap          non-zero exchanges bytes 0 and 2 (red and blue).
+ *   channel       the byte of a 32-bit pixel taken, 0 to 3.
+ *   bytesPerPixel the pixel size of the format-free field split and compose.
+ *   format, dstFormat, srcFormat  format codes 0 to 10 (TCS_FORMAT_*).
+ *   secondField   0: the first field (rows 0, 2, ...); non-zero: the second.
+ *   flip          non-zero turns the picture upside down.
  */
 #ifndef TQCOLORSPACE_DRIVER_SLOTS_H
 #define TQCOLORSPACE_DRIVER_SLOTS_H
@@ -56,7 +75,13 @@
 
 #define TCS_MATRIX_RGB int32_t matrix, uint8_t channelOrder
 
-/* Sub-table 0: general video operations */
+/* Sub-table 0: general video operations.
+ * Range scaling (slots 14 and 15: full range to video range and back) covers
+ * format codes 0, 1, 2, 3, 4, 6 and 7 (the alpha byte of 0, 1 and 2 is scaled
+ * like luma); for 5 (YUV), 8 and 9 (planar) and 10 (Alpha) it writes nothing. A host scales those samples itself (luma
+ * (y - 16) x 255 / 219, chroma (c - 128) x 255 / 224 + 128 to expand; the
+ * inverse to compress) or repacks them into a covered code: YUV to YUVA and
+ * planar 4:2:2 to YUYV are lossless through the dispatcher. */
 #define TCS_GENERAL_SLOTS(X) \
   X(0, TCS_ColorConvFrame, uint64_t, (TCS_DP(uint8_t, dst), int32_t dstFormat, TCS_SP(uint8_t, src), int32_t srcFormat, int32_t matrix, TCS_WH, uint8_t flip)) \
   X(1, TCS_ColorConvSplit, uint64_t, (TCS_DP(uint8_t, field1), TCS_DP(uint8_t, field2), int32_t dstFormat, TCS_SP(uint8_t, src), int32_t srcFormat, int32_t matrix, TCS_WH, uint8_t flip)) \

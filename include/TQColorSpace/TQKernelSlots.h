@@ -9,6 +9,7 @@
  * signed Q14 values from the exported tables; `t4` stands for the four rows
  * R-from-V, G-from-U, G-from-V, B-from-U. Pitches are signed byte offsets to the
  * other row. Counts below 1 (below 2 for pair kernels) write nothing.
+ * docs/api.md lists every slot's signature and what each option means.
  */
 #ifndef TQCOLORSPACE_KERNEL_SLOTS_H
 #define TQCOLORSPACE_KERNEL_SLOTS_H

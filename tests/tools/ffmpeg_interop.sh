@@ -97,6 +97,17 @@ head -1 full.y4m | grep -q "XCOLORRANGE=FULL" || fail "header: $(head -1 full.y4
 ff -i full.y4m "${sws[@]}" -pix_fmt rgb24 full-ff.png
 within src.png full-ff.png 3 "ffmpeg reading a full-range Y4M"
 
+# Odd widths: tqcs writes the extra chroma column ffmpeg's layout has, and the
+# 4:2:0 the library makes (chroma of the even pixel, centred between rows) is
+# tagged as such; ffmpeg reads the picture back within the 4:2:0 bound and an
+# edge column's worth more.
+ff -i src.png -vf crop=319:180:0:0 odd.png
+"$tqcs" convert odd.png odd.y4m --matrix sd >/dev/null
+probe=$(ffprobe -v error -show_entries stream=width,chroma_location -of csv=p=0 odd.y4m)
+[ "$probe" = "319,left" ] || fail "ffprobe sees '$probe' in tqcs's odd-width Y4M"
+ff -i odd.y4m "${sws[@]}" -pix_fmt rgb24 odd-ff.png
+within odd.png odd-ff.png 6 "ffmpeg reading tqcs's odd-width Y4M"
+
 if [ "$failures" -ne 0 ]; then
   echo "$failures check(s) failed"
   exit 1

@@ -15,6 +15,7 @@
 #     255/219 and 255/224 wide, about 1.6 in all; 1.6 + 1.86 x 1.6 = 4.6.
 set -euo pipefail
 build_dir=$1
+source_dir=$2
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 cmake --install "$build_dir" --prefix "$scratch/prefix" >/dev/null
@@ -136,6 +137,132 @@ expect_error "unknown option --colour" convert p24.png out/x.png --colour red
 head -c 150 p.rgb >odd.rgb
 expect_error "odd.rgb: --fields needs an even frame height" convert odd.rgb out/x.rgb \
   --from rgb24 --size 10x5 --fields split
+
+# ---- the front door: findings of a fresh clone ---------------------------------------------
+payload() { tail -c +"$(($(head -1 "$1" | wc -c) + 7))" "$1"; } # a one-frame Y4M's samples
+header() { head -1 "$1"; }
+
+# RGB to planar 4:2:2 with UHD: the library's planar drivers write nothing for
+# UHD; the tool goes through packed 4:2:2 and gives its samples, never zeros.
+"$tqcs" convert p24.png uhd.y4m --to yuv422p --matrix uhd >/dev/null
+"$tqcs" convert p24.png uhd.yuyv --to yuyv422 --matrix uhd --out-range limited >/dev/null
+"$tqcs" convert uhd.yuyv uhd2.y4m --from yuyv422 "${raw[@]}" --range limited >/dev/null
+same uhd.y4m uhd2.y4m "RGB to yuv422p with UHD and through yuyv422"
+"$tqcs" convert p24.png uhd-alias.y4m --to yuv422p --matrix bt2020 >/dev/null
+same uhd.y4m uhd-alias.y4m "--matrix bt2020 and uhd"
+"$tqcs" convert p24.png hd.y4m --to yuv422p --matrix hd >/dev/null
+cmp -s uhd.y4m hd.y4m && fail "UHD and HD give the same samples"
+
+# Ranges apply to the samples: a limited Y4M written full is expanded and tagged
+# so; compressed again it comes back within a level.
+"$tqcs" convert p444.y4m full444.y4m --range full >/dev/null
+header full444.y4m | grep -q "XCOLORRANGE=FULL" || fail "--range full tag: $(header full444.y4m)"
+cmp -s <(payload p444.y4m) <(payload full444.y4m) && fail "--range full left the samples as they were"
+"$tqcs" convert full444.y4m lim444.yuv --out-range limited >/dev/null
+payload p444.y4m >p444.yuv
+within p444.yuv lim444.yuv 1 "limited -> full -> limited" --from yuv444p "${raw[@]}"
+"$tqcs" convert p444.y4m p444-full.yuv --in-range full --out-range full >/dev/null
+same p444.yuv p444-full.yuv "--in-range overrides the tag"
+"$tqcs" convert p.yuv420p lim.png --from yuv420p "${raw[@]}" --in-range limited >/dev/null
+"$tqcs" convert p.yuv420p fullin.png --from yuv420p "${raw[@]}" >/dev/null
+cmp -s lim.png fullin.png && fail "--in-range limited changed nothing"
+"$tqcs" convert p.yuv420p x.y4m --from yuv420p "${raw[@]}" | grep -q "full range (assumed: raw files state none)" ||
+  fail "the summary does not say that raw YUV was taken as full range"
+
+# Y4M fidelity: siting and interlace tags, defaults from the input, odd sizes.
+sed '1s/C420mpeg2/C420paldv/' five.y4m >paldv.y4m
+"$tqcs" convert paldv.y4m paldv-full.y4m --out-range full >/dev/null
+header paldv-full.y4m | grep -q " C420paldv " || fail "siting tag lost: $(header paldv-full.y4m)"
+"$tqcs" convert demo/pattern.png made.y4m >/dev/null
+header made.y4m | grep -q " C420mpeg2 " || fail "the library's 4:2:0 tagged $(header made.y4m)"
+"$tqcs" convert p.yuv420p tff.y4m --from yuv420p "${raw[@]}" --interlace t >/dev/null
+"$tqcs" convert tff.y4m fields.y4m --fields split >/dev/null
+for f in 1 2; do
+  header "fields.f$f.y4m" | grep -q " Ip " || fail "field file $f: $(header "fields.f$f.y4m")"
+done
+"$tqcs" convert fields.y4m composed.y4m --fields compose >/dev/null
+header composed.y4m | grep -q " It " || fail "composed frame: $(header composed.y4m)"
+same tff.y4m composed.y4m "Y4M fields split and composed"
+head -c $((128 * 72 * 2 * 2)) /dev/zero >ten.yuv
+"$tqcs" convert ten.yuv ten.y4m --from yuv422p10le "${raw[@]}" >/dev/null
+header ten.y4m | grep -q " C422 " || fail "raw yuv422p10le to Y4M: $(header ten.y4m)"
+"$tqcs" convert p.uyvy422 uyvy.y4m --from uyvy422 "${raw[@]}" >/dev/null
+header uyvy.y4m | grep -q " C422 " || fail "raw uyvy422 to Y4M: $(header uyvy.y4m)"
+head -c $((15 * 8 * 3)) p.rgb >odd.rgb
+"$tqcs" convert odd.rgb odd.y4m --from rgb24 --size 15x8 >/dev/null
+test "$(payload odd.y4m | wc -c)" = $((15 * 8 + 2 * 8 * 4)) || fail "odd-width Y4M frame size"
+"$tqcs" convert odd.y4m odd-copy.y4m --out-range limited >/dev/null
+same odd.y4m odd-copy.y4m "odd-width Y4M copy"
+"$tqcs" convert odd.rgb odd444.y4m --from rgb24 --size 15x8 --to yuv444p >/dev/null
+"$tqcs" convert odd444.y4m odd-back.rgb --to rgb24 >/dev/null
+within odd.rgb odd-back.rgb 5 "odd-width 4:4:4 round trip" --from rgb24 --size 15x8
+head -c $((16 * 9 * 3)) p.rgb >oddh.rgb
+expect_error "the library does not convert rgb24 to yuv420p" convert oddh.rgb out/x.y4m --from rgb24 --size 16x9
+expect_error "the library does not convert yuv420p to" convert odd.y4m out/x.png
+
+# Frames: several frames to .png go to numbered files; --start and --frames pick.
+"$tqcs" convert five.y4m shot.png >/dev/null
+for n in 1 2 3 4 5; do test -s "shot_000$n.png" || fail "no shot_000$n.png"; done
+test -e shot.png && fail "shot.png written beside the numbered files"
+"$tqcs" convert five.y4m second.png --start 1 --frames 1 >/dev/null
+same shot_0002.png second.png "--start 1 --frames 1"
+"$tqcs" convert five.y4m two.yuv --to yuv420p --start 3 --frames 9 >/dev/null
+test "$(stat -c %s two.yuv)" = $((2 * 128 * 72 * 3 / 2)) || fail "--start 3 of five frames"
+expect_error "five.y4m: --start 5 is past the last frame" convert five.y4m out/x.png --start 5
+expect_error "bad --frames '0'" convert five.y4m out/x.png --frames 0
+
+# The alpha of YUVA is a key: range scaling leaves it as it is.
+"$tqcs" convert demo/pattern.png lim.yuva --to yuva --out-range limited >/dev/null
+"$tqcs" compare p.yuva lim.yuva --from yuva "${raw[@]}" | grep -q '^ *3 *0 ' ||
+  fail "--out-range limited changed the alpha of YUVA"
+# compare: status 2 past --max
+status=0
+"$tqcs" compare p.yuva lim.yuva --from yuva "${raw[@]}" --max 1 >/dev/null || status=$?
+test "$status" = 2 || fail "compare past --max exits with $status, not 2"
+# bench: at least --reps timed runs, their median and spread
+"$tqcs" bench --size 64x36 --from rgb24 --to yuv420p --reps 20 >bench.log
+awk '$1 == "rgb24" && $2 == "yuv420p" { found = $5 >= 20 && $6 ~ /%$/ } END { exit !found }' bench.log ||
+  fail "bench: $(cat bench.log)"
+# raw frames of odd width hold the library's layout: chroma rows of width / 2
+"$tqcs" convert odd.rgb odd.yuv422p --from rgb24 --size 15x8 --to yuv422p >/dev/null
+test "$(stat -c %s odd.yuv422p)" = $((15 * 8 + 2 * 7 * 8)) || fail "raw yuv422p of width 15"
+
+# ---- every example of the README and of each --help, as printed --------------------------------
+examples=$scratch/examples
+mkdir "$examples"
+(
+  cd "$examples"
+  "$tqcs" demo --out pattern --size 640x360 >/dev/null
+  "$tqcs" convert pattern/pattern.png photo.png --to rgb24 >/dev/null
+  cp photo.png in.png && cp pattern/pattern.png a.png
+  "$tqcs" convert a.png a.yuva --to yuva --range full >/dev/null
+  "$tqcs" convert a.yuva b.png --from yuva --size 640x360 --to rgba >/dev/null
+  "$tqcs" convert photo.png one.y4m >/dev/null
+  { cat one.y4m; printf 'FRAME\n'; payload one.y4m; printf 'FRAME\n'; payload one.y4m; } >clip.y4m
+  cp clip.y4m in.y4m
+  head -c $((1920 * 1080 * 2)) /dev/zero >clip.yuv && cp clip.yuv cam.yuv
+  head -c $((720 * 576 * 3 / 2)) /dev/zero >frame.yuv && cp frame.yuv a.yuv && cp frame.yuv b.yuv
+  head -c $((2 * 3840 * 2160 * 3)) /dev/zero >in10.yuv
+)
+run_examples() { # WHERE: runs each example line read from stdin in the examples folder
+  while IFS= read -r line; do
+    line=${line%%#*}
+    [ -n "${line// /}" ] || continue
+    (cd "$examples" && PATH="$(dirname "$tqcs"):$PATH" eval "$line" >/dev/null 2>"$scratch/example.err") ||
+      fail "example of $1 fails: $line: $(cat "$scratch/example.err")"
+  done
+}
+awk '/^## The command-line tool: tqcs/ { found = 1 } found && /^```sh$/ { inside = 1; next }
+     inside && /^```$/ { exit } inside' "$source_dir/README.md" >readme-examples
+test "$(grep -c '^tqcs ' readme-examples)" -ge 10 || fail "the README's tqcs examples were not found"
+run_examples README <readme-examples
+for command in "" convert demo bench info compare; do
+  # shellcheck disable=SC2086
+  "$tqcs" $command --help | sed -n '/^examples:/,$p' | grep -E '^  ' |
+    run_examples "tqcs $command --help"
+done
+for n in 1 2; do test -s "$examples/out_000$n.png" || fail "the README's 10-bit example: no out_000$n.png"; done
+for n in 1 2 3; do test -s "$examples/frame_000$n.png" || fail "convert --help: no frame_000$n.png"; done
 
 if [ "$failures" -ne 0 ]; then
   echo "$failures check(s) failed"
