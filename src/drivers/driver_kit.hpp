@@ -20,28 +20,15 @@
 #include <type_traits>
 #include <utility>
 
-#include "core/api.hpp"
-#include "core/log.hpp"
-#include "core/startup.hpp"
+#include "base/log.hpp"
+#include "base/plane.hpp"
+#include "base/state.hpp"
+#include "base/table_entries.hpp"
+#include "frame/walk.hpp"
 
 namespace tqcs::drivers {
 
-enum class Form { kFrame, kSplit, kCompose, kSingle };
-
-// One plane: a pointer to row 0 and a signed byte pitch.
-// Row addresses are formed as integers: a refused or flipped call may hold a
-// null base, and nothing is dereferenced before the checks pass.
-struct Plane {
-  uint8_t *p;
-  int64_t pitch;
-  uint8_t *Row(int64_t y) const {
-    return reinterpret_cast<uint8_t *>(reinterpret_cast<uintptr_t>(p) +
-                                       static_cast<uintptr_t>(y * pitch));
-  }
-};
-
-template <int N>
-using Planes = std::array<Plane, N>;
+using frame::FitsOneCall;
 
 // Row pointers handed to a row operation, one per plane.
 using Rows = uint8_t *const *;
@@ -168,13 +155,6 @@ inline bool Usable(const YuvToRgbRows &t) { return t.rv && t.gu && t.gv && t.bu;
 template <class Row>
 std::optional<Row> RowIf(bool ok, Row row) {
   return ok ? std::optional(row) : std::nullopt;
-}
-
-// The rule that picks the whole-image path: a frame goes through one kernel
-// call only when its count (width x height x units a pixel) fits the kernels'
-// signed 32-bit count; larger frames take the per-row path.
-inline bool FitsOneCall(int32_t width, int32_t height, int32_t unitsPerPixel = 1) {
-  return int64_t{width} * height * unitsPerPixel <= std::numeric_limits<int32_t>::max();
 }
 
 // Packed 4:2:2 rows written from full-resolution pixels. The kernels turn an
@@ -460,20 +440,20 @@ SlotEntry NotImplementedEntry(M Table::*member) {
 // The three slots of a conversion triple, named after its base:
 // TQCS_TRIPLE(TCS_RGB24Table, RGB24_2_YUV16) stores TCS_RGB24_2_YUV16_Frame,
 // _Split and _Compose, all carried by the conversion struct RGB24_2_YUV16.
-#define TQCS_TRIPLE(Table, base)                                                               \
-  ::tqcs::drivers::Entry<base, ::tqcs::drivers::Form::kFrame>(&Table::TCS_##base##_Frame),     \
-      ::tqcs::drivers::Entry<base, ::tqcs::drivers::Form::kSplit>(&Table::TCS_##base##_Split), \
-      ::tqcs::drivers::Entry<base, ::tqcs::drivers::Form::kCompose>(&Table::TCS_##base##_Compose)
+#define TQCS_TRIPLE(Table, base)                                                      \
+  ::tqcs::drivers::Entry<base, ::tqcs::Form::kFrame>(&Table::TCS_##base##_Frame),     \
+      ::tqcs::drivers::Entry<base, ::tqcs::Form::kSplit>(&Table::TCS_##base##_Split), \
+      ::tqcs::drivers::Entry<base, ::tqcs::Form::kCompose>(&Table::TCS_##base##_Compose)
 
 #define TQCS_SINGLE(Table, name) \
-  ::tqcs::drivers::Entry<name, ::tqcs::drivers::Form::kSingle>(&Table::TCS_##name)
+  ::tqcs::drivers::Entry<name, ::tqcs::Form::kSingle>(&Table::TCS_##name)
 
-#define TQCS_NOT_IMPLEMENTED(Table, base)                                                  \
-  ::tqcs::drivers::NotImplementedEntry<base##_Names, ::tqcs::drivers::Form::kFrame>(       \
-      &Table::TCS_##base##_Frame),                                                         \
-      ::tqcs::drivers::NotImplementedEntry<base##_Names, ::tqcs::drivers::Form::kSplit>(   \
-          &Table::TCS_##base##_Split),                                                     \
-      ::tqcs::drivers::NotImplementedEntry<base##_Names, ::tqcs::drivers::Form::kCompose>( \
+#define TQCS_NOT_IMPLEMENTED(Table, base)                                         \
+  ::tqcs::drivers::NotImplementedEntry<base##_Names, ::tqcs::Form::kFrame>(       \
+      &Table::TCS_##base##_Frame),                                                \
+      ::tqcs::drivers::NotImplementedEntry<base##_Names, ::tqcs::Form::kSplit>(   \
+          &Table::TCS_##base##_Split),                                            \
+      ::tqcs::drivers::NotImplementedEntry<base##_Names, ::tqcs::Form::kCompose>( \
           &Table::TCS_##base##_Compose)
 
 #define TQCS_NAMES_OF(base)                                                        \

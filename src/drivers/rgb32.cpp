@@ -2,9 +2,10 @@
 // triple, which logs and reports a failed allocation.
 #include <optional>
 
-#include "core/startup.hpp"
+#include "base/state.hpp"
 #include "drivers/driver_tables.hpp"
 #include "drivers/rgb_to_yuv420.hpp"
+#include "kernels/colorspace.hpp"
 
 namespace tqcs::drivers {
 namespace {

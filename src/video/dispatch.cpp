@@ -9,14 +9,12 @@
 #include <type_traits>
 #include <utility>
 
-#include "core/log.hpp"
-#include "core/startup.hpp"
+#include "base/log.hpp"
+#include "base/state.hpp"
 #include "video/general.hpp"
 
 namespace tqcs::video {
 namespace {
-
-using drivers::Form;
 
 // ---------------------------------------------------------------------------
 // Format codes 0 to 10.

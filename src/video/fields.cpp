@@ -2,8 +2,8 @@
 // width x bytes-per-pixel bytes copied between a frame and its two fields with
 // TQMemProc's byte copy. They serve every packed format and every single plane
 // of a planar one.
-#include "core/log.hpp"
-#include "core/startup.hpp"
+#include "base/log.hpp"
+#include "base/state.hpp"
 #include "video/general.hpp"
 
 namespace tqcs::video {

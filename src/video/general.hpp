@@ -9,8 +9,8 @@
 #include <cstdint>
 #include <span>
 
-#include "core/api.hpp"
-#include "drivers/driver_kit.hpp"
+#include "base/plane.hpp"
+#include "base/table_entries.hpp"
 
 namespace tqcs::video {
 
@@ -22,10 +22,6 @@ TCS_GENERAL_SLOTS(TQCS_VIDEO_DECLARE)
 
 // The 19 entries of sub-table 0, for the table fill at start-up.
 std::span<const SlotEntry> GeneralOperations();
-
-// A plane: row 0 and a signed byte pitch; Row(y) forms its address as an
-// integer, so a flipped or refused call never does arithmetic on a null base.
-using drivers::Plane;
 
 // A byte offset from a pointer, formed as an integer.
 inline uint8_t *Offset(uint8_t *p, int64_t bytes) {

@@ -1,7 +1,8 @@
 // Full-range / video-range scaling of 8-bit samples (slots 14 and 15), format
 // kept. Both share one body: the pixel format code picks per-byte coefficient
 // tables, TQMemProc does the arithmetic.
-#include "core/startup.hpp"
+#include "base/state.hpp"
+#include "frame/walk.hpp"
 #include "video/general.hpp"
 
 namespace tqcs::video {
@@ -80,7 +81,7 @@ void Scale(bool expand, uint8_t *dst, int64_t dstPitch, const uint8_t *src, int6
       Plane out{dst, dstPitch};
       if (flip) out = UpsideDown(out, height);
       const int32_t rowBytes = Mul32(3, width);
-      if (out.pitch == srcPitch && srcPitch == rowBytes && drivers::FitsOneCall(width, height, 3)) {
+      if (out.pitch == srcPitch && srcPitch == rowBytes && frame::FitsOneCall(width, height, 3)) {
         // One run over the whole frame.
         pixel.TMP_Scale_Run(out.p, src, gain[0], offset[0], height * rowBytes);
         return;

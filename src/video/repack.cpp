@@ -3,14 +3,13 @@
 // byte, 4-byte pixels narrowed to 3, the last two optionally exchanging the
 // first and third byte. The pixel work is done by kernel slots 7 to 10 and by
 // TQMemProc's channel extraction; these functions only walk rows.
-#include "core/log.hpp"
-#include "core/startup.hpp"
+#include "base/log.hpp"
+#include "base/state.hpp"
+#include "frame/walk.hpp"
 #include "video/general.hpp"
 
 namespace tqcs::video {
 namespace {
-
-using drivers::Form;
 
 bool Present(const Plane &pl) { return pl.p && pl.pitch > 0; }
 
@@ -47,7 +46,7 @@ void RepackFrame(const char16_t *function, Plane dst, int32_t dstBytes, Plane sr
   Plane &turned = flipDestination ? dst : src;
   if (flip) turned = UpsideDown(turned, height);
   if (dst.pitch == int64_t{dstBytes} * width && src.pitch == int64_t{srcBytes} * width &&
-      drivers::FitsOneCall(width, height)) {
+      frame::FitsOneCall(width, height)) {
     // One call for the whole frame.
     row(dst.p, src.p, width * height);
     return;

@@ -13,8 +13,8 @@
 #include <type_traits>
 #include <vector>
 
-#include "core/api.hpp"
-#include "core/startup.hpp"
+#include "base/state.hpp"
+#include "startup/api.hpp"
 
 namespace tqcs::test {
 
