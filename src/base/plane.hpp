@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <type_traits>
 
 namespace tqcs {
 
@@ -25,5 +26,11 @@ struct Plane {
 
 template <int N>
 using Planes = std::array<Plane, N>;
+
+// The byte address of a C argument's plane: sources are never written.
+template <class T>
+uint8_t *Bytes(T *p) {
+  return reinterpret_cast<uint8_t *>(const_cast<std::remove_const_t<T> *>(p));
+}
 
 }  // namespace tqcs

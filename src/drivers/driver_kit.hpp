@@ -24,7 +24,7 @@
 #include "base/plane.hpp"
 #include "base/state.hpp"
 #include "base/table_entries.hpp"
-#include "frame/walk.hpp"
+#include "frame/views.hpp"
 
 namespace tqcs::drivers {
 
@@ -106,6 +106,11 @@ struct Names {
   static constexpr ::tqcs::drivers::Names kNames {                                 \
     u"TCS_" #base "_Frame()", u"TCS_" #base "_Split()", u"TCS_" #base "_Compose()" \
   }
+
+// The log name of one form.
+constexpr const char16_t *NameOf(const Names &names, Form form) {
+  return form == Form::kSplit ? names.split : form == Form::kCompose ? names.compose : names.frame;
+}
 
 // What a conversion inherits unless it says otherwise.
 struct Defaults {
@@ -191,20 +196,25 @@ ScratchAllocator SetScratchAllocatorForTesting(ScratchAllocator allocator);
 void WriteRecord(log::Level level, const char16_t *unit, const char16_t *function,
                  const char16_t *message);
 
-// Starts every plane at its last row and negates its pitch.
-template <size_t N>
-void TurnUpsideDown(std::array<Plane, N> &planes, int32_t height) {
-  for (Plane &pl : planes) {
-    pl.p = pl.Row(height - 1);
-    pl.pitch = -pl.pitch;
-  }
-}
+// The scratch rows of the 4:2:0 conversions: 2 x width bytes holding four
+// half-width chroma rows, U of row a, U of row b, V of row a, V of row b.
+struct ChromaScratch {
+  uint8_t *base;
+  int32_t width;
+  uint8_t *ua() const { return base; }
+  uint8_t *ub() const { return base + width / 2; }
+  uint8_t *va() const { return base + width; }
+  uint8_t *vb() const { return base + width + width / 2; }
+};
 
-template <size_t N>
-std::array<uint8_t *, N> RowsAt(const std::array<Plane, N> &planes, int64_t y) {
-  std::array<uint8_t *, N> rows{};
-  for (size_t i = 0; i < N; ++i) rows[i] = planes[i].Row(y);
-  return rows;
+// Allocates the scratch of a conversion, or writes its failure record.
+template <class Conv>
+uint8_t *ScratchOrRecord(Form form, size_t bytes, const char16_t *message) {
+  uint8_t *scratch = AllocateScratch(bytes);
+  if (!scratch) {
+    WriteRecord(log::kFailure, Conv::kUnit, NameOf(Conv::kNames, form), message);
+  }
+  return scratch;
 }
 
 // Copies the converted row y of field 1 into row y of field 2, plane by plane,
@@ -229,61 +239,43 @@ bool NaturalPitches(const std::array<Plane, ND> &dst, const std::array<Plane, NS
   return true;
 }
 
-// The generic _Frame walk: one kernel call per row, or one for the whole image.
+// The generic _Frame walk: the side the conversion names flipped; one kernel
+// call per row, or one for the whole image at natural pitches.
 template <class Conv, class Row, size_t ND, size_t NS>
 void WalkFrame(std::array<Plane, ND> dst, std::array<Plane, NS> src, int32_t width, int32_t height,
                uint8_t flip, const Row &row) {
   if (flip) {
-    if (Conv::kFrameFlip == Side::kSource) TurnUpsideDown(src, height);
-    if (Conv::kFrameFlip == Side::kDestination) TurnUpsideDown(dst, height);
+    if constexpr (Conv::kFrameFlip == Side::kSource)
+      frame::TurnUpsideDown(src, height);
+    else
+      frame::TurnUpsideDown(dst, height);
   }
+  const frame::FrameView out{dst}, in{src};
   if (NaturalPitches<Conv>(dst, src, width) && FitsOneCall(width, height)) {
-    row(RowsAt(dst, 0).data(), RowsAt(src, 0).data(), width * height);
+    row(frame::RowsOf<ND>(out, 0).data(), frame::RowsOf<NS>(in, 0).data(), width * height);
     return;
   }
-  for (int32_t y = 0; y < height; ++y) row(RowsAt(dst, y).data(), RowsAt(src, y).data(), width);
+  frame::WalkRows(out, in, height, [&](Rows d, Rows s) { row(d, s, width); });
 }
 
-// The generic _Split walk: the source frame (flipped when asked) to two fields.
-template <class Conv, class Row, size_t ND, size_t NS>
-void WalkSplit(const std::array<Plane, ND> &f1, const std::array<Plane, ND> &f2,
-               std::array<Plane, NS> src, int32_t width, int32_t height, uint8_t flip,
-               const Row &row) {
-  if (flip) TurnUpsideDown(src, height);
-  const int32_t pairs = height >> 1;
-  for (int32_t i = 0; i < pairs; ++i) {
-    row(RowsAt(f1, i).data(), RowsAt(src, 2 * int64_t{i}).data(), width);
-    row(RowsAt(f2, i).data(), RowsAt(src, 2 * int64_t{i} + 1).data(), width);
-  }
-  if ((height & 1) && Conv::kOdd != Odd::kDrop) {
-    row(RowsAt(f1, pairs).data(), RowsAt(src, height - 1).data(), width);
-    if (Conv::kOdd == Odd::kCopyToField2) CopyRowToField2<typename Conv::Dst>(f1, f2, pairs, width);
-  }
-}
-
-// The generic _Compose walk: two fields to the destination frame (flipped when
-// asked).
-template <class Conv, class Row, size_t ND, size_t NS>
-void WalkCompose(std::array<Plane, ND> dst, const std::array<Plane, NS> &f1,
-                 const std::array<Plane, NS> &f2, int32_t width, int32_t height, uint8_t flip,
-                 const Row &row) {
-  if (flip) TurnUpsideDown(dst, height);
-  const int32_t pairs = height >> 1;
-  for (int32_t i = 0; i < pairs; ++i) {
-    row(RowsAt(dst, 2 * int64_t{i}).data(), RowsAt(f1, i).data(), width);
-    row(RowsAt(dst, 2 * int64_t{i} + 1).data(), RowsAt(f2, i).data(), width);
-  }
-  if ((height & 1) && Conv::kOdd != Odd::kDrop)
-    row(RowsAt(dst, height - 1).data(), RowsAt(f1, pairs).data(), width);
+// The generic _Split and _Compose walk: the frame flipped when asked, walked
+// against the two fields; an odd last row is converted into (or from) field 1
+// unless the conversion drops it, and a split copies it on into field 2 when
+// the conversion says so.
+template <class Conv, Form F, class Row, size_t NF, size_t NG>
+void WalkFields(std::array<Plane, NF> whole, const std::array<Plane, NG> &field1,
+                const std::array<Plane, NG> &field2, int32_t width, int32_t height, uint8_t flip,
+                const Row &row) {
+  if (flip) frame::TurnUpsideDown(whole, height);
+  frame::WalkFields<F>(whole, field1, field2,
+                       frame::FieldWalkRows(height, Conv::kOdd != Odd::kDrop),
+                       [&](Rows d, Rows s) { row(d, s, width); });
+  if ((height & 1) && F == Form::kSplit && Conv::kOdd == Odd::kCopyToField2)
+    CopyRowToField2<typename Conv::Dst>(field1, field2, height >> 1, width);
 }
 
 // ---------------------------------------------------------------------------
 // From C arguments to planes, options and flip.
-
-template <class T>
-uint8_t *Bytes(T *p) {
-  return reinterpret_cast<uint8_t *>(const_cast<std::remove_const_t<T> *>(p));
-}
 
 template <size_t kFirst, size_t N, class Tuple>
 std::array<Plane, N> TakePlanes(const Tuple &args) {
@@ -318,9 +310,7 @@ bool Check(int32_t width, int32_t height, const Opts &opts, const Images &...ima
   if (rule.size) ok = ok && width >= rule.minWidth && height >= rule.minHeight;
   ok = ok && std::apply([](auto... o) { return Conv::OptionsPass(F, o...); }, opts);
   if (ok) return true;
-  const char16_t *name = F == Form::kSplit     ? Conv::kNames.split
-                         : F == Form::kCompose ? Conv::kNames.compose
-                                               : Conv::kNames.frame;
+  const char16_t *name = NameOf(Conv::kNames, F);
   switch (rule.style) {
     case Style::kLogReturn:
       WriteRecord(log::kInvalid, Conv::kUnit, name, log::msg::kInvalidParams);
@@ -334,9 +324,11 @@ bool Check(int32_t width, int32_t height, const Opts &opts, const Images &...ima
   return false;
 }
 
-// Runs one form of a conversion on the C arguments of its slot. A conversion
-// with a walk of its own (the 4:2:0 ones) provides Walk(form, ...); the others
-// provide MakeRow(form, options...) and use the generic walkers.
+// Runs one form of a conversion on the C arguments of its slot: the checks,
+// then Walk<form>(width, height, flip, images, options...), the images a tuple
+// in argument order. A conversion with a walk of its own (the 4:2:0 ones)
+// provides Walk; the others provide MakeRow(form, options...) and use the
+// generic walkers.
 template <class Conv, Form F, class Tuple>
 void Run(const Tuple &args) {
   constexpr size_t ND = Conv::Dst::kPlanes;
@@ -351,8 +343,11 @@ void Run(const Tuple &args) {
 
   auto go = [&](const auto &...images) {
     if (!Check<Conv, F>(width, height, opts, images...)) return;
-    std::apply([&](auto... o) { Conv::template Walk<F>(width, height, flip, images..., o...); },
-               opts);
+    std::apply(
+        [&](auto... o) {
+          Conv::template Walk<F>(width, height, flip, std::make_tuple(images...), o...);
+        },
+        opts);
   };
   if constexpr (F == Form::kFrame) {
     go(TakePlanes<0, ND>(args), TakePlanes<2 * ND, NS>(args));
@@ -369,21 +364,19 @@ void Run(const Tuple &args) {
 // that the driver refuses silently) means nothing is converted.
 template <class Conv, class Base = Defaults>
 struct Generic : Base {
-  template <Form F, class... Rest>
-  static void Walk(int32_t width, int32_t height, uint8_t flip, const Rest &...rest) {
-    constexpr size_t kImages = F == Form::kFrame ? 2 : 3;
-    const auto all = std::forward_as_tuple(rest...);
-    const auto opts = Slice<kImages, sizeof...(Rest)>(all);
-    const auto row = std::apply([](auto... o) { return Conv::MakeRow(F, o...); }, opts);
+  template <Form F, class Images, class... Opts>
+  static void Walk(int32_t width, int32_t height, uint8_t flip, const Images &images,
+                   Opts... opts) {
+    const auto row = Conv::MakeRow(F, opts...);
     if (!row) return;
-    const auto &a = std::get<0>(all);
-    const auto &b = std::get<1>(all);
+    const auto &a = std::get<0>(images);
+    const auto &b = std::get<1>(images);
     if constexpr (F == Form::kFrame) {
       WalkFrame<Conv>(a, b, width, height, flip, *row);
     } else if constexpr (F == Form::kSplit) {
-      WalkSplit<Conv>(a, b, std::get<2>(all), width, height, flip, *row);
+      WalkFields<Conv, F>(std::get<2>(images), a, b, width, height, flip, *row);
     } else {
-      WalkCompose<Conv>(a, b, std::get<2>(all), width, height, flip, *row);
+      WalkFields<Conv, F>(a, b, std::get<2>(images), width, height, flip, *row);
     }
   }
 };
@@ -410,10 +403,7 @@ struct NotImplementedAdapter;
 template <const Names &kNames, Form F, class... A>
 struct NotImplementedAdapter<kNames, F, void (*)(A...)> {
   static void Call(A...) {
-    WriteRecord(log::kInvalid, log::unit::kVideoColor,
-                F == Form::kSplit     ? kNames.split
-                : F == Form::kCompose ? kNames.compose
-                                      : kNames.frame,
+    WriteRecord(log::kInvalid, log::unit::kVideoColor, NameOf(kNames, F),
                 log::msg::kNotImplemented);
   }
 };

@@ -36,13 +36,4 @@ inline int32_t Mul32(int64_t a, int64_t b) {
   return static_cast<int32_t>(static_cast<uint32_t>(a) * static_cast<uint32_t>(b));
 }
 
-// Starts a plane at its last row and negates its pitch: the flip of every
-// operation here. The offset is a 64-bit product.
-inline Plane UpsideDown(Plane pl, int32_t height) {
-  return {pl.Row(int64_t{height} - 1), -pl.pitch};
-}
-
-// Byte pointers of the C arguments: sources are never written.
-inline uint8_t *Bytes(const uint8_t *p) { return const_cast<uint8_t *>(p); }
-
 }  // namespace tqcs::video

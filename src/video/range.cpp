@@ -2,7 +2,7 @@
 // kept. Both share one body: the pixel format code picks per-byte coefficient
 // tables, TQMemProc does the arithmetic.
 #include "base/state.hpp"
-#include "frame/walk.hpp"
+#include "frame/views.hpp"
 #include "video/general.hpp"
 
 namespace tqcs::video {
@@ -79,7 +79,7 @@ void Scale(bool expand, uint8_t *dst, int64_t dstPitch, const uint8_t *src, int6
       return;
     case Way::kBytes24: {
       Plane out{dst, dstPitch};
-      if (flip) out = UpsideDown(out, height);
+      if (flip) out = frame::UpsideDown(out, height);
       const int32_t rowBytes = Mul32(3, width);
       if (out.pitch == srcPitch && srcPitch == rowBytes && frame::FitsOneCall(width, height, 3)) {
         // One run over the whole frame.
