@@ -22,6 +22,7 @@
 
 #include "base/log.hpp"
 #include "base/plane.hpp"
+#include "base/slot_shape.hpp"
 #include "base/state.hpp"
 #include "base/table_entries.hpp"
 #include "frame/views.hpp"
@@ -277,11 +278,12 @@ void WalkFields(std::array<Plane, NF> whole, const std::array<Plane, NG> &field1
 // ---------------------------------------------------------------------------
 // From C arguments to planes, options and flip.
 
+// Planes kFirst to kFirst + N - 1 of a frame-shaped slot's arguments.
 template <size_t kFirst, size_t N, class Tuple>
 std::array<Plane, N> TakePlanes(const Tuple &args) {
   return [&]<size_t... I>(std::index_sequence<I...>) {
     return std::array<Plane, N>{
-        Plane{Bytes(std::get<kFirst + 2 * I>(args)), std::get<kFirst + 2 * I + 1>(args)}...};
+        Plane{Bytes(std::get<2 * (kFirst + I)>(args)), std::get<2 * (kFirst + I) + 1>(args)}...};
   }
   (std::make_index_sequence<N>{});
 }
@@ -329,17 +331,18 @@ bool Check(int32_t width, int32_t height, const Opts &opts, const Images &...ima
 // in argument order. A conversion with a walk of its own (the 4:2:0 ones)
 // provides Walk; the others provide MakeRow(form, options...) and use the
 // generic walkers.
-template <class Conv, Form F, class Tuple>
+template <class Conv, Form F, class Sig, class Tuple>
 void Run(const Tuple &args) {
-  constexpr size_t ND = Conv::Dst::kPlanes;
-  constexpr size_t NS = Conv::Src::kPlanes;
-  constexpr size_t kPlaneArgs = 2 * (F == Form::kSplit     ? 2 * ND + NS
-                                     : F == Form::kCompose ? ND + 2 * NS
-                                                           : ND + NS);
-  const int32_t width = std::get<kPlaneArgs>(args);
-  const int32_t height = std::get<kPlaneArgs + 1>(args);
-  const auto opts = Slice<kPlaneArgs + 2, std::tuple_size_v<Tuple> - 1>(args);
-  const uint8_t flip = std::get<std::tuple_size_v<Tuple> - 1>(args);
+  using Shape = SlotShape<Sig>;
+  static_assert(Shape::kFrameShaped);
+  constexpr size_t ND = F == Form::kSplit ? Shape::kDestinations / 2 : Shape::kDestinations;
+  constexpr size_t NS = F == Form::kCompose ? Shape::kSources / 2 : Shape::kSources;
+  static_assert(ND == Conv::Dst::kPlanes && NS == Conv::Src::kPlanes,
+                "the conversion's layouts are not its slot's planes");
+  const int32_t width = std::get<Shape::kWidth>(args);
+  const int32_t height = std::get<Shape::kHeight>(args);
+  const auto opts = Slice<Shape::kFirstOption, Shape::kFlip>(args);
+  const uint8_t flip = std::get<Shape::kFlip>(args);
 
   auto go = [&](const auto &...images) {
     if (!Check<Conv, F>(width, height, opts, images...)) return;
@@ -350,12 +353,11 @@ void Run(const Tuple &args) {
         opts);
   };
   if constexpr (F == Form::kFrame) {
-    go(TakePlanes<0, ND>(args), TakePlanes<2 * ND, NS>(args));
+    go(TakePlanes<0, ND>(args), TakePlanes<ND, NS>(args));
   } else if constexpr (F == Form::kSplit) {
-    go(TakePlanes<0, ND>(args), TakePlanes<2 * ND, ND>(args), TakePlanes<4 * ND, NS>(args));
+    go(TakePlanes<0, ND>(args), TakePlanes<ND, ND>(args), TakePlanes<2 * ND, NS>(args));
   } else {
-    go(TakePlanes<0, ND>(args), TakePlanes<2 * ND, NS>(args),
-       TakePlanes<2 * ND + 2 * NS, NS>(args));
+    go(TakePlanes<0, ND>(args), TakePlanes<ND, NS>(args), TakePlanes<ND + NS, NS>(args));
   }
 }
 
@@ -391,7 +393,7 @@ struct Adapter<Conv, F, Ret (*)(A...)> {
     if constexpr (F == Form::kSingle) {
       return Conv::Single(args...);
     } else {
-      Run<Conv, F>(std::tuple<A...>(args...));
+      Run<Conv, F, Ret (*)(A...)>(std::tuple<A...>(args...));
       return Ret();
     }
   }
