@@ -73,9 +73,10 @@ struct SlotShape<R (*)(P...)> {
       l.params[k] = {Role::kOption, static_cast<uint8_t>(k - i)};
       options = options && integral[k];
     }
-    l.frameShaped = l.planes > 0 && l.pitched == l.planes && sized && options && i < kParams &&
-                    byte[kParams - 1];
-    if (l.frameShaped) l.params[kParams - 1].role = Role::kFlip;
+    constexpr size_t last = kParams ? kParams - 1 : 0;
+    l.frameShaped =
+        l.planes > 0 && l.pitched == l.planes && sized && options && i < kParams && byte[last];
+    if (l.frameShaped) l.params[last].role = Role::kFlip;
     return l;
   }
   static constexpr Layout kLayout = Decode();

@@ -32,7 +32,8 @@ void WidenPlanes(WidenKernel<D, S> first, WidenKernel<D, S> last, WidenKernel<D,
   if (half < 1 || height < 2) return;
   auto dst = ChromaPlanes(dstU, dstUPitch, dstV, dstVPitch);
   if (flip) TurnUpsideDown(dst, height);
-  const FrameView out{dst}, in{ChromaPlanes(srcU, srcUPitch, srcV, srcVPitch)};
+  const FrameView out{dst};
+  const FrameView in{ChromaPlanes(srcU, srcUPitch, srcV, srcVPitch)};
   const int64_t rest = ForEachWidenStep(height, interlaced, [&](const WidenStep &st) {
     const auto kernel = st.kind == Upsample::kFirst  ? first
                         : st.kind == Upsample::kLast ? last
@@ -56,7 +57,8 @@ void MergePlanes(MergeKernel<D, S> merge, D *dstU, int64_t dstUPitch, D *dstV, i
   if (half < 1 || rows < 1) return;
   auto dst = ChromaPlanes(dstU, dstUPitch, dstV, dstVPitch);
   if (flip) TurnUpsideDown(dst, rows);
-  const FrameView out{dst}, in{ChromaPlanes(srcU, srcUPitch, srcV, srcVPitch)};
+  const FrameView out{dst};
+  const FrameView in{ChromaPlanes(srcU, srcUPitch, srcV, srcVPitch)};
   ForEachMergePair(height, interlaced,
                    [&](const MergePair &m) { Merge(merge, m, out, 0, in, 0, half); });
 }
