@@ -251,13 +251,8 @@ void WalkFrame(std::array<Plane, ND> dst, std::array<Plane, NS> src, int32_t wid
     else
       frame::TurnUpsideDown(dst, height);
   }
-  const frame::FrameView out{dst};
-  const frame::FrameView in{src};
-  if (NaturalPitches<Conv>(dst, src, width) && FitsOneCall(width, height)) {
-    row(frame::RowsOf<ND>(out, 0).data(), frame::RowsOf<NS>(in, 0).data(), width * height);
-    return;
-  }
-  frame::WalkRows(out, in, height, [&](Rows d, Rows s) { row(d, s, width); });
+  frame::WalkFrame(dst, src, width, height,
+                   NaturalPitches<Conv>(dst, src, width) && FitsOneCall(width, height), row);
 }
 
 // The generic _Split and _Compose walk: the frame flipped when asked, walked

@@ -1,5 +1,6 @@
-// Views of images by plane and row index, the one flip, and the one row walk
-// of frames and fields.
+// Views of images by plane and row index, the one flip, and the row walks of
+// frames and fields built on one loop: the frame walk (one call for the whole
+// image, or one per row) and the field walk.
 //
 // A view maps (plane, row) to a row address: a whole frame; one field of a
 // frame (rows parity, parity + 2, ...); or a pair of field buffers seen as the
@@ -87,6 +88,22 @@ template <class DstView, class SrcView, class Row>
 void WalkRows(const DstView &dst, const SrcView &src, int64_t rows, const Row &row) {
   for (int64_t y = 0; y < rows; ++y)
     row(RowsOf<DstView::kPlanes>(dst, y).data(), RowsOf<SrcView::kPlanes>(src, y).data());
+}
+
+// The frame walk of a row operation, row(destination rows, source rows,
+// count): one call over the whole image when `oneCall` (the caller's test:
+// contiguous rows whose total count fits the kernels' count), otherwise one
+// call per row of `count` units.
+template <size_t ND, size_t NS, class Row>
+void WalkFrame(const std::array<Plane, ND> &dst, const std::array<Plane, NS> &src, int32_t count,
+               int32_t height, bool oneCall, const Row &row) {
+  const FrameView out{dst};
+  const FrameView in{src};
+  if (oneCall) {
+    row(RowsOf<ND>(out, 0).data(), RowsOf<NS>(in, 0).data(), count * height);
+    return;
+  }
+  WalkRows(out, in, height, [&](uint8_t *const *d, uint8_t *const *s) { row(d, s, count); });
 }
 
 // The field walk: a frame against a pair of fields, rows 0 to rows - 1 of the

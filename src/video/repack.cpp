@@ -45,13 +45,11 @@ void RepackFrame(const char16_t *function, Plane dst, int32_t dstBytes, Plane sr
   if (!Present(dst) || !Present(src) || width <= 0 || height <= 0) return Refuse(function);
   Plane &turned = flipDestination ? dst : src;
   if (flip) turned = frame::UpsideDown(turned, height);
-  if (dst.pitch == int64_t{dstBytes} * width && src.pitch == int64_t{srcBytes} * width &&
-      frame::FitsOneCall(width, height)) {
-    // One call for the whole frame.
-    row(dst.p, src.p, width * height);
-    return;
-  }
-  for (int32_t y = 0; y < height; ++y) row(dst.Row(y), src.Row(y), width);
+  const bool contiguous =
+      dst.pitch == int64_t{dstBytes} * width && src.pitch == int64_t{srcBytes} * width;
+  frame::WalkFrame(Planes<1>{dst}, Planes<1>{src}, width, height,
+                   contiguous && frame::FitsOneCall(width, height),
+                   [&](uint8_t *const *d, uint8_t *const *s, int32_t n) { row(d[0], s[0], n); });
 }
 
 // The six field forms: the frame (the side the flip turns) walked against the
