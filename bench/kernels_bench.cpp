@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "core/api.hpp"
+#include "base/table_entries.hpp"
 #include "kernels/kernel_table.hpp"
 #include "support/buffers.hpp"
 #include "support/kernel_shapes.hpp"

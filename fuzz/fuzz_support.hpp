@@ -12,8 +12,8 @@
 #include <memory>
 #include <vector>
 
-#include "core/api.hpp"
-#include "core/startup.hpp"
+#include "base/state.hpp"
+#include "startup/api.hpp"
 
 namespace tqcs::fuzz {
 

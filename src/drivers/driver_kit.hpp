@@ -20,28 +20,16 @@
 #include <type_traits>
 #include <utility>
 
-#include "core/api.hpp"
-#include "core/log.hpp"
-#include "core/startup.hpp"
+#include "base/log.hpp"
+#include "base/plane.hpp"
+#include "base/slot_shape.hpp"
+#include "base/state.hpp"
+#include "base/table_entries.hpp"
+#include "frame/views.hpp"
 
 namespace tqcs::drivers {
 
-enum class Form { kFrame, kSplit, kCompose, kSingle };
-
-// One plane: a pointer to row 0 and a signed byte pitch.
-// Row addresses are formed as integers: a refused or flipped call may hold a
-// null base, and nothing is dereferenced before the checks pass.
-struct Plane {
-  uint8_t *p;
-  int64_t pitch;
-  uint8_t *Row(int64_t y) const {
-    return reinterpret_cast<uint8_t *>(reinterpret_cast<uintptr_t>(p) +
-                                       static_cast<uintptr_t>(y * pitch));
-  }
-};
-
-template <int N>
-using Planes = std::array<Plane, N>;
+using frame::FitsOneCall;
 
 // Row pointers handed to a row operation, one per plane.
 using Rows = uint8_t *const *;
@@ -120,6 +108,11 @@ struct Names {
     u"TCS_" #base "_Frame()", u"TCS_" #base "_Split()", u"TCS_" #base "_Compose()" \
   }
 
+// The log name of one form.
+constexpr const char16_t *NameOf(const Names &names, Form form) {
+  return form == Form::kSplit ? names.split : form == Form::kCompose ? names.compose : names.frame;
+}
+
 // What a conversion inherits unless it says otherwise.
 struct Defaults {
   static constexpr const char16_t *kUnit = log::unit::kVideoColor;
@@ -170,13 +163,6 @@ std::optional<Row> RowIf(bool ok, Row row) {
   return ok ? std::optional(row) : std::nullopt;
 }
 
-// The rule that picks the whole-image path: a frame goes through one kernel
-// call only when its count (width x height x units a pixel) fits the kernels'
-// signed 32-bit count; larger frames take the per-row path.
-inline bool FitsOneCall(int32_t width, int32_t height, int32_t unitsPerPixel = 1) {
-  return int64_t{width} * height * unitsPerPixel <= std::numeric_limits<int32_t>::max();
-}
-
 // Packed 4:2:2 rows written from full-resolution pixels. The kernels turn an
 // odd last pixel into a whole pair (4 bytes: its luma twice and its chroma),
 // while a row of odd width is 2 x width bytes long. The row operation is run on
@@ -211,20 +197,25 @@ ScratchAllocator SetScratchAllocatorForTesting(ScratchAllocator allocator);
 void WriteRecord(log::Level level, const char16_t *unit, const char16_t *function,
                  const char16_t *message);
 
-// Starts every plane at its last row and negates its pitch.
-template <size_t N>
-void TurnUpsideDown(std::array<Plane, N> &planes, int32_t height) {
-  for (Plane &pl : planes) {
-    pl.p = pl.Row(height - 1);
-    pl.pitch = -pl.pitch;
-  }
-}
+// The scratch rows of the 4:2:0 conversions: 2 x width bytes holding four
+// half-width chroma rows, U of row a, U of row b, V of row a, V of row b.
+struct ChromaScratch {
+  uint8_t *base;
+  int32_t width;
+  uint8_t *ua() const { return base; }
+  uint8_t *ub() const { return base + width / 2; }
+  uint8_t *va() const { return base + width; }
+  uint8_t *vb() const { return base + width + width / 2; }
+};
 
-template <size_t N>
-std::array<uint8_t *, N> RowsAt(const std::array<Plane, N> &planes, int64_t y) {
-  std::array<uint8_t *, N> rows{};
-  for (size_t i = 0; i < N; ++i) rows[i] = planes[i].Row(y);
-  return rows;
+// Allocates the scratch of a conversion, or writes its failure record.
+template <class Conv>
+uint8_t *ScratchOrRecord(Form form, size_t bytes, const char16_t *message) {
+  uint8_t *scratch = AllocateScratch(bytes);
+  if (!scratch) {
+    WriteRecord(log::kFailure, Conv::kUnit, NameOf(Conv::kNames, form), message);
+  }
+  return scratch;
 }
 
 // Copies the converted row y of field 1 into row y of field 2, plane by plane,
@@ -249,67 +240,46 @@ bool NaturalPitches(const std::array<Plane, ND> &dst, const std::array<Plane, NS
   return true;
 }
 
-// The generic _Frame walk: one kernel call per row, or one for the whole image.
+// The generic _Frame walk: the side the conversion names flipped; one kernel
+// call per row, or one for the whole image at natural pitches.
 template <class Conv, class Row, size_t ND, size_t NS>
 void WalkFrame(std::array<Plane, ND> dst, std::array<Plane, NS> src, int32_t width, int32_t height,
                uint8_t flip, const Row &row) {
   if (flip) {
-    if (Conv::kFrameFlip == Side::kSource) TurnUpsideDown(src, height);
-    if (Conv::kFrameFlip == Side::kDestination) TurnUpsideDown(dst, height);
+    if constexpr (Conv::kFrameFlip == Side::kSource)
+      frame::TurnUpsideDown(src, height);
+    else
+      frame::TurnUpsideDown(dst, height);
   }
-  if (NaturalPitches<Conv>(dst, src, width) && FitsOneCall(width, height)) {
-    row(RowsAt(dst, 0).data(), RowsAt(src, 0).data(), width * height);
-    return;
-  }
-  for (int32_t y = 0; y < height; ++y) row(RowsAt(dst, y).data(), RowsAt(src, y).data(), width);
+  frame::WalkFrame(dst, src, width, height,
+                   NaturalPitches<Conv>(dst, src, width) && FitsOneCall(width, height), row);
 }
 
-// The generic _Split walk: the source frame (flipped when asked) to two fields.
-template <class Conv, class Row, size_t ND, size_t NS>
-void WalkSplit(const std::array<Plane, ND> &f1, const std::array<Plane, ND> &f2,
-               std::array<Plane, NS> src, int32_t width, int32_t height, uint8_t flip,
-               const Row &row) {
-  if (flip) TurnUpsideDown(src, height);
-  const int32_t pairs = height >> 1;
-  for (int32_t i = 0; i < pairs; ++i) {
-    row(RowsAt(f1, i).data(), RowsAt(src, 2 * int64_t{i}).data(), width);
-    row(RowsAt(f2, i).data(), RowsAt(src, 2 * int64_t{i} + 1).data(), width);
-  }
-  if ((height & 1) && Conv::kOdd != Odd::kDrop) {
-    row(RowsAt(f1, pairs).data(), RowsAt(src, height - 1).data(), width);
-    if (Conv::kOdd == Odd::kCopyToField2) CopyRowToField2<typename Conv::Dst>(f1, f2, pairs, width);
-  }
-}
-
-// The generic _Compose walk: two fields to the destination frame (flipped when
-// asked).
-template <class Conv, class Row, size_t ND, size_t NS>
-void WalkCompose(std::array<Plane, ND> dst, const std::array<Plane, NS> &f1,
-                 const std::array<Plane, NS> &f2, int32_t width, int32_t height, uint8_t flip,
-                 const Row &row) {
-  if (flip) TurnUpsideDown(dst, height);
-  const int32_t pairs = height >> 1;
-  for (int32_t i = 0; i < pairs; ++i) {
-    row(RowsAt(dst, 2 * int64_t{i}).data(), RowsAt(f1, i).data(), width);
-    row(RowsAt(dst, 2 * int64_t{i} + 1).data(), RowsAt(f2, i).data(), width);
-  }
-  if ((height & 1) && Conv::kOdd != Odd::kDrop)
-    row(RowsAt(dst, height - 1).data(), RowsAt(f1, pairs).data(), width);
+// The generic _Split and _Compose walk: the frame flipped when asked, walked
+// against the two fields; an odd last row is converted into (or from) field 1
+// unless the conversion drops it, and a split copies it on into field 2 when
+// the conversion says so.
+template <class Conv, Form F, class Row, size_t NF, size_t NG>
+void WalkFields(std::array<Plane, NF> whole, const std::array<Plane, NG> &field1,
+                const std::array<Plane, NG> &field2, int32_t width, int32_t height, uint8_t flip,
+                const Row &row) {
+  if (flip) frame::TurnUpsideDown(whole, height);
+  frame::WalkFields<F>(whole, field1, field2,
+                       frame::FieldWalkRows(height, Conv::kOdd != Odd::kDrop),
+                       [&](Rows d, Rows s) { row(d, s, width); });
+  if ((height & 1) && F == Form::kSplit && Conv::kOdd == Odd::kCopyToField2)
+    CopyRowToField2<typename Conv::Dst>(field1, field2, height >> 1, width);
 }
 
 // ---------------------------------------------------------------------------
 // From C arguments to planes, options and flip.
 
-template <class T>
-uint8_t *Bytes(T *p) {
-  return reinterpret_cast<uint8_t *>(const_cast<std::remove_const_t<T> *>(p));
-}
-
+// Planes kFirst to kFirst + N - 1 of a frame-shaped slot's arguments.
 template <size_t kFirst, size_t N, class Tuple>
 std::array<Plane, N> TakePlanes(const Tuple &args) {
   return [&]<size_t... I>(std::index_sequence<I...>) {
     return std::array<Plane, N>{
-        Plane{Bytes(std::get<kFirst + 2 * I>(args)), std::get<kFirst + 2 * I + 1>(args)}...};
+        Plane{Bytes(std::get<2 * (kFirst + I)>(args)), std::get<2 * (kFirst + I) + 1>(args)}...};
   }
   (std::make_index_sequence<N>{});
 }
@@ -338,9 +308,7 @@ bool Check(int32_t width, int32_t height, const Opts &opts, const Images &...ima
   if (rule.size) ok = ok && width >= rule.minWidth && height >= rule.minHeight;
   ok = ok && std::apply([](auto... o) { return Conv::OptionsPass(F, o...); }, opts);
   if (ok) return true;
-  const char16_t *name = F == Form::kSplit     ? Conv::kNames.split
-                         : F == Form::kCompose ? Conv::kNames.compose
-                                               : Conv::kNames.frame;
+  const char16_t *name = NameOf(Conv::kNames, F);
   switch (rule.style) {
     case Style::kLogReturn:
       WriteRecord(log::kInvalid, Conv::kUnit, name, log::msg::kInvalidParams);
@@ -354,33 +322,38 @@ bool Check(int32_t width, int32_t height, const Opts &opts, const Images &...ima
   return false;
 }
 
-// Runs one form of a conversion on the C arguments of its slot. A conversion
-// with a walk of its own (the 4:2:0 ones) provides Walk(form, ...); the others
-// provide MakeRow(form, options...) and use the generic walkers.
-template <class Conv, Form F, class Tuple>
+// Runs one form of a conversion on the C arguments of its slot: the checks,
+// then Walk<form>(width, height, flip, images, options...), the images a tuple
+// in argument order. A conversion with a walk of its own (the 4:2:0 ones)
+// provides Walk; the others provide MakeRow(form, options...) and use the
+// generic walkers.
+template <class Conv, Form F, class Sig, class Tuple>
 void Run(const Tuple &args) {
-  constexpr size_t ND = Conv::Dst::kPlanes;
-  constexpr size_t NS = Conv::Src::kPlanes;
-  constexpr size_t kPlaneArgs = 2 * (F == Form::kSplit     ? 2 * ND + NS
-                                     : F == Form::kCompose ? ND + 2 * NS
-                                                           : ND + NS);
-  const int32_t width = std::get<kPlaneArgs>(args);
-  const int32_t height = std::get<kPlaneArgs + 1>(args);
-  const auto opts = Slice<kPlaneArgs + 2, std::tuple_size_v<Tuple> - 1>(args);
-  const uint8_t flip = std::get<std::tuple_size_v<Tuple> - 1>(args);
+  using Shape = SlotShape<Sig>;
+  static_assert(Shape::kFrameShaped);
+  constexpr size_t ND = F == Form::kSplit ? Shape::kDestinations / 2 : Shape::kDestinations;
+  constexpr size_t NS = F == Form::kCompose ? Shape::kSources / 2 : Shape::kSources;
+  static_assert(ND == Conv::Dst::kPlanes && NS == Conv::Src::kPlanes,
+                "the conversion's layouts are not its slot's planes");
+  const int32_t width = std::get<Shape::kWidth>(args);
+  const int32_t height = std::get<Shape::kHeight>(args);
+  const auto opts = Slice<Shape::kFirstOption, Shape::kFlip>(args);
+  const uint8_t flip = std::get<Shape::kFlip>(args);
 
   auto go = [&](const auto &...images) {
     if (!Check<Conv, F>(width, height, opts, images...)) return;
-    std::apply([&](auto... o) { Conv::template Walk<F>(width, height, flip, images..., o...); },
-               opts);
+    std::apply(
+        [&](auto... o) {
+          Conv::template Walk<F>(width, height, flip, std::make_tuple(images...), o...);
+        },
+        opts);
   };
   if constexpr (F == Form::kFrame) {
-    go(TakePlanes<0, ND>(args), TakePlanes<2 * ND, NS>(args));
+    go(TakePlanes<0, ND>(args), TakePlanes<ND, NS>(args));
   } else if constexpr (F == Form::kSplit) {
-    go(TakePlanes<0, ND>(args), TakePlanes<2 * ND, ND>(args), TakePlanes<4 * ND, NS>(args));
+    go(TakePlanes<0, ND>(args), TakePlanes<ND, ND>(args), TakePlanes<2 * ND, NS>(args));
   } else {
-    go(TakePlanes<0, ND>(args), TakePlanes<2 * ND, NS>(args),
-       TakePlanes<2 * ND + 2 * NS, NS>(args));
+    go(TakePlanes<0, ND>(args), TakePlanes<ND, NS>(args), TakePlanes<ND + NS, NS>(args));
   }
 }
 
@@ -389,21 +362,19 @@ void Run(const Tuple &args) {
 // that the driver refuses silently) means nothing is converted.
 template <class Conv, class Base = Defaults>
 struct Generic : Base {
-  template <Form F, class... Rest>
-  static void Walk(int32_t width, int32_t height, uint8_t flip, const Rest &...rest) {
-    constexpr size_t kImages = F == Form::kFrame ? 2 : 3;
-    const auto all = std::forward_as_tuple(rest...);
-    const auto opts = Slice<kImages, sizeof...(Rest)>(all);
-    const auto row = std::apply([](auto... o) { return Conv::MakeRow(F, o...); }, opts);
+  template <Form F, class Images, class... Opts>
+  static void Walk(int32_t width, int32_t height, uint8_t flip, const Images &images,
+                   Opts... opts) {
+    const auto row = Conv::MakeRow(F, opts...);
     if (!row) return;
-    const auto &a = std::get<0>(all);
-    const auto &b = std::get<1>(all);
+    const auto &a = std::get<0>(images);
+    const auto &b = std::get<1>(images);
     if constexpr (F == Form::kFrame) {
       WalkFrame<Conv>(a, b, width, height, flip, *row);
     } else if constexpr (F == Form::kSplit) {
-      WalkSplit<Conv>(a, b, std::get<2>(all), width, height, flip, *row);
+      WalkFields<Conv, F>(std::get<2>(images), a, b, width, height, flip, *row);
     } else {
-      WalkCompose<Conv>(a, b, std::get<2>(all), width, height, flip, *row);
+      WalkFields<Conv, F>(a, b, std::get<2>(images), width, height, flip, *row);
     }
   }
 };
@@ -418,7 +389,7 @@ struct Adapter<Conv, F, Ret (*)(A...)> {
     if constexpr (F == Form::kSingle) {
       return Conv::Single(args...);
     } else {
-      Run<Conv, F>(std::tuple<A...>(args...));
+      Run<Conv, F, Ret (*)(A...)>(std::tuple<A...>(args...));
       return Ret();
     }
   }
@@ -430,10 +401,7 @@ struct NotImplementedAdapter;
 template <const Names &kNames, Form F, class... A>
 struct NotImplementedAdapter<kNames, F, void (*)(A...)> {
   static void Call(A...) {
-    WriteRecord(log::kInvalid, log::unit::kVideoColor,
-                F == Form::kSplit     ? kNames.split
-                : F == Form::kCompose ? kNames.compose
-                                      : kNames.frame,
+    WriteRecord(log::kInvalid, log::unit::kVideoColor, NameOf(kNames, F),
                 log::msg::kNotImplemented);
   }
 };
@@ -460,20 +428,20 @@ SlotEntry NotImplementedEntry(M Table::*member) {
 // The three slots of a conversion triple, named after its base:
 // TQCS_TRIPLE(TCS_RGB24Table, RGB24_2_YUV16) stores TCS_RGB24_2_YUV16_Frame,
 // _Split and _Compose, all carried by the conversion struct RGB24_2_YUV16.
-#define TQCS_TRIPLE(Table, base)                                                               \
-  ::tqcs::drivers::Entry<base, ::tqcs::drivers::Form::kFrame>(&Table::TCS_##base##_Frame),     \
-      ::tqcs::drivers::Entry<base, ::tqcs::drivers::Form::kSplit>(&Table::TCS_##base##_Split), \
-      ::tqcs::drivers::Entry<base, ::tqcs::drivers::Form::kCompose>(&Table::TCS_##base##_Compose)
+#define TQCS_TRIPLE(Table, base)                                                      \
+  ::tqcs::drivers::Entry<base, ::tqcs::Form::kFrame>(&Table::TCS_##base##_Frame),     \
+      ::tqcs::drivers::Entry<base, ::tqcs::Form::kSplit>(&Table::TCS_##base##_Split), \
+      ::tqcs::drivers::Entry<base, ::tqcs::Form::kCompose>(&Table::TCS_##base##_Compose)
 
 #define TQCS_SINGLE(Table, name) \
-  ::tqcs::drivers::Entry<name, ::tqcs::drivers::Form::kSingle>(&Table::TCS_##name)
+  ::tqcs::drivers::Entry<name, ::tqcs::Form::kSingle>(&Table::TCS_##name)
 
-#define TQCS_NOT_IMPLEMENTED(Table, base)                                                  \
-  ::tqcs::drivers::NotImplementedEntry<base##_Names, ::tqcs::drivers::Form::kFrame>(       \
-      &Table::TCS_##base##_Frame),                                                         \
-      ::tqcs::drivers::NotImplementedEntry<base##_Names, ::tqcs::drivers::Form::kSplit>(   \
-          &Table::TCS_##base##_Split),                                                     \
-      ::tqcs::drivers::NotImplementedEntry<base##_Names, ::tqcs::drivers::Form::kCompose>( \
+#define TQCS_NOT_IMPLEMENTED(Table, base)                                         \
+  ::tqcs::drivers::NotImplementedEntry<base##_Names, ::tqcs::Form::kFrame>(       \
+      &Table::TCS_##base##_Frame),                                                \
+      ::tqcs::drivers::NotImplementedEntry<base##_Names, ::tqcs::Form::kSplit>(   \
+          &Table::TCS_##base##_Split),                                            \
+      ::tqcs::drivers::NotImplementedEntry<base##_Names, ::tqcs::Form::kCompose>( \
           &Table::TCS_##base##_Compose)
 
 #define TQCS_NAMES_OF(base)                                                        \

@@ -1,17 +1,12 @@
+// Each source-format unit's slot table, for the table fill at start-up.
 #pragma once
 
 #include <span>
 
-#include "core/api.hpp"
+#include "base/table_entries.hpp"
 
-namespace tqcs {
+namespace tqcs::drivers {
 
-// Stores every driver of sub-tables 0 to 7, the empty stub in the slots that
-// offer no operation.
-void FillDriverTables(StaticTables &tables);
-
-// Each source-format unit's slot table.
-namespace drivers {
 std::span<const SlotEntry> RGB32Drivers();
 std::span<const SlotEntry> RGB24Drivers();
 std::span<const SlotEntry> YUVADrivers();
@@ -19,6 +14,5 @@ std::span<const SlotEntry> YUV16Drivers();
 std::span<const SlotEntry> YUV422Drivers();
 std::span<const SlotEntry> YUV420Drivers();
 std::span<const SlotEntry> YUVDrivers();
-}  // namespace drivers
 
-}  // namespace tqcs
+}  // namespace tqcs::drivers

@@ -82,12 +82,10 @@ struct RGB24_2_YUV422 : Generic<RGB24_2_YUV422> {
 };
 
 // 12-14: to planar 4:2:0 through a working buffer.
-struct RGB24_2_YUV420 : RgbToYUV420<RGB24_2_YUV420, Packed<3>> {
+struct RGB24_2_YUV420 : RgbToYUV420<RGB24_2_YUV420> {
   TQCS_DRIVER_NAMES(RGB24_2_YUV420);
-  static void ConvertRow(uint8_t *y, uint8_t *u, uint8_t *v, const uint8_t *src, int32_t n,
-                         const RgbToYuvRows &r) {
-    Kernels().RGB24_2_YUV422_Row(y, u, v, src, n, r.y, r.u, r.v);
-  }
+  using Src = Packed<3>;
+  static constexpr auto kRow = &TCS_KernelTable::RGB24_2_YUV422_Row;
 };
 
 // 15-17: present in the table, not implemented.

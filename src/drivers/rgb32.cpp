@@ -2,9 +2,10 @@
 // triple, which logs and reports a failed allocation.
 #include <optional>
 
-#include "core/startup.hpp"
+#include "base/state.hpp"
 #include "drivers/driver_tables.hpp"
 #include "drivers/rgb_to_yuv420.hpp"
+#include "kernels/colorspace.hpp"
 
 namespace tqcs::drivers {
 namespace {
@@ -70,12 +71,10 @@ struct RGB32_2_YUV422 : Generic<RGB32_2_YUV422, SilentRGB32> {
 };
 
 // 12-14: to planar 4:2:0 through a working buffer.
-struct RGB32_2_YUV420 : RgbToYUV420<RGB32_2_YUV420, Packed<4>> {
+struct RGB32_2_YUV420 : RgbToYUV420<RGB32_2_YUV420> {
   TQCS_DRIVER_NAMES(RGB32_2_YUV420);
-  static void ConvertRow(uint8_t *y, uint8_t *u, uint8_t *v, const uint8_t *src, int32_t n,
-                         const RgbToYuvRows &r) {
-    Kernels().RGB32_2_YUV422_Row(y, u, v, src, n, r.y, r.u, r.v);
-  }
+  using Src = Packed<4>;
+  static constexpr auto kRow = &TCS_KernelTable::RGB32_2_YUV422_Row;
 };
 
 // 18-20: to grey through the kernel object chosen at start-up; flip on the

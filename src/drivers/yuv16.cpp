@@ -2,8 +2,9 @@
 // names the source order: zero YUYV, non-zero UYVY.
 #include <optional>
 
+#include "drivers/driver_kit.hpp"
 #include "drivers/driver_tables.hpp"
-#include "drivers/yuv420_walks.hpp"
+#include "frame/yuv420_rows.hpp"
 
 namespace tqcs::drivers {
 namespace {
@@ -112,20 +113,20 @@ struct YUV16_2_YUV420 : Defaults {
   using Src = PackedYUV16;
   static constexpr Rule RuleFor(Form) { return {Style::kLogReturn, true, true, 1, 2}; }
 
-  template <Form F, class... Rest>
-  static void Walk(int32_t width, int32_t height, uint8_t flip, const Rest &...rest) {
-    const auto all = std::forward_as_tuple(rest...);
-    const uint8_t packing = std::get<sizeof...(Rest) - 1>(all);
+  template <Form F, class Images>
+  static void Walk(int32_t width, int32_t height, uint8_t flip, const Images &images,
+                   uint8_t packing) {
     const auto kernel =
         packing ? &TCS_KernelTable::UYVY_2_YUV420_UV_Row : &TCS_KernelTable::YUYV_2_YUV420_UV_Row;
     auto image = [&](const Planes<3> &dst, const auto &src, int32_t rows) {
-      ForEachChromaPair(rows, [&](int64_t a, int64_t b, int64_t c) {
-        uint8_t *lumaA = dst[0].Row(a);
-        (Kernels().*kernel)(lumaA, Distance(lumaA, dst[0].Row(b)), dst[1].Row(c), dst[2].Row(c),
-                            src(0, a), Distance(src(0, a), src(0, b)), width);
+      frame::ForEachMergePair(rows, true, [&](const frame::MergePair &m) {
+        uint8_t *lumaA = dst[0].Row(m.a);
+        (Kernels().*kernel)(lumaA, frame::Distance(lumaA, dst[0].Row(m.b)), dst[1].Row(m.chroma),
+                            dst[2].Row(m.chroma), src(0, m.a),
+                            frame::Distance(src(0, m.a), src(0, m.b)), width);
       });
     };
-    WalkTo420<F>(all, height, flip, image);
+    frame::WalkTo420<F>(images, height, flip, image);
   }
 };
 

@@ -5,11 +5,14 @@
 // rows for any height.
 #include <optional>
 
+#include "drivers/driver_kit.hpp"
 #include "drivers/driver_tables.hpp"
-#include "drivers/yuv420_walks.hpp"
+#include "frame/yuv420_rows.hpp"
 
 namespace tqcs::drivers {
 namespace {
+
+using frame::Upsample;
 
 const uint16_t *Samples(const uint8_t *p) { return reinterpret_cast<const uint16_t *>(p); }
 
@@ -24,51 +27,35 @@ struct FromYUV420 : Defaults {
   // One upsampling step of the 8-bit source into the working rows.
   static void WidenChroma(Upsample kind, const ChromaScratch &s, const uint8_t *u, int64_t pu,
                           const uint8_t *v, int64_t pv, int32_t half) {
-    (Kernels().*UpsampleKernel(kind))(s.ua(), half, s.va(), half, u, pu, v, pv, half);
+    (Kernels().*frame::UpsampleKernel(kind))(s.ua(), half, s.va(), half, u, pu, v, pv, half);
   }
 
-  template <Form F, class... Rest>
-  static void Walk(int32_t width, int32_t height, uint8_t flip, const Rest &...rest) {
-    const auto all = std::forward_as_tuple(rest...);
-    constexpr size_t kImages = F == Form::kFrame ? 2 : 3;
-    const auto made = std::apply([](auto... o) { return Self::MakeRow(F, o...); },
-                                 Slice<kImages, sizeof...(Rest)>(all));
+  template <Form F, class Images, class... Opts>
+  static void Walk(int32_t width, int32_t height, uint8_t flip, const Images &images,
+                   Opts... opts) {
+    const auto made = Self::MakeRow(F, opts...);
     if (!made) return;
-    const auto &row = *made;
     uint8_t *memory = ScratchOrRecord<Self>(F, Self::ScratchBytes(width), Self::kScratchFailure);
     if (!memory) return;
     const ChromaScratch s{memory, width};
-    if constexpr (F == Form::kFrame) {
-      auto dst = std::get<0>(all);
-      if (flip) TurnUpsideDown(dst, height);
-      Convert(FrameView{dst}, FrameView{std::get<1>(all)}, width, height, s, row);
-    } else if constexpr (F == Form::kSplit) {
-      auto src = std::get<2>(all);
-      if (flip) TurnUpsideDown420(src, height);
-      Convert(FieldsView{std::get<0>(all), std::get<1>(all)}, FrameView{src}, width, height, s,
-              row);
-    } else {
-      auto dst = std::get<0>(all);
-      if (flip) TurnUpsideDown(dst, height);
-      Convert(FrameView{dst}, FieldsView{std::get<1>(all), std::get<2>(all)}, width, height, s,
-              row);
-    }
+    frame::WalkFrom420<F>(images, height, flip, [&](const auto &dst, const auto &src) {
+      Convert(dst, src, width, height, s, *made);
+    });
     FreeScratch(memory);
   }
 
  private:
-  // Each upsampling call fills two working rows of U and of V; the two luma
+  // Each widening step fills two working rows of U and of V; the two luma
   // rows that use them follow. With bit 1 of the height set, two more rows are
-  // converted with the working rows as the last call left them.
+  // converted with the working rows as the last step left them.
   template <class DstView, class SrcView, class Row>
   static void Convert(const DstView &dst, const SrcView &src, int32_t width, int32_t height,
                       const ChromaScratch &s, const Row &row) {
     const int32_t half = width / 2;
-    const int64_t rest = ForEachUpsampleStep(height, [&](const UpsampleStep &st) {
+    const int64_t rest = frame::ForEachWidenStep(height, true, [&](const frame::WidenStep &st) {
       const uint8_t *u = src(1, st.chroma), *v = src(2, st.chroma);
-      const int64_t other = st.chroma + 2 * st.dir;
-      Self::WidenChroma(st.kind, s, u, Distance(u, src(1, other)), v, Distance(v, src(2, other)),
-                        half);
+      Self::WidenChroma(st.kind, s, u, frame::Distance(u, src(1, st.other)), v,
+                        frame::Distance(v, src(2, st.other)), half);
       row(dst(0, st.out1), src(0, st.out1), s.ua(), s.va(), width, s);
       row(dst(0, st.out2), src(0, st.out2), s.ub(), s.vb(), width, s);
     });
@@ -168,44 +155,22 @@ struct YUV420_2_YUV422_UV : Defaults {
   using Src = ChromaPlanes;
   static constexpr Rule RuleFor(Form) { return {Style::kLogReturn, true, true, 2, 8}; }
 
-  template <Form F, class... Rest>
-  static void Walk(int32_t width, int32_t height, uint8_t flip, const Rest &...rest) {
-    const auto all = std::forward_as_tuple(rest...);
-    if constexpr (F == Form::kFrame) {
-      auto dst = std::get<0>(all);
-      if (flip) TurnUpsideDown(dst, height);
-      Convert(FrameView{dst}, FrameView{std::get<1>(all)}, width, height);
-    } else if constexpr (F == Form::kSplit) {
-      auto src = std::get<2>(all);
-      if (flip) TurnUpsideDown420(src, height);
-      Convert(FieldsView{std::get<0>(all), std::get<1>(all)}, FrameView{src}, width, height);
-    } else {
-      auto dst = std::get<0>(all);
-      if (flip) TurnUpsideDown(dst, height);
-      Convert(FrameView{dst}, FieldsView{std::get<1>(all), std::get<2>(all)}, width, height);
-    }
-  }
-
- private:
-  template <class DstView, class SrcView>
-  static void Convert(const DstView &dst, const SrcView &src, int32_t width, int32_t height) {
-    const int32_t half = width / 2;
-    UpsampleStep last{};
-    const int64_t rest = ForEachUpsampleStep(height, [&](const UpsampleStep &st) {
-      const int64_t other = st.chroma + 2 * st.dir;
-      (Kernels().*UpsampleKernel(st.kind))(
-          dst(0, st.out1), Distance(dst(0, st.out1), dst(0, st.out2)), dst(1, st.out1),
-          Distance(dst(1, st.out1), dst(1, st.out2)), src(0, st.chroma),
-          Distance(src(0, st.chroma), src(0, other)), src(1, st.chroma),
-          Distance(src(1, st.chroma), src(1, other)), half);
-      last = st;
-    });
-    if (height & 2) {
-      for (size_t plane = 0; plane < 2; ++plane) {
-        g_pMemProcRoot->pMem->TMP_MemCopy(dst(plane, rest), dst(plane, last.out1), half);
-        g_pMemProcRoot->pMem->TMP_MemCopy(dst(plane, rest + 1), dst(plane, last.out2), half);
+  template <Form F, class Images>
+  static void Walk(int32_t width, int32_t height, uint8_t flip, const Images &images) {
+    frame::WalkFrom420<F>(images, height, flip, [&](const auto &dst, const auto &src) {
+      const int32_t half = width / 2;
+      frame::WidenStep last{};
+      const int64_t rest = frame::ForEachWidenStep(height, true, [&](const frame::WidenStep &st) {
+        frame::Widen(Kernels().*frame::UpsampleKernel(st.kind), st, dst, 0, src, 0, half);
+        last = st;
+      });
+      if (height & 2) {
+        for (size_t plane = 0; plane < 2; ++plane) {
+          g_pMemProcRoot->pMem->TMP_MemCopy(dst(plane, rest), dst(plane, last.out1), half);
+          g_pMemProcRoot->pMem->TMP_MemCopy(dst(plane, rest + 1), dst(plane, last.out2), half);
+        }
       }
-    }
+    });
   }
 };
 
@@ -220,7 +185,7 @@ struct YUV420_10Bit_2_YUV420_Frame {
     const Planes<3> src{Plane{Bytes(srcY), srcYPitch}, Plane{Bytes(srcU), srcUPitch},
                         Plane{Bytes(srcV), srcVPitch}};
     if (!AllPresent(dst, true) || !AllPresent(src, true) || width < 1 || height < 1) return;
-    if (flip) TurnUpsideDown420(dst, height);
+    if (flip) frame::TurnUpsideDown420(dst, height);
     for (int32_t y = 0; y < height; ++y) {
       Kernels().Y10Bit_2_Y8_Row(dst[0].Row(y), Samples(src[0].Row(y)), width);
       if (!(y & 1)) continue;
@@ -245,26 +210,12 @@ struct YUV420_2_YUV422_UV_Field {
                   log::msg::kInvalidParams);
       return;
     }
-    if (flip) TurnUpsideDown(dst, height);
+    if (flip) frame::TurnUpsideDown(dst, height);
     const int64_t rows = height >> 1;
     for (int64_t c = 0; c < rows; ++c) {
-      Upsample kind = Upsample::kInterior;
-      int64_t step = secondField ? -1 : 1;
-      if (rows == 1) {
-        kind = secondField ? Upsample::kLast : Upsample::kFirst;  // one row: repeated
-        step = 0;
-      } else if (c == 0) {
-        kind = secondField ? Upsample::kLast : Upsample::kFirst;
-        step = 1;
-      } else if (c == rows - 1) {
-        kind = secondField ? Upsample::kFirst : Upsample::kLast;
-        step = -1;
-      }
-      const int64_t out1 = step < 0 ? 2 * c + 1 : 2 * c, out2 = step < 0 ? 2 * c : 2 * c + 1;
-      (Kernels().*UpsampleKernel(kind))(dst[0].Row(out1), (out2 - out1) * dst[0].pitch,
-                                        dst[1].Row(out1), (out2 - out1) * dst[1].pitch,
-                                        src[0].Row(c), step * src[0].pitch, src[1].Row(c),
-                                        step * src[1].pitch, width / 2);
+      const frame::WidenStep st = frame::FieldWidenStep(c, rows, secondField);
+      frame::Widen(Kernels().*frame::UpsampleKernel(st.kind), st, frame::FrameView{dst}, 0,
+                   frame::FrameView{src}, 0, width / 2);
     }
   }
 };

@@ -2,8 +2,9 @@
 // chroma planes of width / 2 samples, one chroma row per luma row.
 #include <optional>
 
+#include "drivers/driver_kit.hpp"
 #include "drivers/driver_tables.hpp"
-#include "drivers/yuv420_walks.hpp"
+#include "frame/yuv420_rows.hpp"
 
 namespace tqcs::drivers {
 namespace {
@@ -94,17 +95,15 @@ struct YUV422_2_YUV420_UV : Defaults {
   static constexpr Rule RuleFor(Form f) {
     return {f == Form::kCompose ? Style::kSilent : Style::kLogReturn, true, true, 2, 2};
   }
-  template <Form F, class... Rest>
-  static void Walk(int32_t width, int32_t height, uint8_t flip, const Rest &...rest) {
-    const int32_t half = width / 2;
+  template <Form F, class Images>
+  static void Walk(int32_t width, int32_t height, uint8_t flip, const Images &images) {
     auto image = [&](const Planes<2> &dst, const auto &src, int32_t rows) {
-      ForEachChromaPair(rows, [&](int64_t a, int64_t b, int64_t c) {
-        Kernels().YUV422_2_YUV420_UV_Row(dst[0].Row(c), dst[1].Row(c), src(0, a),
-                                         Distance(src(0, a), src(0, b)), src(1, a),
-                                         Distance(src(1, a), src(1, b)), half);
+      frame::ForEachMergePair(rows, true, [&](const frame::MergePair &m) {
+        frame::Merge(Kernels().YUV422_2_YUV420_UV_Row, m, frame::FrameView{dst}, 0, src, 0,
+                     width / 2);
       });
     };
-    WalkTo420<F>(std::forward_as_tuple(rest...), height, flip, image);
+    frame::WalkTo420<F>(images, height, flip, image);
   }
 };
 
@@ -119,7 +118,7 @@ struct YUV422_10Bit_2_YUV422_Frame {
     Planes<3> dst{Plane{dstY, dstYPitch}, Plane{dstU, dstUPitch}, Plane{dstV, dstVPitch}};
     const Planes<3> src{Plane{Bytes(srcY), srcYPitch}, Plane{Bytes(srcU), srcUPitch},
                         Plane{Bytes(srcV), srcVPitch}};
-    if (flip) TurnUpsideDown(dst, height);
+    if (flip) frame::TurnUpsideDown(dst, height);
     for (int32_t y = 0; y < height; ++y)
       for (int i = 0; i < 3; ++i)
         Kernels().Y10Bit_2_Y8_Row(dst[i].Row(y), reinterpret_cast<const uint16_t *>(src[i].Row(y)),
@@ -138,15 +137,11 @@ struct YUV422_2_YUV420_UV_Field {
         srcVPitch <= 0 || width < 2 || height < 2)
       return;
     Planes<2> dst{Plane{dstU, dstUPitch}, Plane{dstV, dstVPitch}};
-    if (flip) TurnUpsideDown(dst, height >> 1);
+    if (flip) frame::TurnUpsideDown(dst, height >> 1);
     const Planes<2> src{Plane{Bytes(srcU), srcUPitch}, Plane{Bytes(srcV), srcVPitch}};
-    const int64_t lower = secondField ? 1 : 0;
-    for (int64_t c = 0; c < (height >> 1); ++c) {
-      const int64_t a = 2 * c + lower, b = 2 * c + 1 - lower;
-      Kernels().YUV422_2_YUV420_UV_Row(dst[0].Row(c), dst[1].Row(c), src[0].Row(a),
-                                       (b - a) * srcUPitch, src[1].Row(a), (b - a) * srcVPitch,
-                                       width / 2);
-    }
+    for (int64_t c = 0; c < (height >> 1); ++c)
+      frame::Merge(Kernels().YUV422_2_YUV420_UV_Row, frame::FieldMergePair(c, secondField),
+                   frame::FrameView{dst}, 0, frame::FrameView{src}, 0, width / 2);
   }
 };
 

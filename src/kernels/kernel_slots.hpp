@@ -17,9 +17,9 @@ enum class K : int32_t {
 
 #define TQCS_KERNEL_DECLARE(n, name, ret, params) ret name params;
 
-// The reference tier. Every slot has a portable routine, including the fixed
-// slots (0 to 2, the whole-plane routines 133 to 136, and slot 9, whose table
-// entry nevertheless comes from TQMemProc).
+// The reference tier. Every row slot has a portable routine, including the
+// fixed slots (0 to 2, and slot 9, whose table entry nevertheless comes from
+// TQMemProc); the whole-plane routines 133 to 136 are frame operations.
 namespace portable {
 TCS_KERNEL_SLOTS(TQCS_KERNEL_DECLARE)
 }

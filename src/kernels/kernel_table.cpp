@@ -46,18 +46,4 @@ void FillFixedKernelSlots(TCS_KernelTable &table) {
   FillNullSlots(table, fixed);
 }
 
-void FillWholePlaneKernelSlots(TCS_KernelTable &table) {
-  const SlotEntry wholePlane[] = {
-      {static_cast<int32_t>(K::YUV420_2_YUV422_UV_Frame),
-       Erase(&portable::YUV420_2_YUV422_UV_Frame)},
-      {static_cast<int32_t>(K::YUV420_16_2_YUV422_16_UV_Frame),
-       Erase(&portable::YUV420_16_2_YUV422_16_UV_Frame)},
-      {static_cast<int32_t>(K::YUV422_2_YUV420_UV_Frame),
-       Erase(&portable::YUV422_2_YUV420_UV_Frame)},
-      {static_cast<int32_t>(K::YUV422_16_2_YUV420_16_UV_Frame),
-       Erase(&portable::YUV422_16_2_YUV420_16_UV_Frame)},
-  };
-  FillNullSlots(table, wholePlane);
-}
-
 }  // namespace tqcs

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <span>
 
-#include "core/api.hpp"
+#include "base/table_entries.hpp"
 
 namespace tqcs {
 
@@ -28,12 +28,10 @@ void FillTier(Tier tier, TCS_KernelTable &table);
 // 10-132 and 137-160); tests build one table per level in one process.
 void FillKernelTable(uint32_t level, TCS_KernelTable &table);
 
-// The single-implementation slots: 0 to 2, 133 to 136, and slot 9 copied from
-// TQMemProc's sub-table 6 slot 11.
+// The single-implementation row slots: 0 to 2, and slot 9 copied from
+// TQMemProc's sub-table 6 slot 11. (Slots 133 to 136, the whole-plane chroma
+// routines, are frame operations; start-up stores them with the drivers.)
 void FillFixedKernelSlots(TCS_KernelTable &table);
-
-// The whole-plane chroma routines, slots 133 to 136, stored with the drivers.
-void FillWholePlaneKernelSlots(TCS_KernelTable &table);
 
 // True for the 153 slots that have tiered implementations.
 constexpr bool IsTieredSlot(int32_t slot) {

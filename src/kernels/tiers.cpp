@@ -46,12 +46,13 @@ List Listed(std::initializer_list<SlotEntry> entries) {
 }
 
 List PortableList() {
-#define TQCS_PORTABLE_ENTRY(n, name, ret, params) TQCS_SLOT(portable, name),
-  const SlotEntry all[] = {TCS_KERNEL_SLOTS(TQCS_PORTABLE_ENTRY)};
-#undef TQCS_PORTABLE_ENTRY
+  // Only the tiered slots: the fixed ones are filled apart, and the
+  // whole-plane routines (133 to 136) have no portable row routine.
   List list;
-  for (const SlotEntry &e : all)
-    if (IsTieredSlot(e.slot)) list.Add(e);
+#define TQCS_PORTABLE_ENTRY(n, name, ret, params) \
+  if constexpr (IsTieredSlot(n)) list.Add(TQCS_SLOT(portable, name));
+  TCS_KERNEL_SLOTS(TQCS_PORTABLE_ENTRY)
+#undef TQCS_PORTABLE_ENTRY
   // Slot 144's portable entry is the routine of slot 124.
   for (size_t i = 0; i < list.size; ++i)
     if (list.entries[i].slot == static_cast<int32_t>(K::Int32_2_Int16_Deinterleave_Row))

@@ -9,14 +9,13 @@
 #include <type_traits>
 #include <utility>
 
-#include "core/log.hpp"
-#include "core/startup.hpp"
+#include "base/log.hpp"
+#include "base/slot_shape.hpp"
+#include "base/state.hpp"
 #include "video/general.hpp"
 
 namespace tqcs::video {
 namespace {
-
-using drivers::Form;
 
 // ---------------------------------------------------------------------------
 // Format codes 0 to 10.
@@ -157,69 +156,21 @@ struct DriverCall {
 };
 using Forwarder = void (*)(const DriverCall &);
 
-// The number of leading (pointer, 64-bit pitch) pairs of a parameter list.
-template <class... P>
-constexpr size_t PlanePairs() {
-  constexpr size_t n = sizeof...(P);
-  constexpr bool pointer[] = {std::is_pointer_v<P>..., false};
-  constexpr bool pitch[] = {std::is_same_v<P, int64_t>..., false};
-  size_t pairs = 0;
-  while (2 * pairs + 1 < n && pointer[2 * pairs] && pitch[2 * pairs + 1]) ++pairs;
-  return pairs;
-}
-
-// The shapes a route can reach: planes, width, height, integer options, flip;
-// or no parameters at all (the empty stub).
-template <class... P>
-constexpr bool Routable() {
-  constexpr size_t n = sizeof...(P);
-  if (n == 0) return true;
-  constexpr size_t pairs = PlanePairs<P...>();
-  constexpr bool is32[] = {std::is_same_v<P, int32_t>..., false};
-  constexpr bool integral[] = {std::is_integral_v<P>..., false};
-  constexpr bool byte[] = {std::is_same_v<P, uint8_t>..., false};
-  if (pairs == 0 || n < 2 * pairs + 3 || !is32[2 * pairs] || !is32[2 * pairs + 1] || !byte[n - 1])
-    return false;
-  for (size_t i = 2 * pairs + 2; i < n; ++i)
-    if (!integral[i]) return false;
-  return true;
-}
-
-template <size_t I, size_t kPairs, size_t N, class T>
-T Argument(const DriverCall &c) {
-  if constexpr (I < 2 * kPairs && I % 2 == 0) {
-    return reinterpret_cast<T>(c.planes[I / 2].p);
-  } else if constexpr (I < 2 * kPairs) {
-    return c.planes[I / 2].pitch;
-  } else if constexpr (I == 2 * kPairs) {
-    return c.width;
-  } else if constexpr (I == 2 * kPairs + 1) {
-    return c.height;
-  } else if constexpr (I == N - 1) {
-    return c.flip;
-  } else {
-    return static_cast<T>(c.extras[I - 2 * kPairs - 2]);
-  }
-}
+// A forwarded call's arguments, by role (see SlotShape).
+struct FromCall {
+  const DriverCall &c;
+  uint8_t *Pointer(size_t plane) const { return c.planes[plane].p; }
+  int64_t Pitch(size_t plane) const { return c.planes[plane].pitch; }
+  int32_t Width() const { return c.width; }
+  int32_t Height() const { return c.height; }
+  int32_t Option(size_t index) const { return c.extras[index]; }
+  uint8_t Flip() const { return c.flip; }
+};
 
 template <class R, class... P>
 void Invoke(R (*fn)(P...), const DriverCall &c) {
-  if constexpr (sizeof...(P) == 0) {
-    fn();  // the empty stub takes nothing and does nothing
-  } else {
-    constexpr size_t kPairs = PlanePairs<P...>();
-    constexpr size_t kCount = sizeof...(P);
-    [&]<size_t... I>(std::index_sequence<I...>) { fn(Argument<I, kPairs, kCount, P>(c)...); }
-    (std::make_index_sequence<kCount>{});
-  }
+  SlotShape<R (*)(P...)>::Call(fn, FromCall{c});  // the empty stub takes nothing
 }
-
-template <class M>
-struct SlotType;
-template <class Table, class F>
-struct SlotType<F Table::*> {
-  using Type = F;
-};
 
 // What a route may do with one slot: call it through `forward`, handing on
 // `planes` planes and `extras` options; no forwarder for a shape no route
@@ -236,19 +187,20 @@ void Forward(const DriverCall &c) {
   Invoke((g_pColorSpaceAPI->*kRoot)->*kMember, c);
 }
 
-template <auto kRoot, auto kMember, class R, class... P>
-constexpr Slot SlotOf(R (*)(P...)) {
-  if constexpr (Routable<P...>()) {
-    constexpr int pairs = static_cast<int>(PlanePairs<P...>());
-    constexpr int extras = sizeof...(P) ? static_cast<int>(sizeof...(P)) - 2 * pairs - 3 : 0;
-    return {&Forward<kRoot, kMember>, true, pairs, extras};
+// The shapes a route can reach: frame-shaped slots, and the empty stub's,
+// which takes no parameters at all.
+template <auto kRoot, auto kMember>
+constexpr Slot SlotOf() {
+  using Shape = MemberShape<decltype(kMember)>;
+  if constexpr (Shape::kFrameShaped || Shape::kParams == 0) {
+    return {&Forward<kRoot, kMember>, true, static_cast<int>(Shape::kPlanes),
+            static_cast<int>(Shape::kOptions)};
   } else {
     return {};
   }
 }
 
-#define TQCS_SLOT(n, name, ret, params) \
-  SlotOf<kRoot, &Table::name>(typename SlotType<decltype(&Table::name)>::Type{}),
+#define TQCS_SLOT(n, name, ret, params) SlotOf<kRoot, &Table::name>(),
 #define TQCS_SLOTS_OF(ns, TableType, member, SLOTS) \
   namespace ns {                                    \
   using Table = TableType;                          \

@@ -2,8 +2,9 @@
 // width x bytes-per-pixel bytes copied between a frame and its two fields with
 // TQMemProc's byte copy. They serve every packed format and every single plane
 // of a planar one.
-#include "core/log.hpp"
-#include "core/startup.hpp"
+#include "base/log.hpp"
+#include "base/state.hpp"
+#include "frame/views.hpp"
 #include "video/general.hpp"
 
 namespace tqcs::video {
@@ -20,33 +21,24 @@ bool StartFits(int64_t pitch, int32_t height, uint8_t flip) {
   return !flip || Mul32(pitch, height - 1) == pitch * (height - 1);
 }
 
-// The flip of these two: the frame side starts at its last row, the offset a
-// 32-bit product (frames whose last-row offset passes the signed 32-bit range
-// are not supported), and walks up.
+// The frame side, started at its last row under flip. StartFits has refused
+// the frames whose last-row offset passes the signed 32-bit range.
 Plane FrameSide(const uint8_t *p, int64_t pitch, int32_t height, uint8_t flip) {
-  if (!flip) return {Bytes(p), pitch};
-  return {Offset(Bytes(p), Mul32(pitch, height - 1)), -pitch};
+  const Plane plane{Bytes(p), pitch};
+  return flip ? frame::UpsideDown(plane, height) : plane;
 }
 
-// The shared walk: row pair i joins frame rows 2i and 2i + 1 with row i of
-// each field; an odd last frame row takes part in nothing.
-template <bool kSplit>
-void Interleave(Plane frame, Plane top, Plane bottom, int32_t width, int32_t height,
+// Row pair i joins frame rows 2i and 2i + 1 with row i of each field; an odd
+// last frame row takes part in nothing.
+template <Form F>
+void Interleave(Plane whole, Plane top, Plane bottom, int32_t width, int32_t height,
                 int32_t bytesPerPixel) {
   const int64_t length = Mul32(width, bytesPerPixel);
-  auto copy = [&](int64_t frameRow, const Plane &field, int64_t fieldRow) {
-    uint8_t *f = frame.Row(frameRow);
-    uint8_t *g = field.Row(fieldRow);
-    if (kSplit)
-      g_pMemProcRoot->pMem->TMP_MemCopy(g, f, length);
-    else
-      g_pMemProcRoot->pMem->TMP_MemCopy(f, g, length);
-  };
-  const int32_t pairs = height >> 1;
-  for (int32_t i = 0; i < pairs; ++i) {
-    copy(2 * int64_t{i}, top, i);
-    copy(2 * int64_t{i} + 1, bottom, i);
-  }
+  frame::WalkFields<F>(Planes<1>{whole}, Planes<1>{top}, Planes<1>{bottom},
+                       frame::FieldWalkRows(height, false),
+                       [&](uint8_t *const *d, uint8_t *const *s) {
+                         g_pMemProcRoot->pMem->TMP_MemCopy(d[0], s[0], length);
+                       });
 }
 
 }  // namespace
@@ -61,8 +53,8 @@ uint64_t TCS_SplitFrame(uint8_t *field1, int64_t field1Pitch, uint8_t *field2, i
     log::Write(log::kInvalid, kSplitSite, log::msg::kInvalidParams);
     return 0;
   }
-  Interleave<true>(FrameSide(src, srcPitch, height, flip), {field1, field1Pitch},
-                   {field2, field2Pitch}, width, height, bytesPerPixel);
+  Interleave<Form::kSplit>(FrameSide(src, srcPitch, height, flip), {field1, field1Pitch},
+                           {field2, field2Pitch}, width, height, bytesPerPixel);
   return 1;
 }
 
@@ -74,8 +66,8 @@ uint64_t TCS_ComposeFields(uint8_t *dst, int64_t dstPitch, const uint8_t *field1
     log::Write(log::kInvalid, kComposeSite, log::msg::kInvalidParams);
     return 0;
   }
-  Interleave<false>(FrameSide(dst, dstPitch, height, flip), {Bytes(field1), field1Pitch},
-                    {Bytes(field2), field2Pitch}, width, height, bytesPerPixel);
+  Interleave<Form::kCompose>(FrameSide(dst, dstPitch, height, flip), {Bytes(field1), field1Pitch},
+                             {Bytes(field2), field2Pitch}, width, height, bytesPerPixel);
   return 1;
 }
 

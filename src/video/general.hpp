@@ -9,8 +9,8 @@
 #include <cstdint>
 #include <span>
 
-#include "core/api.hpp"
-#include "drivers/driver_kit.hpp"
+#include "base/plane.hpp"
+#include "base/table_entries.hpp"
 
 namespace tqcs::video {
 
@@ -22,10 +22,6 @@ TCS_GENERAL_SLOTS(TQCS_VIDEO_DECLARE)
 
 // The 19 entries of sub-table 0, for the table fill at start-up.
 std::span<const SlotEntry> GeneralOperations();
-
-// A plane: row 0 and a signed byte pitch; Row(y) forms its address as an
-// integer, so a flipped or refused call never does arithmetic on a null base.
-using drivers::Plane;
 
 // A byte offset from a pointer, formed as an integer.
 inline uint8_t *Offset(uint8_t *p, int64_t bytes) {
@@ -39,14 +35,5 @@ inline uint8_t *Offset(uint8_t *p, int64_t bytes) {
 inline int32_t Mul32(int64_t a, int64_t b) {
   return static_cast<int32_t>(static_cast<uint32_t>(a) * static_cast<uint32_t>(b));
 }
-
-// Starts a plane at its last row and negates its pitch: the flip of every
-// operation here. The offset is a 64-bit product.
-inline Plane UpsideDown(Plane pl, int32_t height) {
-  return {pl.Row(int64_t{height} - 1), -pl.pitch};
-}
-
-// Byte pointers of the C arguments: sources are never written.
-inline uint8_t *Bytes(const uint8_t *p) { return const_cast<uint8_t *>(p); }
 
 }  // namespace tqcs::video

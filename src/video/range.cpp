@@ -1,7 +1,8 @@
 // Full-range / video-range scaling of 8-bit samples (slots 14 and 15), format
 // kept. Both share one body: the pixel format code picks per-byte coefficient
 // tables, TQMemProc does the arithmetic.
-#include "core/startup.hpp"
+#include "base/state.hpp"
+#include "frame/views.hpp"
 #include "video/general.hpp"
 
 namespace tqcs::video {
@@ -78,16 +79,14 @@ void Scale(bool expand, uint8_t *dst, int64_t dstPitch, const uint8_t *src, int6
       return;
     case Way::kBytes24: {
       Plane out{dst, dstPitch};
-      if (flip) out = UpsideDown(out, height);
+      if (flip) out = frame::UpsideDown(out, height);
       const int32_t rowBytes = Mul32(3, width);
-      if (out.pitch == srcPitch && srcPitch == rowBytes && drivers::FitsOneCall(width, height, 3)) {
-        // One run over the whole frame.
-        pixel.TMP_Scale_Run(out.p, src, gain[0], offset[0], height * rowBytes);
-        return;
-      }
-      const Plane in{Bytes(src), srcPitch};
-      for (int32_t y = 0; y < height; ++y)
-        pixel.TMP_Scale_Run(out.Row(y), in.Row(y), gain[0], offset[0], rowBytes);
+      const bool contiguous = out.pitch == srcPitch && srcPitch == rowBytes;
+      frame::WalkFrame(Planes<1>{out}, Planes<1>{Plane{Bytes(src), srcPitch}}, rowBytes, height,
+                       contiguous && frame::FitsOneCall(width, height, 3),
+                       [&](uint8_t *const *d, uint8_t *const *s, int32_t n) {
+                         pixel.TMP_Scale_Run(d[0], s[0], gain[0], offset[0], n);
+                       });
       return;
     }
     case Way::kNone:

@@ -3,14 +3,13 @@
 // byte, 4-byte pixels narrowed to 3, the last two optionally exchanging the
 // first and third byte. The pixel work is done by kernel slots 7 to 10 and by
 // TQMemProc's channel extraction; these functions only walk rows.
-#include "core/log.hpp"
-#include "core/startup.hpp"
+#include "base/log.hpp"
+#include "base/state.hpp"
+#include "frame/views.hpp"
 #include "video/general.hpp"
 
 namespace tqcs::video {
 namespace {
-
-using drivers::Form;
 
 bool Present(const Plane &pl) { return pl.p && pl.pitch > 0; }
 
@@ -45,43 +44,30 @@ void RepackFrame(const char16_t *function, Plane dst, int32_t dstBytes, Plane sr
                  const Row &row) {
   if (!Present(dst) || !Present(src) || width <= 0 || height <= 0) return Refuse(function);
   Plane &turned = flipDestination ? dst : src;
-  if (flip) turned = UpsideDown(turned, height);
-  if (dst.pitch == int64_t{dstBytes} * width && src.pitch == int64_t{srcBytes} * width &&
-      drivers::FitsOneCall(width, height)) {
-    // One call for the whole frame.
-    row(dst.p, src.p, width * height);
-    return;
-  }
-  for (int32_t y = 0; y < height; ++y) row(dst.Row(y), src.Row(y), width);
+  if (flip) turned = frame::UpsideDown(turned, height);
+  const bool contiguous =
+      dst.pitch == int64_t{dstBytes} * width && src.pitch == int64_t{srcBytes} * width;
+  frame::WalkFrame(Planes<1>{dst}, Planes<1>{src}, width, height,
+                   contiguous && frame::FitsOneCall(width, height),
+                   [&](uint8_t *const *d, uint8_t *const *s, int32_t n) { row(d[0], s[0], n); });
 }
 
-// The one field walker of all six field forms. Frame row 2i goes with row i
-// of field 1 and frame row 2i + 1 with row i of field 2; the frame side is the
-// one the flip turns. An odd last frame row goes with row height / 2 of
-// field 1; a split then copies that converted row into field 2, so both fields
-// hold (height + 1) / 2 rows (unlike TCS_SplitFrame, which drops it).
+// The six field forms: the frame (the side the flip turns) walked against the
+// fields, an odd last frame row with row height / 2 of field 1; a split then
+// copies that converted row into field 2, so both fields hold
+// (height + 1) / 2 rows (unlike TCS_SplitFrame, which drops it).
 template <Form F, class Row>
-void RepackFields(const char16_t *function, Plane frame, Plane field1, Plane field2,
+void RepackFields(const char16_t *function, Plane whole, Plane field1, Plane field2,
                   int32_t dstBytes, int32_t width, int32_t height, bool optionsPass, uint8_t flip,
                   const Row &row) {
-  if (!Present(frame) || !Present(field1) || !Present(field2) || width <= 0 || height <= 0 ||
+  if (!Present(whole) || !Present(field1) || !Present(field2) || width <= 0 || height <= 0 ||
       !optionsPass)
     return Refuse(function);
-  if (flip) frame = UpsideDown(frame, height);
-  auto convert = [&](int64_t frameRow, const Plane &field, int64_t fieldRow) {
-    if (F == Form::kSplit)
-      row(field.Row(fieldRow), frame.Row(frameRow), width);
-    else
-      row(frame.Row(frameRow), field.Row(fieldRow), width);
-  };
-  const int32_t pairs = height >> 1;
-  for (int32_t i = 0; i < pairs; ++i) {
-    convert(2 * int64_t{i}, field1, i);
-    convert(2 * int64_t{i} + 1, field2, i);
-  }
-  if (!(height & 1)) return;
-  convert(height - 1, field1, pairs);
-  if (F == Form::kSplit) {
+  if (flip) whole = frame::UpsideDown(whole, height);
+  frame::WalkFields<F>(Planes<1>{whole}, Planes<1>{field1}, Planes<1>{field2}, height,
+                       [&](uint8_t *const *d, uint8_t *const *s) { row(d[0], s[0], width); });
+  if ((height & 1) && F == Form::kSplit) {
+    const int32_t pairs = height >> 1;
     g_pMemProcRoot->pMem->TMP_MemCopy(field2.Row(pairs), field1.Row(pairs), Mul32(dstBytes, width));
   }
 }

@@ -4,35 +4,19 @@
 #include <stdexcept>
 
 namespace tqcs::test {
-namespace {
-
-template <class Ret, class... A>
-size_t CountPointers(Ret (*)(A...)) {
-  return (size_t{0} + ... + (std::is_pointer_v<A> ? 1 : 0));
-}
-template <class Ret, class... A>
-size_t CountOptions(Ret (*)(A...)) {
-  // Scalars after width and height: every parameter that is neither a
-  // pointer nor a pitch, less the two sizes.
-  const size_t scalars =
-      (size_t{0} + ... + (!std::is_pointer_v<A> && !std::is_same_v<A, int64_t> ? 1 : 0));
-  return scalars >= 2 ? scalars - 2 : 0;
-}
-
-}  // namespace
 
 std::vector<SlotRef> AllDriverSlots() {
   std::vector<SlotRef> out;
   // The functions are read from the live table only when called, so the list
   // can be built before the library state is.
   auto add = [&](int table, auto fnOf, const char *name, int slot) {
-    const decltype(fnOf()) fn = nullptr;
+    using Shape = SlotShape<decltype(fnOf())>;
     out.push_back({name, table, slot,
                    [fnOf](const std::vector<PlaneArg> &planes, int32_t w, int32_t h,
                           const std::vector<int64_t> &options) {
                      InvokeWithPlanes(fnOf(), planes, w, h, options);
                    },
-                   CountPointers(fn), CountOptions(fn)});
+                   Shape::kPlanes, Shape::kOptions + Shape::kFrameShaped});
   };
 #define TQCS_ADD(tableIndex, field)                                                  \
   [&](int n, const char *name, auto member) {                                        \

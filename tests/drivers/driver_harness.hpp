@@ -13,8 +13,9 @@
 #include <type_traits>
 #include <vector>
 
-#include "core/api.hpp"
-#include "core/startup.hpp"
+#include "base/slot_shape.hpp"
+#include "base/state.hpp"
+#include "startup/api.hpp"
 
 namespace tqcs::test {
 
@@ -34,30 +35,25 @@ struct PlaneArg {
   int64_t pitch;
 };
 
-// Fills a slot's parameters in order: pointers and pitches from `planes`, the
-// first two int32 as width and height, every later scalar from `options`
-// (the last parameter, flip, included).
+// Calls a slot with arguments by role: plane i's pointer and pitch from
+// planes[i], width and height, then every later scalar from `options` (the
+// flip, when the slot has one, last).
 template <class Ret, class... A>
 void InvokeWithPlanes(Ret (*fn)(A...), const std::vector<PlaneArg> &planes, int32_t width,
                       int32_t height, const std::vector<int64_t> &options) {
-  size_t pointer = 0, pitch = 0, option = 0;
-  int ints = 0;
-  auto next = [&]<class T>(std::type_identity<T>) -> T {
-    if constexpr (std::is_pointer_v<T>) {
-      return reinterpret_cast<T>(planes.at(pointer++).p);
-    } else if constexpr (std::is_same_v<T, int64_t>) {
-      return planes.at(pitch++).pitch;
-    } else {
-      if (std::is_same_v<T, int32_t> && ints < 2)
-        return static_cast<T>(ints++ == 0 ? width : height);
-      ints = 2;
-      return static_cast<T>(options.at(option++));
-    }
+  using Shape = SlotShape<Ret (*)(A...)>;
+  struct From {
+    const std::vector<PlaneArg> &planes;
+    int32_t width, height;
+    const std::vector<int64_t> &options;
+    uint8_t *Pointer(size_t i) const { return planes.at(i).p; }
+    int64_t Pitch(size_t i) const { return planes.at(i).pitch; }
+    int32_t Width() const { return width; }
+    int32_t Height() const { return height; }
+    int64_t Option(size_t i) const { return options.at(i); }
+    uint8_t Flip() const { return static_cast<uint8_t>(options.at(Shape::kOptions)); }
   };
-  // Braced initialisation evaluates the arguments in order.
-  std::tuple<A...> args{next(std::type_identity<A>{})...};
-  (void)next;
-  std::apply(fn, args);
+  Shape::Call(fn, From{planes, width, height, options});
 }
 
 // One slot of sub-tables 1 to 7, by name, with a type-erased caller.
@@ -67,8 +63,8 @@ struct SlotRef {
   int slot;
   std::function<void(const std::vector<PlaneArg> &, int32_t, int32_t, const std::vector<int64_t> &)>
       call;
-  size_t pointerCount;
-  size_t optionCount;
+  size_t pointerCount;  // planes, 0 for the shared empty function
+  size_t optionCount;   // the flip included
 };
 
 std::vector<SlotRef> AllDriverSlots();

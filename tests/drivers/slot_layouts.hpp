@@ -191,10 +191,7 @@ inline std::vector<uint8_t> RunOnFreshImages(const SlotRef &slot, int32_t w, int
   for (Image &image : images)
     for (const PlaneArg &p : image.Args()) planes.push_back(p);
   std::vector<int64_t> options = e.options;
-  if (e.dst == L::kHist)
-    planes[0].pitch = planes[3].pitch;  // the source's pitch is the only one
-  else
-    options.push_back(flip);
+  if (e.dst != L::kHist) options.push_back(flip);  // the histogram has no flip
   slot.call(planes, w, h, options);
   std::vector<uint8_t> out;
   for (size_t i = 0; i < images.size(); ++i) {

@@ -8,7 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "core/api.hpp"
+#include "base/state.hpp"
+#include "startup/api.hpp"
 #include "support/kernel_harness.hpp"
 
 namespace {

@@ -18,7 +18,7 @@
 #include <random>
 #include <string>
 
-#include "core/api.hpp"
+#include "base/table_entries.hpp"
 #include "kernels/kernel_table.hpp"
 #include "support/buffers.hpp"
 #include "support/kernel_shapes.hpp"

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "core/coefficients.hpp"
+#include "base/coefficients.hpp"
 #include "support/kernel_harness.hpp"
 
 namespace {

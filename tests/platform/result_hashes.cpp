@@ -11,7 +11,7 @@
 #include <random>
 #include <vector>
 
-#include "core/startup.hpp"
+#include "base/state.hpp"
 #include "drivers/driver_harness.hpp"
 #include "drivers/slot_layouts.hpp"
 #include "support/kernel_shapes.hpp"

@@ -37,6 +37,7 @@ std::vector<uint8_t> RandomBytes(size_t size, uint32_t seed) {
 #include <mutex>
 
 #include "kernels/kernel_table.hpp"
+#include "startup/api.hpp"
 
 namespace tqcs::test {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "core/api.hpp"
+#include "base/table_entries.hpp"
 
 namespace tqcs::test {
 

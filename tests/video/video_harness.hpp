@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include "core/startup.hpp"
+#include "base/state.hpp"
 #include "drivers/driver_harness.hpp"
 #include "support/buffers.hpp"
 #include "support/log_capture.hpp"

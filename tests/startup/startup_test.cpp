@@ -1,7 +1,5 @@
 // Start-up: the tier fill rule, the kernel object per level, the entry point's
 // records and the build-once guard.
-#include "core/startup.hpp"
-
 #include <TQCPUBase.h>
 #include <TQColorSpace/TQColorSpace.h>
 #include <TQMemProc.h>
@@ -9,9 +7,12 @@
 
 #include <cstdlib>
 
-#include "core/api.hpp"
+#include "base/state.hpp"
+#include "frame/chroma_planes.hpp"
+#include "kernels/colorspace.hpp"
 #include "kernels/kernel_slots.hpp"
 #include "kernels/kernel_table.hpp"
+#include "startup/api.hpp"
 #include "support/log_capture.hpp"
 
 namespace tqcs {
@@ -143,7 +144,7 @@ TEST_F(StartupAtForcedLevel, BuildsTheTablesForTheLevel) {
   EXPECT_EQ(LoadSlot(k, Slot(K::RGB32_2_RGB24_Row)),
             Erase(g_pMemProcAPI->pPixel->TMP_RGB32_2_RGB24_Row));
   EXPECT_EQ(k.GetFormatBitsPerPixel, &portable::GetFormatBitsPerPixel);
-  EXPECT_EQ(k.YUV420_2_YUV422_UV_Frame, &portable::YUV420_2_YUV422_UV_Frame);
+  EXPECT_EQ(k.YUV420_2_YUV422_UV_Frame, &frame::YUV420_2_YUV422_UV_Frame);
 
   const bool simd = level_ >= 1 && level_ <= 4;
   EXPECT_EQ(g_pColorSpaceImpl, simd ? ColorSpaceSSE2Instance() : ColorSpaceCInstance());

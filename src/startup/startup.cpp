@@ -1,15 +1,16 @@
-#include "core/startup.hpp"
-
+// Start-up: the library's tables built and filled once, the kernel object
+// chosen, and the entry point that the loader's notifications reach.
 #include <TQCPUBase.h>
 
 #include <new>
 
-#include "core/api.hpp"
-#include "core/coefficients.hpp"
-#include "core/log.hpp"
-#include "core/platform.hpp"
-#include "drivers/driver_tables.hpp"
+#include "base/coefficients.hpp"
+#include "base/log.hpp"
+#include "base/state.hpp"
+#include "kernels/colorspace.hpp"
 #include "kernels/kernel_table.hpp"
+#include "startup/api.hpp"
+#include "startup/platform.hpp"
 
 namespace tqcs {
 

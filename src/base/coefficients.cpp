@@ -1,4 +1,4 @@
-#include "core/coefficients.hpp"
+#include "base/coefficients.hpp"
 
 #include <cstring>
 

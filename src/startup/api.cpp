@@ -1,4 +1,4 @@
-#include "core/api.hpp"
+#include "startup/api.hpp"
 
 #include <TQCPUBase.h>
 

@@ -1,5 +1,6 @@
-// The root API structure, its static sub-tables and the slot-level helpers that
-// fill and check them.
+// Table entries: sub-tables are arrays of function pointers viewed through
+// typed structs, read and written by slot. The floor of the library: every
+// layer may use this, and it uses nothing of ours but the public header.
 #pragma once
 
 #include <TQColorSpace/TQColorSpace.h>
@@ -10,8 +11,8 @@
 
 namespace tqcs {
 
-// A type-erased table entry. Sub-tables are arrays of function pointers viewed
-// through typed structs; slots are read and written by position with memcpy.
+// A type-erased table entry; slots are read and written by position with
+// memcpy.
 using Fn = void (*)();
 
 template <class F>
@@ -49,30 +50,6 @@ void FillNullSlots(Table &table, std::span<const SlotEntry> entries) {
 
 // The one shared do-nothing function of the unsupported slots.
 void EmptyStub();
-
-// The library's static root structure and sub-tables.
-struct StaticTables {
-  TCS_APIStu root;
-  TCS_GeneralTable general;
-  TCS_RGB32Table rgb32;
-  TCS_RGB24Table rgb24;
-  TCS_YUVATable yuva;
-  TCS_YUV16Table yuv16;
-  TCS_YUV422Table yuv422;
-  TCS_YUV420Table yuv420;
-  TCS_YUVTable yuv;
-  TCS_KernelTable kernel;
-};
-StaticTables &Tables();
-
-// Start-up: builds the structure once; true when it passes the check.
-bool BuildColorSpaceAPI();
-
-// Test seam: forgets the built structure so start-up can run again.
-void ResetForTesting();
-
-// The kernel table in use, read afresh by every driver call.
-inline const TCS_KernelTable &Kernels() { return *g_pColorSpaceAPI->pKernel; }
 
 }  // namespace tqcs
 

@@ -1,5 +1,10 @@
+// The fill of sub-tables 0 to 7 (the general video operations and every
+// driver, each unit's slot table stored into its typed sub-table) and of the
+// frame operations in the kernel table.
 #include "drivers/driver_tables.hpp"
-
+#include "frame/chroma_planes.hpp"
+#include "kernels/kernel_slots.hpp"
+#include "startup/api.hpp"
 #include "video/general.hpp"
 
 namespace tqcs {
@@ -22,6 +27,18 @@ void FillDriverTables(StaticTables &t) {
   FillNullSlots(t.yuv422, drivers::YUV422Drivers());
   FillNullSlots(t.yuv420, drivers::YUV420Drivers());
   FillNullSlots(t.yuv, drivers::YUVDrivers());
+}
+
+void FillWholePlaneKernelSlots(TCS_KernelTable &table) {
+  const SlotEntry wholePlane[] = {
+      {static_cast<int32_t>(K::YUV420_2_YUV422_UV_Frame), Erase(&frame::YUV420_2_YUV422_UV_Frame)},
+      {static_cast<int32_t>(K::YUV420_16_2_YUV422_16_UV_Frame),
+       Erase(&frame::YUV420_16_2_YUV422_16_UV_Frame)},
+      {static_cast<int32_t>(K::YUV422_2_YUV420_UV_Frame), Erase(&frame::YUV422_2_YUV420_UV_Frame)},
+      {static_cast<int32_t>(K::YUV422_16_2_YUV420_16_UV_Frame),
+       Erase(&frame::YUV422_16_2_YUV420_16_UV_Frame)},
+  };
+  FillNullSlots(table, wholePlane);
 }
 
 }  // namespace tqcs

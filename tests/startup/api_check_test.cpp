@@ -2,7 +2,7 @@
 #include <TQColorSpace/TQColorSpace.h>
 #include <gtest/gtest.h>
 
-#include "core/api.hpp"
+#include "startup/api.hpp"
 
 namespace tqcs {
 namespace {

@@ -1,6 +1,6 @@
 // The coefficient tables: derived Q14 values against the published results,
 // lane patterns, the private SIMD vectors and the initialised tables.
-#include "core/coefficients.hpp"
+#include "base/coefficients.hpp"
 
 #include <TQColorSpace/TQColorSpace.h>
 #include <gtest/gtest.h>

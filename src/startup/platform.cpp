@@ -1,4 +1,4 @@
-#include "core/platform.hpp"
+#include "startup/platform.hpp"
 
 #if defined(_WIN32)
 #include <windows.h>
