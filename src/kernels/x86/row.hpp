@@ -41,6 +41,19 @@ inline void Store32(void *p, __m128i v) {
   std::memcpy(p, &s, sizeof s);
 }
 
+// The same 32-bit or 64-bit value in every lane; 0x00FF in every 16-bit lane.
+inline __m128i Every32(uint32_t v) { return _mm_set1_epi32(static_cast<int>(v)); }
+inline __m128i Every64(uint64_t v) { return _mm_set1_epi64x(static_cast<long long>(v)); }
+inline __m128i LowBytes16() { return _mm_set1_epi16(0x00FF); }
+
+// The mean of a and b per byte, (a + b + kRound) >> 1.
+template <int kRound>
+inline __m128i Mean(__m128i a, __m128i b) {
+  const __m128i up = _mm_avg_epu8(a, b);  // (a + b + 1) >> 1
+  if constexpr (kRound == 1) return up;
+  return _mm_sub_epi8(up, _mm_and_si128(_mm_xor_si128(a, b), _mm_set1_epi8(1)));
+}
+
 // Byte pointer arithmetic for rows of any sample type.
 template <class T>
 inline T *Advance(T *p, int64_t bytes) {

@@ -1,4 +1,4 @@
-// 8-bit repacking kernels, SSE4.1 tier in VEX encoding (level 4): the
+// Chroma-plane kernels, SSE4.1 tier in VEX encoding (level 4): the
 // deinterleave of slot 144.
 //
 // The result is slot 124's: the even bytes of the first source and the odd
