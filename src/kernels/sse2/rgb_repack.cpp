@@ -8,12 +8,12 @@
 #include <cstring>
 
 #include "kernels/kernel_slots.hpp"
+#include "kernels/x86/in_blocks.hpp"
 #include "kernels/x86/row.hpp"
 
 namespace tqcs::sse2 {
 namespace {
 
-using Index = std::ptrdiff_t;
 using x86::Every32;
 using x86::Every64;
 using x86::Load;
@@ -65,40 +65,34 @@ inline void WriteRGB24(uint8_t *dst, const Groups4 &c) {
 struct PixelAlphaConst {
   __m128i a;
   explicit PixelAlphaConst(uint8_t alpha) : a(Every32(uint32_t{alpha} << 24)) {}
-  Groups4 operator()(Index) const { return {{a, a, a, a}}; }
+  Groups4 operator()() const { return {{a, a, a, a}}; }
 };
 struct PixelAlphaKey {
   const uint8_t *key;
-  Groups4 operator()(Index i) const {
-    const __m128i zero = _mm_setzero_si128(), k = Load(key + i);
+  Groups4 operator()() const {
+    const __m128i zero = _mm_setzero_si128(), k = Load(key);
     const __m128i lo = _mm_unpacklo_epi8(zero, k), hi = _mm_unpackhi_epi8(zero, k);
     return {{_mm_unpacklo_epi16(zero, lo), _mm_unpackhi_epi16(zero, lo),
              _mm_unpacklo_epi16(zero, hi), _mm_unpackhi_epi16(zero, hi)}};
   }
 };
 
-// Returns the pixels done.
+// Blocks of sixteen pixels throughout.
+constexpr int kPixelBlock = 16;
+
 template <bool kSwap, class Alpha>
-Index RGB24ToRGB32(uint8_t *dst, const uint8_t *src, int32_t count, Alpha alpha) {
-  Index i = 0;
-  for (; i + 16 <= count; i += 16) {
-    const Groups4 s = ReadRGB24(src + 3 * i), a = alpha(i);
-    for (int k = 0; k < 4; ++k) {
-      const __m128i x = Widen3To4(s.g[k]);
-      Store(dst + 4 * i + 16 * k, _mm_or_si128(kSwap ? SwapRB32(x) : x, a.g[k]));
-    }
+inline void RGB24ToRGB32(uint8_t *dst, const uint8_t *src, Alpha alpha) {
+  const Groups4 s = ReadRGB24(src), a = alpha();
+  for (int k = 0; k < 4; ++k) {
+    const __m128i x = Widen3To4(s.g[k]);
+    Store(dst + 16 * k, _mm_or_si128(kSwap ? SwapRB32(x) : x, a.g[k]));
   }
-  return i;
 }
 
-Index RGB32ToBGR24(uint8_t *dst, const uint8_t *src, int32_t count) {
-  Index i = 0;
-  for (; i + 16 <= count; i += 16) {
-    Groups4 c;
-    for (int k = 0; k < 4; ++k) c.g[k] = Narrow4To3(SwapRB32(Load(src + 4 * i + 16 * k)));
-    WriteRGB24(dst + 3 * i, c);
-  }
-  return i;
+inline void RGB32ToBGR24(uint8_t *dst, const uint8_t *src) {
+  Groups4 c;
+  for (int k = 0; k < 4; ++k) c.g[k] = Narrow4To3(SwapRB32(Load(src + 16 * k)));
+  WriteRGB24(dst, c);
 }
 
 // Which bytes of the k-th 16-byte vector of a 48-byte run of 3-byte pixels
@@ -126,33 +120,18 @@ inline __m128i SwapRB24Vector(__m128i v, __m128i ahead, __m128i behind) {
 }
 
 // Each 48-byte run is read whole before it is written, so dst may be src.
-Index SwapRB24(uint8_t *dst, const uint8_t *src, int32_t count) {
-  Index i = 0;
-  for (; i + 16 <= count; i += 16) {
-    const uint8_t *s = src + 3 * i;
-    const __m128i v0 = Load(s), v1 = Load(s + 16), v2 = Load(s + 32);
-    const __m128i o0 = SwapRB24Vector<0>(
-        v0, _mm_or_si128(_mm_srli_si128(v0, 2), _mm_slli_si128(v1, 14)), _mm_slli_si128(v0, 2));
-    const __m128i o1 =
-        SwapRB24Vector<1>(v1, _mm_or_si128(_mm_srli_si128(v1, 2), _mm_slli_si128(v2, 14)),
-                          _mm_or_si128(_mm_slli_si128(v1, 2), _mm_srli_si128(v0, 14)));
-    const __m128i o2 = SwapRB24Vector<2>(
-        v2, _mm_srli_si128(v2, 2), _mm_or_si128(_mm_slli_si128(v2, 2), _mm_srli_si128(v1, 14)));
-    uint8_t *d = dst + 3 * i;
-    Store(d, o0);
-    Store(d + 16, o1);
-    Store(d + 32, o2);
-  }
-  return i;
-}
-
-// Sixteen pixels per step, each vector read before it is written.
-Index SwapRB32Row(uint8_t *dst, const uint8_t *src, int32_t count) {
-  Index i = 0;
-  for (; i + 16 <= count; i += 16)
-    for (int k = 0; k < 4; ++k) Store(dst + 4 * i + 16 * k, SwapRB32(Load(src + 4 * i + 16 * k)));
-  for (; i + 4 <= count; i += 4) Store(dst + 4 * i, SwapRB32(Load(src + 4 * i)));
-  return i;
+inline void SwapRB24(uint8_t *d, const uint8_t *s) {
+  const __m128i v0 = Load(s), v1 = Load(s + 16), v2 = Load(s + 32);
+  const __m128i o0 = SwapRB24Vector<0>(
+      v0, _mm_or_si128(_mm_srli_si128(v0, 2), _mm_slli_si128(v1, 14)), _mm_slli_si128(v0, 2));
+  const __m128i o1 =
+      SwapRB24Vector<1>(v1, _mm_or_si128(_mm_srli_si128(v1, 2), _mm_slli_si128(v2, 14)),
+                        _mm_or_si128(_mm_slli_si128(v1, 2), _mm_srli_si128(v0, 14)));
+  const __m128i o2 = SwapRB24Vector<2>(v2, _mm_srli_si128(v2, 2),
+                                       _mm_or_si128(_mm_slli_si128(v2, 2), _mm_srli_si128(v1, 14)));
+  Store(d, o0);
+  Store(d + 16, o1);
+  Store(d + 32, o2);
 }
 
 // ---- HSV ----------------------------------------------------------------------
@@ -208,18 +187,14 @@ inline __m128i Bytes16(__m128i a, __m128i b, __m128i c, __m128i d) {
 }
 
 template <int kR, int kB>
-Index RGBToHSV(uint16_t *dstH, uint8_t *dstS, uint8_t *dstV, const uint8_t *src, int32_t count) {
-  Index i = 0;
-  for (; i + 16 <= count; i += 16) {
-    const Groups4 s = ReadRGB24(src + 3 * i);
-    Hsv4 q[4];
-    for (int k = 0; k < 4; ++k) q[k] = HsvOf4<kR, kB>(Widen3To4(s.g[k]));
-    Store(dstH + i, _mm_packs_epi32(q[0].h, q[1].h));
-    Store(dstH + i + 8, _mm_packs_epi32(q[2].h, q[3].h));
-    Store(dstS + i, Bytes16(q[0].s, q[1].s, q[2].s, q[3].s));
-    Store(dstV + i, Bytes16(q[0].v, q[1].v, q[2].v, q[3].v));
-  }
-  return i;
+inline void RGBToHSV(uint16_t *dstH, uint8_t *dstS, uint8_t *dstV, const uint8_t *src) {
+  const Groups4 s = ReadRGB24(src);
+  Hsv4 q[4];
+  for (int k = 0; k < 4; ++k) q[k] = HsvOf4<kR, kB>(Widen3To4(s.g[k]));
+  Store(dstH, _mm_packs_epi32(q[0].h, q[1].h));
+  Store(dstH + 8, _mm_packs_epi32(q[2].h, q[3].h));
+  Store(dstS, Bytes16(q[0].s, q[1].s, q[2].s, q[3].s));
+  Store(dstV, Bytes16(q[0].v, q[1].v, q[2].v, q[3].v));
 }
 
 // ---- Histogram ----------------------------------------------------------------
@@ -254,39 +229,52 @@ namespace tqcs {
 // ---- 24/32-bit RGB -----------------------------------------------------------
 
 void sse2::RGB24_2_RGB32_Row(uint8_t *dst, const uint8_t *src, int32_t count, uint8_t alpha) {
-  const Index i = RGB24ToRGB32<false>(dst, src, count, PixelAlphaConst(alpha));
-  portable::RGB24_2_RGB32_Row(dst + 4 * i, src + 3 * i, count - static_cast<int32_t>(i), alpha);
+  const PixelAlphaConst a(alpha);
+  x86::InBlocks<K::RGB24_2_RGB32_Row, kPixelBlock>(
+      [&](uint8_t *d, const uint8_t *s) { RGB24ToRGB32<false>(d, s, a); }, dst, src, count, alpha);
 }
 void sse2::RGB24_2_BGR32_Row(uint8_t *dst, const uint8_t *src, int32_t count, uint8_t alpha) {
-  const Index i = RGB24ToRGB32<true>(dst, src, count, PixelAlphaConst(alpha));
-  portable::RGB24_2_BGR32_Row(dst + 4 * i, src + 3 * i, count - static_cast<int32_t>(i), alpha);
+  const PixelAlphaConst a(alpha);
+  x86::InBlocks<K::RGB24_2_BGR32_Row, kPixelBlock>(
+      [&](uint8_t *d, const uint8_t *s) { RGB24ToRGB32<true>(d, s, a); }, dst, src, count, alpha);
 }
 void sse2::RGB32_2_BGR24_Row(uint8_t *dst, const uint8_t *src, int32_t count) {
-  const Index i = RGB32ToBGR24(dst, src, count);
-  portable::RGB32_2_BGR24_Row(dst + 3 * i, src + 4 * i, count - static_cast<int32_t>(i));
+  x86::InBlocks<K::RGB32_2_BGR24_Row, kPixelBlock>(RGB32ToBGR24, dst, src, count);
 }
+// One vector of four pixels per block, read before it is written.
 void sse2::RGB32_SwapRB_Row(uint8_t *dst, const uint8_t *src, int32_t count) {
-  const Index i = SwapRB32Row(dst, src, count);
-  portable::RGB32_SwapRB_Row(dst + 4 * i, src + 4 * i, count - static_cast<int32_t>(i));
+  x86::InBlocks<K::RGB32_SwapRB_Row, 4>(
+      [](uint8_t *d, const uint8_t *s) { Store(d, SwapRB32(Load(s))); }, dst, src, count);
 }
 void sse2::RGB24_SwapRB_Row(uint8_t *dst, const uint8_t *src, int32_t count) {
-  const Index i = SwapRB24(dst, src, count);
-  portable::RGB24_SwapRB_Row(dst + 3 * i, src + 3 * i, count - static_cast<int32_t>(i));
+  x86::InBlocks<K::RGB24_SwapRB_Row, kPixelBlock>(SwapRB24, dst, src, count);
+}
+void sse2::RGB24_Key_2_BGR32_Row(uint8_t *dst, const uint8_t *src, const uint8_t *key,
+                                 int32_t count) {
+  x86::InBlocks<K::RGB24_Key_2_BGR32_Row, kPixelBlock>(
+      [](uint8_t *d, const uint8_t *s, const uint8_t *k) {
+        RGB24ToRGB32<true>(d, s, PixelAlphaKey{k});
+      },
+      dst, src, key, count);
+}
+void sse2::RGB24_Key_2_RGB32_Row(uint8_t *dst, const uint8_t *src, const uint8_t *key,
+                                 int32_t count) {
+  x86::InBlocks<K::RGB24_Key_2_RGB32_Row, kPixelBlock>(
+      [](uint8_t *d, const uint8_t *s, const uint8_t *k) {
+        RGB24ToRGB32<false>(d, s, PixelAlphaKey{k});
+      },
+      dst, src, key, count);
 }
 
 // ---- HSV and histogram -----------------------------------------------------------
 
 void sse2::RGB24_2_HSV_Row(uint16_t *dstH, uint8_t *dstS, uint8_t *dstV, const uint8_t *src,
                            int32_t count) {
-  const Index i = RGBToHSV<0, 2>(dstH, dstS, dstV, src, count);
-  portable::RGB24_2_HSV_Row(dstH + i, dstS + i, dstV + i, src + 3 * i,
-                            count - static_cast<int32_t>(i));
+  x86::InBlocks<K::RGB24_2_HSV_Row, kPixelBlock>(RGBToHSV<0, 2>, dstH, dstS, dstV, src, count);
 }
 void sse2::BGR24_2_HSV_Row(uint16_t *dstH, uint8_t *dstS, uint8_t *dstV, const uint8_t *src,
                            int32_t count) {
-  const Index i = RGBToHSV<2, 0>(dstH, dstS, dstV, src, count);
-  portable::BGR24_2_HSV_Row(dstH + i, dstS + i, dstV + i, src + 3 * i,
-                            count - static_cast<int32_t>(i));
+  x86::InBlocks<K::BGR24_2_HSV_Row, kPixelBlock>(RGBToHSV<2, 0>, dstH, dstS, dstV, src, count);
 }
 
 // One increment per sample is already as fast as the stores allow, so varied
@@ -294,35 +282,20 @@ void sse2::BGR24_2_HSV_Row(uint16_t *dstH, uint8_t *dstS, uint8_t *dstV, const u
 // mattes) are found sixteen pixels at a time and counted with one add per
 // channel instead of sixteen increments of the same entry, each waiting for
 // the last. A cheap test of the last pixel against the first keeps varied
-// rows from paying for the full comparison.
+// blocks from paying for the full comparison.
 void sse2::RGB24_Histogram_Row(uint32_t *hist0, uint32_t *hist1, uint32_t *hist2,
                                const uint8_t *src, int32_t count) {
-  Index counted = 0;
-  for (Index i = 0; i + 16 <= count; i += 16) {
-    const uint8_t *s = src + 3 * i;
-    if (s[0] != s[45] || s[1] != s[46] || s[2] != s[47] || !SameColour16(s)) continue;
-    portable::RGB24_Histogram_Row(hist0, hist1, hist2, src + 3 * counted,
-                                  static_cast<int32_t>(i - counted));
-    AddCount(hist0, s[0], 16);
-    AddCount(hist1, s[1], 16);
-    AddCount(hist2, s[2], 16);
-    counted = i + 16;
-  }
-  portable::RGB24_Histogram_Row(hist0, hist1, hist2, src + 3 * counted,
-                                count - static_cast<int32_t>(counted));
-}
-
-void sse2::RGB24_Key_2_BGR32_Row(uint8_t *dst, const uint8_t *src, const uint8_t *key,
-                                 int32_t count) {
-  const Index i = RGB24ToRGB32<true>(dst, src, count, PixelAlphaKey{key});
-  portable::RGB24_Key_2_BGR32_Row(dst + 4 * i, src + 3 * i, key + i,
-                                  count - static_cast<int32_t>(i));
-}
-void sse2::RGB24_Key_2_RGB32_Row(uint8_t *dst, const uint8_t *src, const uint8_t *key,
-                                 int32_t count) {
-  const Index i = RGB24ToRGB32<false>(dst, src, count, PixelAlphaKey{key});
-  portable::RGB24_Key_2_RGB32_Row(dst + 4 * i, src + 3 * i, key + i,
-                                  count - static_cast<int32_t>(i));
+  x86::InBlocks<K::RGB24_Histogram_Row, kPixelBlock>(
+      [](uint32_t *h0, uint32_t *h1, uint32_t *h2, const uint8_t *s) {
+        if (s[0] != s[45] || s[1] != s[46] || s[2] != s[47] || !SameColour16(s)) {
+          portable::RGB24_Histogram_Row(h0, h1, h2, s, kPixelBlock);
+          return;
+        }
+        AddCount(h0, s[0], 16);
+        AddCount(h1, s[1], 16);
+        AddCount(h2, s[2], 16);
+      },
+      hist0, hist1, hist2, src, count);
 }
 
 }  // namespace tqcs

@@ -12,6 +12,7 @@
 #include <cstddef>
 
 #include "kernels/kernel_slots.hpp"
+#include "kernels/x86/in_blocks.hpp"
 #include "kernels/x86/row.hpp"
 
 namespace tqcs::sse2 {
@@ -131,37 +132,32 @@ struct KeyAlpha {
   }
 };
 
-// Returns the pairs done. Each block also reads the chroma of the pair after
-// it, and the last pair is left to the portable routine's last-pair rule.
+// One block of sixteen pairs. It also reads the chroma of the pair after it,
+// so the last pair is left to the portable routine's last-pair rule.
 template <int kRound, class Reader, class Alpha>
-Index PairsToYUVA(uint8_t *dst, Reader src, int32_t count, Alpha alpha) {
-  const Index pairs = count / 2;
-  Index p = 0;
-  for (; p + 17 <= pairs; p += 16) {
-    const Pairs16 s = src.Read(p);
-    // The chroma of pairs p + 1 to p + 16.
-    const __m128i next[2] = {
-        _mm_or_si128(_mm_srli_si128(s.uv[0], 2), _mm_slli_si128(s.uv[1], 14)),
-        _mm_or_si128(_mm_srli_si128(s.uv[1], 2), _mm_slli_si128(src.Chroma(p + 16), 14))};
-    for (int h = 0; h < 2; ++h) {
-      const __m128i y = s.y[h], uv = s.uv[h];
-      const __m128i odd = Mean<kRound>(uv, next[h]);
-      const AlphaWords a = alpha(p, h);
-      // Per pixel two words: Y | U << 8 and V | A << 8.
-      const __m128i e0 = _mm_or_si128(_mm_and_si128(y, LowBytes16()), _mm_slli_epi16(uv, 8));
-      const __m128i e1 = _mm_or_si128(_mm_srli_epi16(uv, 8), a.even);
-      const __m128i o0 = _mm_or_si128(_mm_srli_epi16(y, 8), _mm_slli_epi16(odd, 8));
-      const __m128i o1 = _mm_or_si128(_mm_srli_epi16(odd, 8), a.odd);
-      const __m128i evenLo = _mm_unpacklo_epi16(e0, e1), evenHi = _mm_unpackhi_epi16(e0, e1);
-      const __m128i oddLo = _mm_unpacklo_epi16(o0, o1), oddHi = _mm_unpackhi_epi16(o0, o1);
-      uint8_t *d = dst + 8 * p + 64 * h;
-      Store(d, _mm_unpacklo_epi32(evenLo, oddLo));
-      Store(d + 16, _mm_unpackhi_epi32(evenLo, oddLo));
-      Store(d + 32, _mm_unpacklo_epi32(evenHi, oddHi));
-      Store(d + 48, _mm_unpackhi_epi32(evenHi, oddHi));
-    }
+inline void PairsToYUVA(uint8_t *dst, Reader src, Alpha alpha) {
+  const Pairs16 s = src.Read(0);
+  // The chroma of pairs 1 to 16.
+  const __m128i next[2] = {
+      _mm_or_si128(_mm_srli_si128(s.uv[0], 2), _mm_slli_si128(s.uv[1], 14)),
+      _mm_or_si128(_mm_srli_si128(s.uv[1], 2), _mm_slli_si128(src.Chroma(16), 14))};
+  for (int h = 0; h < 2; ++h) {
+    const __m128i y = s.y[h], uv = s.uv[h];
+    const __m128i odd = Mean<kRound>(uv, next[h]);
+    const AlphaWords a = alpha(0, h);
+    // Per pixel two words: Y | U << 8 and V | A << 8.
+    const __m128i e0 = _mm_or_si128(_mm_and_si128(y, LowBytes16()), _mm_slli_epi16(uv, 8));
+    const __m128i e1 = _mm_or_si128(_mm_srli_epi16(uv, 8), a.even);
+    const __m128i o0 = _mm_or_si128(_mm_srli_epi16(y, 8), _mm_slli_epi16(odd, 8));
+    const __m128i o1 = _mm_or_si128(_mm_srli_epi16(odd, 8), a.odd);
+    const __m128i evenLo = _mm_unpacklo_epi16(e0, e1), evenHi = _mm_unpackhi_epi16(e0, e1);
+    const __m128i oddLo = _mm_unpacklo_epi16(o0, o1), oddHi = _mm_unpackhi_epi16(o0, o1);
+    uint8_t *d = dst + 64 * h;
+    Store(d, _mm_unpacklo_epi32(evenLo, oddLo));
+    Store(d + 16, _mm_unpackhi_epi32(evenLo, oddLo));
+    Store(d + 32, _mm_unpacklo_epi32(evenHi, oddHi));
+    Store(d + 48, _mm_unpackhi_epi32(evenHi, oddHi));
   }
-  return p;
 }
 
 // Byte 3 of the sixteen 4-byte pixels at src.
@@ -171,32 +167,23 @@ inline __m128i FourthBytes16(const uint8_t *src) {
   return _mm_packus_epi16(_mm_packs_epi32(a[0], a[1]), _mm_packs_epi32(a[2], a[3]));
 }
 
-// Returns the pixels done (a multiple of 32); an odd tail is the portable
-// routine's. With a key plane, every pixel's alpha is also copied there.
+// One block of 32 pixels; an odd tail is the portable routine's. With a key
+// plane, every pixel's alpha is also copied there. Everything is read before
+// anything is stored.
 template <class Writer>
-Index YUVAToPairs(Writer dst, const uint8_t *src, int32_t count, uint8_t *dstKey = nullptr) {
-  Index i = 0;
-  for (; i + 32 <= count; i += 32) {
-    // Everything is read before anything is stored.
-    const Pairs16 s = ReadYUVA(src + 4 * i);
-    if (dstKey != nullptr) {
-      const __m128i k0 = FourthBytes16(src + 4 * i), k1 = FourthBytes16(src + 4 * i + 64);
-      Store(dstKey + i, k0);
-      Store(dstKey + i + 16, k1);
-    }
-    dst.Write(i / 2, s);
+inline void YUVAToPairs(Writer dst, const uint8_t *src, uint8_t *dstKey = nullptr) {
+  const Pairs16 s = ReadYUVA(src);
+  if (dstKey != nullptr) {
+    const __m128i k0 = FourthBytes16(src), k1 = FourthBytes16(src + 64);
+    Store(dstKey, k0);
+    Store(dstKey + 16, k1);
   }
-  return i;
+  dst.Write(0, s);
 }
 
-// Returns the pairs done.
-template <class Writer, class Reader>
-Index MovePairs(Writer dst, Reader src, int32_t count) {
-  const Index pairs = count / 2;
-  Index p = 0;
-  for (; p + 16 <= pairs; p += 16) dst.Write(p, src.Read(p));
-  return p;
-}
+// Blocks of 32 pixels (sixteen pairs) of the 4:2:2 families, by the slot's
+// reader and writer over the block's rows.
+constexpr int kPairBlock = 32;
 
 }  // namespace
 }  // namespace tqcs::sse2
@@ -205,61 +192,80 @@ namespace tqcs {
 
 // ---- Packed 4:2:2 <-> Y,U,V,A ------------------------------------------------
 
+// The last pair is the portable routine's (kept: 2 pixels).
 void sse2::YUYV_2_YUVA_Row(uint8_t *dst, const uint8_t *src, int32_t count, uint8_t alpha) {
-  const Index p = PairsToYUVA<1>(dst, PackedReader<true>{src}, count, ConstAlpha(alpha));
-  portable::YUYV_2_YUVA_Row(dst + 8 * p, src + 4 * p, count - static_cast<int32_t>(2 * p), alpha);
+  const ConstAlpha a(alpha);
+  x86::InBlocks<K::YUYV_2_YUVA_Row, kPairBlock, 2>(
+      [&](uint8_t *d, const uint8_t *s) { PairsToYUVA<1>(d, PackedReader<true>{s}, a); }, dst, src,
+      count, alpha);
 }
 void sse2::UYVY_2_YUVA_Row(uint8_t *dst, const uint8_t *src, int32_t count, uint8_t alpha) {
-  const Index p = PairsToYUVA<1>(dst, PackedReader<false>{src}, count, ConstAlpha(alpha));
-  portable::UYVY_2_YUVA_Row(dst + 8 * p, src + 4 * p, count - static_cast<int32_t>(2 * p), alpha);
+  const ConstAlpha a(alpha);
+  x86::InBlocks<K::UYVY_2_YUVA_Row, kPairBlock, 2>(
+      [&](uint8_t *d, const uint8_t *s) { PairsToYUVA<1>(d, PackedReader<false>{s}, a); }, dst, src,
+      count, alpha);
 }
 void sse2::YUV422_2_YUVA_Row(uint8_t *dst, const uint8_t *srcY, const uint8_t *srcU,
                              const uint8_t *srcV, int32_t count, uint8_t alpha) {
-  const Index p = PairsToYUVA<1>(dst, PlanarReader{srcY, srcU, srcV}, count, ConstAlpha(alpha));
-  portable::YUV422_2_YUVA_Row(dst + 8 * p, srcY + 2 * p, srcU + p, srcV + p,
-                              count - static_cast<int32_t>(2 * p), alpha);
+  const ConstAlpha a(alpha);
+  x86::InBlocks<K::YUV422_2_YUVA_Row, kPairBlock, 2>(
+      [&](uint8_t *d, const uint8_t *y, const uint8_t *u, const uint8_t *v) {
+        PairsToYUVA<1>(d, PlanarReader{y, u, v}, a);
+      },
+      dst, srcY, srcU, srcV, count, alpha);
 }
 
 void sse2::YUVA_2_YUYV_Row(uint8_t *dst, const uint8_t *src, int32_t count) {
-  const Index i = YUVAToPairs(PackedWriter<true>{dst}, src, count);
-  portable::YUVA_2_YUYV_Row(dst + 2 * i, src + 4 * i, count - static_cast<int32_t>(i));
+  x86::InBlocks<K::YUVA_2_YUYV_Row, kPairBlock>(
+      [](uint8_t *d, const uint8_t *s) { YUVAToPairs(PackedWriter<true>{d}, s); }, dst, src, count);
 }
 void sse2::YUVA_2_UYVY_Row(uint8_t *dst, const uint8_t *src, int32_t count) {
-  const Index i = YUVAToPairs(PackedWriter<false>{dst}, src, count);
-  portable::YUVA_2_UYVY_Row(dst + 2 * i, src + 4 * i, count - static_cast<int32_t>(i));
+  x86::InBlocks<K::YUVA_2_UYVY_Row, kPairBlock>(
+      [](uint8_t *d, const uint8_t *s) { YUVAToPairs(PackedWriter<false>{d}, s); }, dst, src,
+      count);
 }
 void sse2::YUVA_2_YUV422_Row(uint8_t *dstY, uint8_t *dstU, uint8_t *dstV, const uint8_t *src,
                              int32_t count) {
-  const Index i = YUVAToPairs(PlanarWriter{dstY, dstU, dstV}, src, count);
-  portable::YUVA_2_YUV422_Row(dstY + i, dstU + i / 2, dstV + i / 2, src + 4 * i,
-                              count - static_cast<int32_t>(i));
+  x86::InBlocks<K::YUVA_2_YUV422_Row, kPairBlock>(
+      [](uint8_t *y, uint8_t *u, uint8_t *v, const uint8_t *s) {
+        YUVAToPairs(PlanarWriter{y, u, v}, s);
+      },
+      dstY, dstU, dstV, src, count);
 }
 
 // ---- Planar 4:2:2 <-> packed 4:2:2 -------------------------------------------
 
 void sse2::YUV422_2_YUYV_Row(uint8_t *dst, const uint8_t *srcY, const uint8_t *srcU,
                              const uint8_t *srcV, int32_t count) {
-  const Index p = MovePairs(PackedWriter<true>{dst}, PlanarReader{srcY, srcU, srcV}, count);
-  portable::YUV422_2_YUYV_Row(dst + 4 * p, srcY + 2 * p, srcU + p, srcV + p,
-                              count - static_cast<int32_t>(2 * p));
+  x86::InBlocks<K::YUV422_2_YUYV_Row, kPairBlock>(
+      [](uint8_t *d, const uint8_t *y, const uint8_t *u, const uint8_t *v) {
+        PackedWriter<true>{d}.Write(0, PlanarReader{y, u, v}.Read(0));
+      },
+      dst, srcY, srcU, srcV, count);
 }
 void sse2::YUV422_2_UYVY_Row(uint8_t *dst, const uint8_t *srcY, const uint8_t *srcU,
                              const uint8_t *srcV, int32_t count) {
-  const Index p = MovePairs(PackedWriter<false>{dst}, PlanarReader{srcY, srcU, srcV}, count);
-  portable::YUV422_2_UYVY_Row(dst + 4 * p, srcY + 2 * p, srcU + p, srcV + p,
-                              count - static_cast<int32_t>(2 * p));
+  x86::InBlocks<K::YUV422_2_UYVY_Row, kPairBlock>(
+      [](uint8_t *d, const uint8_t *y, const uint8_t *u, const uint8_t *v) {
+        PackedWriter<false>{d}.Write(0, PlanarReader{y, u, v}.Read(0));
+      },
+      dst, srcY, srcU, srcV, count);
 }
 void sse2::YUYV_2_YUV422_Row(uint8_t *dstY, uint8_t *dstU, uint8_t *dstV, const uint8_t *src,
                              int32_t count) {
-  const Index p = MovePairs(PlanarWriter{dstY, dstU, dstV}, PackedReader<true>{src}, count);
-  portable::YUYV_2_YUV422_Row(dstY + 2 * p, dstU + p, dstV + p, src + 4 * p,
-                              count - static_cast<int32_t>(2 * p));
+  x86::InBlocks<K::YUYV_2_YUV422_Row, kPairBlock>(
+      [](uint8_t *y, uint8_t *u, uint8_t *v, const uint8_t *s) {
+        PlanarWriter{y, u, v}.Write(0, PackedReader<true>{s}.Read(0));
+      },
+      dstY, dstU, dstV, src, count);
 }
 void sse2::UYVY_2_YUV422_Row(uint8_t *dstY, uint8_t *dstU, uint8_t *dstV, const uint8_t *src,
                              int32_t count) {
-  const Index p = MovePairs(PlanarWriter{dstY, dstU, dstV}, PackedReader<false>{src}, count);
-  portable::UYVY_2_YUV422_Row(dstY + 2 * p, dstU + p, dstV + p, src + 4 * p,
-                              count - static_cast<int32_t>(2 * p));
+  x86::InBlocks<K::UYVY_2_YUV422_Row, kPairBlock>(
+      [](uint8_t *y, uint8_t *u, uint8_t *v, const uint8_t *s) {
+        PlanarWriter{y, u, v}.Write(0, PackedReader<false>{s}.Read(0));
+      },
+      dstY, dstU, dstV, src, count);
 }
 
 // ---- Key planes --------------------------------------------------------------------
@@ -267,14 +273,16 @@ void sse2::UYVY_2_YUV422_Row(uint8_t *dstY, uint8_t *dstU, uint8_t *dstV, const 
 // The key forms halve the odd pixel's chroma sum without the rounding one.
 void sse2::YUYV_Key_2_YUVA_Row(uint8_t *dst, const uint8_t *src, const uint8_t *key,
                                int32_t count) {
-  const Index p = PairsToYUVA<0>(dst, PackedReader<true>{src}, count, KeyAlpha{key});
-  portable::YUYV_Key_2_YUVA_Row(dst + 8 * p, src + 4 * p, key + 2 * p,
-                                count - static_cast<int32_t>(2 * p));
+  x86::InBlocks<K::YUYV_Key_2_YUVA_Row, kPairBlock, 2>(
+      [](uint8_t *d, const uint8_t *s, const uint8_t *k) {
+        PairsToYUVA<0>(d, PackedReader<true>{s}, KeyAlpha{k});
+      },
+      dst, src, key, count);
 }
 void sse2::YUVA_2_YUYV_Key_Row(uint8_t *dst, uint8_t *dstKey, const uint8_t *src, int32_t count) {
-  const Index i = YUVAToPairs(PackedWriter<true>{dst}, src, count, dstKey);
-  portable::YUVA_2_YUYV_Key_Row(dst + 2 * i, dstKey + i, src + 4 * i,
-                                count - static_cast<int32_t>(i));
+  x86::InBlocks<K::YUVA_2_YUYV_Key_Row, kPairBlock>(
+      [](uint8_t *d, uint8_t *k, const uint8_t *s) { YUVAToPairs(PackedWriter<true>{d}, s, k); },
+      dst, dstKey, src, count);
 }
 
 }  // namespace tqcs
