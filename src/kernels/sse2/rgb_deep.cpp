@@ -5,6 +5,7 @@
 // routine.
 #include "kernels/kernel_slots.hpp"
 #include "kernels/sse2/deep_pixels.hpp"
+#include "kernels/x86/in_blocks.hpp"
 
 namespace tqcs::sse2 {
 namespace {
@@ -80,7 +81,7 @@ struct SourceAlpha {};  // a four-sample source keeps its own fourth sample
 struct ConstAlpha {
   __m128i words;
   explicit ConstAlpha(uint16_t a) : words(Words(0, 0, 0, static_cast<short>(a))) {}
-  void Get(__m128i a[4], Index) const {
+  void Get(__m128i a[4]) const {
     for (int j = 0; j < 4; ++j) a[j] = words;
   }
 };
@@ -88,9 +89,9 @@ struct ConstAlpha {
 // A key plane's bytes moved up to 16 bits.
 struct KeyAlpha16 {
   const uint8_t *key;
-  void Get(__m128i a[4], Index i) const {
+  void Get(__m128i a[4]) const {
     const __m128i zero = _mm_setzero_si128();
-    const __m128i k = _mm_unpacklo_epi8(zero, Load64(key + i));  // k << 8, eight words
+    const __m128i k = _mm_unpacklo_epi8(zero, Load64(key));  // k << 8, eight words
     const __m128i lo = _mm_unpacklo_epi16(zero, k), hi = _mm_unpackhi_epi16(zero, k);
     a[0] = _mm_unpacklo_epi32(zero, lo);
     a[1] = _mm_unpackhi_epi32(zero, lo);
@@ -99,48 +100,47 @@ struct KeyAlpha16 {
   }
 };
 
-// The whole blocks of a repack (see portable RepackRgb); returns the pixels
-// done.
+// One block of a repack (see portable RepackRgb): sixteen pixels where three
+// samples stay three, else eight.
+template <int kIn, int kOut>
+constexpr int kRepackBlock = kIn == 3 && kOut == 3 ? 16 : kBlock;
+
 template <int kIn, int kOut, int kShift, bool kSwap, class Out, class In, class Alpha>
-int32_t RepackBlocks(Out *dst, const In *src, int32_t count, const Alpha &alpha) {
-  constexpr bool kStream = kIn == 3 && kOut == 3;  // three samples stay three
-  constexpr int kPixels = kStream ? 16 : kBlock;
-  const int32_t blocks = x86::WholeBlocks<kPixels>(count);
-  for (int32_t b = 0; b < blocks; ++b) {
-    const Index i = Index{b} * kPixels;
-    if constexpr (kStream) {
-      Repack48<kShift, kSwap>(dst + kOut * i, src + kIn * i);
+inline void RepackBlock(Out *dst, const In *src, const Alpha &alpha) {
+  if constexpr (kRepackBlock<kIn, kOut> == 16) {
+    Repack48<kShift, kSwap>(dst, src);
+  } else {
+    Pixels8 p = Read8<kIn>(src);
+    if constexpr (kOut == 4 && kIn == 3) {
+      __m128i a[4];
+      alpha.Get(a);
+      for (int j = 0; j < 4; ++j) p.v[j] = _mm_or_si128(Colour(ShiftWords<kShift>(p.v[j])), a[j]);
     } else {
-      Pixels8 p = Read8<kIn>(src + kIn * i);
-      if constexpr (kOut == 4 && kIn == 3) {
-        __m128i a[4];
-        alpha.Get(a, i);
-        for (int j = 0; j < 4; ++j) p.v[j] = _mm_or_si128(Colour(ShiftWords<kShift>(p.v[j])), a[j]);
-      } else {
-        for (auto &v : p.v) v = ShiftWords<kShift>(v);
-      }
-      if constexpr (kSwap) {
-        for (auto &v : p.v) v = SwapRB(v);
-      }
-      Write8<kOut>(dst + kOut * i, p);
+      for (auto &v : p.v) v = ShiftWords<kShift>(v);
     }
+    if constexpr (kSwap) {
+      for (auto &v : p.v) v = SwapRB(v);
+    }
+    Write8<kOut>(dst, p);
   }
-  return blocks * kPixels;
 }
 
-// A repack slot: the blocks, then the rest through the portable routine.
-template <int kIn, int kOut, int kShift, bool kSwap, class Out, class In, class Alpha = SourceAlpha>
-void Repack(void (*tail)(Out *, const In *, int32_t), Out *dst, const In *src, int32_t count,
-            const Alpha &alpha = {}) {
-  const int32_t done = RepackBlocks<kIn, kOut, kShift, kSwap>(dst, src, count, alpha);
-  tail(dst + Index{kOut} * done, src + Index{kIn} * done, count - done);
+// A repack slot of kIn samples in, kOut out.
+template <K kSlot, int kIn, int kOut, int kShift, bool kSwap, class Out, class In,
+          class Alpha = SourceAlpha>
+inline void Repack(Out *dst, const In *src, int32_t count, const Alpha &alpha = {}) {
+  x86::InBlocks<kSlot, kRepackBlock<kIn, kOut>>(
+      [&](Out *d, const In *s) { RepackBlock<kIn, kOut, kShift, kSwap>(d, s, alpha); }, dst, src,
+      count);
 }
 
-template <bool kSwap>
-void RepackKey(void (*tail)(uint16_t *, const uint8_t *, const uint8_t *, int32_t), uint16_t *dst,
-               const uint8_t *src, const uint8_t *key, int32_t count) {
-  const int32_t done = RepackBlocks<3, 4, 8, kSwap>(dst, src, count, KeyAlpha16{key});
-  tail(dst + Index{4} * done, src + Index{3} * done, key + done, count - done);
+template <K kSlot, bool kSwap>
+inline void RepackKey(uint16_t *dst, const uint8_t *src, const uint8_t *key, int32_t count) {
+  x86::InBlocks<kSlot, kBlock>(
+      [](uint16_t *d, const uint8_t *s, const uint8_t *k) {
+        RepackBlock<3, 4, 8, kSwap>(d, s, KeyAlpha16{k});
+      },
+      dst, src, key, count);
 }
 
 }  // namespace
@@ -151,73 +151,73 @@ namespace tqcs {
 // ---------------------------------------------------------------- repacks
 
 void sse2::RGB64_2_BGR32_Row(uint8_t *dst, const uint16_t *src, int32_t count) {
-  Repack<4, 4, -8, true>(&portable::RGB64_2_BGR32_Row, dst, src, count);
+  Repack<K::RGB64_2_BGR32_Row, 4, 4, -8, true>(dst, src, count);
 }
 
 void sse2::BGR32_2_RGB64_Row(uint16_t *dst, const uint8_t *src, int32_t count) {
-  Repack<4, 4, 8, true>(&portable::BGR32_2_RGB64_Row, dst, src, count);
+  Repack<K::BGR32_2_RGB64_Row, 4, 4, 8, true>(dst, src, count);
 }
 
 void sse2::RGB64_SwapRB_Row(uint16_t *dst, const uint16_t *src, int32_t count) {
-  Repack<4, 4, 0, true>(&portable::RGB64_SwapRB_Row, dst, src, count);
+  Repack<K::RGB64_SwapRB_Row, 4, 4, 0, true>(dst, src, count);
 }
 
 void sse2::RGB48_2_RGB64_Row(uint16_t *dst, const uint16_t *src, int32_t count) {
-  Repack<3, 4, 0, false>(&portable::RGB48_2_RGB64_Row, dst, src, count, ConstAlpha{0xFFFF});
+  Repack<K::RGB48_2_RGB64_Row, 3, 4, 0, false>(dst, src, count, ConstAlpha{0xFFFF});
 }
 
 void sse2::RGB48_2_BGR64_Row(uint16_t *dst, const uint16_t *src, int32_t count) {
-  Repack<3, 4, 0, true>(&portable::RGB48_2_BGR64_Row, dst, src, count, ConstAlpha{0xFFFF});
+  Repack<K::RGB48_2_BGR64_Row, 3, 4, 0, true>(dst, src, count, ConstAlpha{0xFFFF});
 }
 
 void sse2::RGB24_2_RGB48_Row(uint16_t *dst, const uint8_t *src, int32_t count) {
-  Repack<3, 3, 8, false>(&portable::RGB24_2_RGB48_Row, dst, src, count);
+  Repack<K::RGB24_2_RGB48_Row, 3, 3, 8, false>(dst, src, count);
 }
 
 void sse2::RGB24_2_BGR48_Row(uint16_t *dst, const uint8_t *src, int32_t count) {
-  Repack<3, 3, 8, true>(&portable::RGB24_2_BGR48_Row, dst, src, count);
+  Repack<K::RGB24_2_BGR48_Row, 3, 3, 8, true>(dst, src, count);
 }
 
 void sse2::RGB24_2_RGB64_Row(uint16_t *dst, const uint8_t *src, int32_t count) {
-  Repack<3, 4, 8, false>(&portable::RGB24_2_RGB64_Row, dst, src, count, ConstAlpha{0xFFA0});
+  Repack<K::RGB24_2_RGB64_Row, 3, 4, 8, false>(dst, src, count, ConstAlpha{0xFFA0});
 }
 
 void sse2::RGB24_2_BGR64_Row(uint16_t *dst, const uint8_t *src, int32_t count) {
-  Repack<3, 4, 8, true>(&portable::RGB24_2_BGR64_Row, dst, src, count, ConstAlpha{0xFFA0});
+  Repack<K::RGB24_2_BGR64_Row, 3, 4, 8, true>(dst, src, count, ConstAlpha{0xFFA0});
 }
 
 void sse2::RGB24_Key_2_RGB64_Row(uint16_t *dst, const uint8_t *src, const uint8_t *key,
                                  int32_t count) {
-  RepackKey<false>(&portable::RGB24_Key_2_RGB64_Row, dst, src, key, count);
+  RepackKey<K::RGB24_Key_2_RGB64_Row, false>(dst, src, key, count);
 }
 
 void sse2::RGB24_Key_2_BGR64_Row(uint16_t *dst, const uint8_t *src, const uint8_t *key,
                                  int32_t count) {
-  RepackKey<true>(&portable::RGB24_Key_2_BGR64_Row, dst, src, key, count);
+  RepackKey<K::RGB24_Key_2_BGR64_Row, true>(dst, src, key, count);
 }
 
 void sse2::RGB48_2_RGB30_Row(uint16_t *dst, const uint16_t *src, int32_t count) {
-  Repack<3, 3, -6, false>(&portable::RGB48_2_RGB30_Row, dst, src, count);
+  Repack<K::RGB48_2_RGB30_Row, 3, 3, -6, false>(dst, src, count);
 }
 
 void sse2::RGB48_2_BGR24_Row(uint8_t *dst, const uint16_t *src, int32_t count) {
-  Repack<3, 3, -8, true>(&portable::RGB48_2_BGR24_Row, dst, src, count);
+  Repack<K::RGB48_2_BGR24_Row, 3, 3, -8, true>(dst, src, count);
 }
 
 void sse2::RGB48_2_RGB32_Row(uint8_t *dst, const uint16_t *src, int32_t count) {
-  Repack<3, 4, -8, false>(&portable::RGB48_2_RGB32_Row, dst, src, count, ConstAlpha{255});
+  Repack<K::RGB48_2_RGB32_Row, 3, 4, -8, false>(dst, src, count, ConstAlpha{255});
 }
 
 void sse2::RGB48_2_BGR32_Row(uint8_t *dst, const uint16_t *src, int32_t count) {
-  Repack<3, 4, -8, true>(&portable::RGB48_2_BGR32_Row, dst, src, count, ConstAlpha{255});
+  Repack<K::RGB48_2_BGR32_Row, 3, 4, -8, true>(dst, src, count, ConstAlpha{255});
 }
 
 void sse2::RGB48_2_RGB64_Opaque_Row(uint16_t *dst, const uint16_t *src, int32_t count) {
-  Repack<3, 4, 0, false>(&portable::RGB48_2_RGB64_Opaque_Row, dst, src, count, ConstAlpha{0xFFA0});
+  Repack<K::RGB48_2_RGB64_Opaque_Row, 3, 4, 0, false>(dst, src, count, ConstAlpha{0xFFA0});
 }
 
 void sse2::RGB48_2_BGR64_Opaque_Row(uint16_t *dst, const uint16_t *src, int32_t count) {
-  Repack<3, 4, 0, true>(&portable::RGB48_2_BGR64_Opaque_Row, dst, src, count, ConstAlpha{0xFFA0});
+  Repack<K::RGB48_2_BGR64_Opaque_Row, 3, 4, 0, true>(dst, src, count, ConstAlpha{0xFFA0});
 }
 
 }  // namespace tqcs

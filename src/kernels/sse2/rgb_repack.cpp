@@ -89,6 +89,22 @@ inline void RGB24ToRGB32(uint8_t *dst, const uint8_t *src, Alpha alpha) {
   }
 }
 
+template <K kSlot, bool kSwap>
+void RGB24ToRGB32Row(uint8_t *dst, const uint8_t *src, int32_t count, uint8_t alpha) {
+  const PixelAlphaConst a(alpha);
+  x86::InBlocks<kSlot, kPixelBlock>(
+      [&](uint8_t *d, const uint8_t *s) { RGB24ToRGB32<kSwap>(d, s, a); }, dst, src, count, alpha);
+}
+
+template <K kSlot, bool kSwap>
+void RGB24KeyToRGB32(uint8_t *dst, const uint8_t *src, const uint8_t *key, int32_t count) {
+  x86::InBlocks<kSlot, kPixelBlock>(
+      [](uint8_t *d, const uint8_t *s, const uint8_t *k) {
+        RGB24ToRGB32<kSwap>(d, s, PixelAlphaKey{k});
+      },
+      dst, src, key, count);
+}
+
 inline void RGB32ToBGR24(uint8_t *dst, const uint8_t *src) {
   Groups4 c;
   for (int k = 0; k < 4; ++k) c.g[k] = Narrow4To3(SwapRB32(Load(src + 16 * k)));
@@ -229,41 +245,32 @@ namespace tqcs {
 // ---- 24/32-bit RGB -----------------------------------------------------------
 
 void sse2::RGB24_2_RGB32_Row(uint8_t *dst, const uint8_t *src, int32_t count, uint8_t alpha) {
-  const PixelAlphaConst a(alpha);
-  x86::InBlocks<K::RGB24_2_RGB32_Row, kPixelBlock>(
-      [&](uint8_t *d, const uint8_t *s) { RGB24ToRGB32<false>(d, s, a); }, dst, src, count, alpha);
+  RGB24ToRGB32Row<K::RGB24_2_RGB32_Row, false>(dst, src, count, alpha);
 }
 void sse2::RGB24_2_BGR32_Row(uint8_t *dst, const uint8_t *src, int32_t count, uint8_t alpha) {
-  const PixelAlphaConst a(alpha);
-  x86::InBlocks<K::RGB24_2_BGR32_Row, kPixelBlock>(
-      [&](uint8_t *d, const uint8_t *s) { RGB24ToRGB32<true>(d, s, a); }, dst, src, count, alpha);
+  RGB24ToRGB32Row<K::RGB24_2_BGR32_Row, true>(dst, src, count, alpha);
 }
 void sse2::RGB32_2_BGR24_Row(uint8_t *dst, const uint8_t *src, int32_t count) {
   x86::InBlocks<K::RGB32_2_BGR24_Row, kPixelBlock>(RGB32ToBGR24, dst, src, count);
 }
-// One vector of four pixels per block, read before it is written.
+// Each vector is read before it is written, so dst may be src.
 void sse2::RGB32_SwapRB_Row(uint8_t *dst, const uint8_t *src, int32_t count) {
-  x86::InBlocks<K::RGB32_SwapRB_Row, 4>(
-      [](uint8_t *d, const uint8_t *s) { Store(d, SwapRB32(Load(s))); }, dst, src, count);
+  x86::InBlocks<K::RGB32_SwapRB_Row, kPixelBlock>(
+      [](uint8_t *d, const uint8_t *s) {
+        for (int k = 0; k < 4; ++k) Store(d + 16 * k, SwapRB32(Load(s + 16 * k)));
+      },
+      dst, src, count);
 }
 void sse2::RGB24_SwapRB_Row(uint8_t *dst, const uint8_t *src, int32_t count) {
   x86::InBlocks<K::RGB24_SwapRB_Row, kPixelBlock>(SwapRB24, dst, src, count);
 }
 void sse2::RGB24_Key_2_BGR32_Row(uint8_t *dst, const uint8_t *src, const uint8_t *key,
                                  int32_t count) {
-  x86::InBlocks<K::RGB24_Key_2_BGR32_Row, kPixelBlock>(
-      [](uint8_t *d, const uint8_t *s, const uint8_t *k) {
-        RGB24ToRGB32<true>(d, s, PixelAlphaKey{k});
-      },
-      dst, src, key, count);
+  RGB24KeyToRGB32<K::RGB24_Key_2_BGR32_Row, true>(dst, src, key, count);
 }
 void sse2::RGB24_Key_2_RGB32_Row(uint8_t *dst, const uint8_t *src, const uint8_t *key,
                                  int32_t count) {
-  x86::InBlocks<K::RGB24_Key_2_RGB32_Row, kPixelBlock>(
-      [](uint8_t *d, const uint8_t *s, const uint8_t *k) {
-        RGB24ToRGB32<false>(d, s, PixelAlphaKey{k});
-      },
-      dst, src, key, count);
+  RGB24KeyToRGB32<K::RGB24_Key_2_RGB32_Row, false>(dst, src, key, count);
 }
 
 // ---- HSV and histogram -----------------------------------------------------------

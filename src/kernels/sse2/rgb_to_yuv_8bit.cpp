@@ -13,6 +13,7 @@
 #include <cstddef>
 
 #include "kernels/kernel_slots.hpp"
+#include "kernels/x86/in_blocks.hpp"
 #include "kernels/x86/row.hpp"
 
 namespace tqcs::sse2 {
@@ -229,51 +230,58 @@ struct LumaWriter {
   }
 };
 
-// The whole steps of a row; returns the pixels converted. Each step is read
-// whole before it is written.
+// One step of Writer::kBlocks blocks from src, read whole before it is
+// written; the writer stands at the step's destination rows.
 template <int kBytes, class Writer>
-int32_t Blocks(Writer write, const uint8_t *src, int32_t count, const Matrix &m) {
-  constexpr int32_t kStep = kBlock * Writer::kBlocks;
-  const int32_t steps = x86::WholeBlocks<kStep>(count);
-  for (Index k = 0; k < steps; ++k) {
-    const uint8_t *s = src + kBytes * kStep * k;
-    Block b[Writer::kBlocks];
-    for (int i = 0; i < Writer::kBlocks; ++i) b[i] = LoadBlock<kBytes>(s + kBytes * kBlock * i);
-    write(k, m, b);
-  }
-  return steps * kStep;
+inline void Step(Writer write, const uint8_t *src, const Matrix &m) {
+  Block b[Writer::kBlocks];
+  for (int i = 0; i < Writer::kBlocks; ++i) b[i] = LoadBlock<kBytes>(src + kBytes * kBlock * i);
+  write(0, m, b);
 }
+template <class Writer>
+constexpr int kStepOf = kBlock *Writer::kBlocks;
 
-// The 4:2:2 rows: whole blocks here, the rest by the portable routine of the
-// same slot (kRest) at the pixel where the blocks stopped.
+// The 4:2:2 rows.
 using MatrixOf = Matrix (*)(const int16_t *, const int16_t *, const int16_t *);
 
-template <int kBytes, class Order, MatrixOf kMatrix, decltype(&portable::RGB24_2_YUYV_Row) kRest>
+template <K kSlot, int kBytes, class Order, MatrixOf kMatrix>
 void PackedRow(uint8_t *dst, const uint8_t *src, int32_t count, TCS_R3) {
-  const Index done = Blocks<kBytes>(PackedWriter<Order>{dst}, src, count, kMatrix(r1, r2, r3));
-  kRest(dst + 2 * done, src + kBytes * done, count - done, r1, r2, r3);
+  using W = PackedWriter<Order>;
+  const Matrix m = kMatrix(r1, r2, r3);
+  x86::InBlocks<kSlot, kStepOf<W>>([&](uint8_t *d, const uint8_t *s) { Step<kBytes>(W{d}, s, m); },
+                                   dst, src, count, r1, r2, r3);
 }
 
-template <class Order, decltype(&portable::RGB32_2_YUYV_Key_Row) kRest>
+template <K kSlot, class Order>
 void PackedKeyRow(uint8_t *dst, uint8_t *dstKey, const uint8_t *src, int32_t count, TCS_R3) {
-  const Index done =
-      Blocks<4>(PackedKeyWriter<Order>{dst, dstKey}, src, count, PairMatrix(r1, r2, r3));
-  kRest(dst + 2 * done, dstKey + done, src + 4 * done, count - done, r1, r2, r3);
+  using W = PackedKeyWriter<Order>;
+  const Matrix m = PairMatrix(r1, r2, r3);
+  x86::InBlocks<kSlot, kStepOf<W>>(
+      [&](uint8_t *d, uint8_t *k, const uint8_t *s) {
+        Step<4>(W{d, k}, s, m);
+      },
+      dst, dstKey, src, count, r1, r2, r3);
 }
 
-template <int kBytes, decltype(&portable::RGB24_2_YUV422_Row) kRest>
+template <K kSlot, int kBytes>
 void PlanarRow(uint8_t *dstY, uint8_t *dstU, uint8_t *dstV, const uint8_t *src, int32_t count,
                TCS_R3) {
-  const Index done =
-      Blocks<kBytes>(PlanarWriter{dstY, dstU, dstV}, src, count, RoundedMatrix(r1, r2, r3));
-  kRest(dstY + done, dstU + done / 2, dstV + done / 2, src + kBytes * done, count - done, r1, r2,
-        r3);
+  const Matrix m = RoundedMatrix(r1, r2, r3);
+  x86::InBlocks<kSlot, kStepOf<PlanarWriter>>(
+      [&](uint8_t *y, uint8_t *u, uint8_t *v, const uint8_t *s) {
+        Step<kBytes>(PlanarWriter{y, u, v}, s, m);
+      },
+      dstY, dstU, dstV, src, count, r1, r2, r3);
 }
 
 }  // namespace
 
 int32_t RGB32_Luma_Blocks(uint8_t *dst, const uint8_t *src, const int16_t *coef, int32_t count) {
-  return Blocks<4>(LumaWriter{dst}, src, count, LumaMatrix(coef));
+  constexpr int kStep = kStepOf<LumaWriter>;
+  const Matrix m = LumaMatrix(coef);
+  const int32_t steps = x86::WholeBlocks<kStep>(count);
+  for (int32_t k = 0; k < steps; ++k) Step<4>(LumaWriter{dst + kStep * k}, src + 4 * kStep * k, m);
+  return steps * kStep;
 }
 
 }  // namespace tqcs::sse2
@@ -283,52 +291,60 @@ namespace tqcs {
 
 // RGB -> YUV, rounding pattern.
 void sse2::RGB32_2_YUVA_Row(uint8_t *dst, const uint8_t *src, int32_t count, TCS_R3) {
-  const Index done =
-      Blocks<4>(YuvaWriter<SourceAlpha>{dst, {}}, src, count, RoundedMatrix(r1, r2, r3));
-  portable::RGB32_2_YUVA_Row(dst + 4 * done, src + 4 * done, count - done, r1, r2, r3);
+  using W = YuvaWriter<SourceAlpha>;
+  const Matrix m = RoundedMatrix(r1, r2, r3);
+  x86::InBlocks<K::RGB32_2_YUVA_Row, kStepOf<W>>(
+      [&](uint8_t *d, const uint8_t *s) {
+        Step<4>(W{d, {}}, s, m);
+      },
+      dst, src, count, r1, r2, r3);
 }
 void sse2::RGB24_2_YUVA_Row(uint8_t *dst, const uint8_t *src, int32_t count, uint8_t alpha,
                             TCS_R3) {
-  const Index done = Blocks<3>(YuvaWriter<ConstAlpha>{dst, ConstAlpha{alpha}}, src, count,
-                               RoundedMatrix(r1, r2, r3));
-  portable::RGB24_2_YUVA_Row(dst + 4 * done, src + 3 * done, count - done, alpha, r1, r2, r3);
+  using W = YuvaWriter<ConstAlpha>;
+  const Matrix m = RoundedMatrix(r1, r2, r3);
+  const ConstAlpha a{alpha};
+  x86::InBlocks<K::RGB24_2_YUVA_Row, kStepOf<W>>(
+      [&](uint8_t *d, const uint8_t *s) {
+        Step<3>(W{d, a}, s, m);
+      },
+      dst, src, count, alpha, r1, r2, r3);
 }
 void sse2::RGB32_2_YUV422_Row(uint8_t *dstY, uint8_t *dstU, uint8_t *dstV, const uint8_t *src,
                               int32_t count, TCS_R3) {
-  PlanarRow<4, portable::RGB32_2_YUV422_Row>(dstY, dstU, dstV, src, count, r1, r2, r3);
+  PlanarRow<K::RGB32_2_YUV422_Row, 4>(dstY, dstU, dstV, src, count, r1, r2, r3);
 }
 void sse2::RGB24_2_YUV422_Row(uint8_t *dstY, uint8_t *dstU, uint8_t *dstV, const uint8_t *src,
                               int32_t count, TCS_R3) {
-  PlanarRow<3, portable::RGB24_2_YUV422_Row>(dstY, dstU, dstV, src, count, r1, r2, r3);
+  PlanarRow<K::RGB24_2_YUV422_Row, 3>(dstY, dstU, dstV, src, count, r1, r2, r3);
 }
 void sse2::RGB24_2_YUYV_Row(uint8_t *dst, const uint8_t *src, int32_t count, TCS_R3) {
-  PackedRow<3, PairOrderYUYV, RoundedMatrix, portable::RGB24_2_YUYV_Row>(dst, src, count, r1, r2,
-                                                                         r3);
+  PackedRow<K::RGB24_2_YUYV_Row, 3, PairOrderYUYV, RoundedMatrix>(dst, src, count, r1, r2, r3);
 }
 void sse2::RGB24_2_UYVY_Row(uint8_t *dst, const uint8_t *src, int32_t count, TCS_R3) {
-  PackedRow<3, PairOrderUYVY, RoundedMatrix, portable::RGB24_2_UYVY_Row>(dst, src, count, r1, r2,
-                                                                         r3);
+  PackedRow<K::RGB24_2_UYVY_Row, 3, PairOrderUYVY, RoundedMatrix>(dst, src, count, r1, r2, r3);
 }
 void sse2::RGB24_2_Gray_Row(uint8_t *dst, const uint8_t *src, const int16_t *coef, int32_t count) {
-  const Index done = Blocks<3>(LumaWriter{dst}, src, count, LumaMatrix(coef));
-  portable::RGB24_2_Gray_Row(dst + done, src + 3 * done, coef, count - done);
+  const Matrix m = LumaMatrix(coef);
+  x86::InBlocks<K::RGB24_2_Gray_Row, kStepOf<LumaWriter>>(
+      [&](uint8_t *d, const uint8_t *s) { Step<3>(LumaWriter{d}, s, m); }, dst, src, coef, count);
 }
 
 // RGB32 -> packed 4:2:2, pair pattern, truncating.
 void sse2::RGB32_2_YUYV_Row(uint8_t *dst, const uint8_t *src, int32_t count, TCS_R3) {
-  PackedRow<4, PairOrderYUYV, PairMatrix, portable::RGB32_2_YUYV_Row>(dst, src, count, r1, r2, r3);
+  PackedRow<K::RGB32_2_YUYV_Row, 4, PairOrderYUYV, PairMatrix>(dst, src, count, r1, r2, r3);
 }
 void sse2::RGB32_2_UYVY_Row(uint8_t *dst, const uint8_t *src, int32_t count, TCS_R3) {
-  PackedRow<4, PairOrderUYVY, PairMatrix, portable::RGB32_2_UYVY_Row>(dst, src, count, r1, r2, r3);
+  PackedRow<K::RGB32_2_UYVY_Row, 4, PairOrderUYVY, PairMatrix>(dst, src, count, r1, r2, r3);
 }
 
 void sse2::RGB32_2_YUYV_Key_Row(uint8_t *dst, uint8_t *dstKey, const uint8_t *src, int32_t count,
                                 TCS_R3) {
-  PackedKeyRow<PairOrderYUYV, portable::RGB32_2_YUYV_Key_Row>(dst, dstKey, src, count, r1, r2, r3);
+  PackedKeyRow<K::RGB32_2_YUYV_Key_Row, PairOrderYUYV>(dst, dstKey, src, count, r1, r2, r3);
 }
 void sse2::RGB32_2_UYVY_Key_Row(uint8_t *dst, uint8_t *dstKey, const uint8_t *src, int32_t count,
                                 TCS_R3) {
-  PackedKeyRow<PairOrderUYVY, portable::RGB32_2_UYVY_Key_Row>(dst, dstKey, src, count, r1, r2, r3);
+  PackedKeyRow<K::RGB32_2_UYVY_Key_Row, PairOrderUYVY>(dst, dstKey, src, count, r1, r2, r3);
 }
 
 }  // namespace tqcs

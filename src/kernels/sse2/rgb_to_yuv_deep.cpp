@@ -4,6 +4,7 @@
 // routine.
 #include "kernels/kernel_slots.hpp"
 #include "kernels/sse2/deep_pixels.hpp"
+#include "kernels/x86/in_blocks.hpp"
 
 namespace tqcs::sse2 {
 namespace {
@@ -98,44 +99,35 @@ inline Yuv8 RgbToYuv8(const In *src, const YuvWeights &w) {
   return {y, _mm_add_epi16(_mm_packs_epi32(u, v), _mm_set1_epi16(1 << (kBits - 1)))};
 }
 
-// The whole blocks of an RGB to 4:2:2 row, each handed to put(pixel, Yuv8);
-// returns the pixels done. The weights are read only when a block runs.
-template <int kStride, class In, class Put>
-int32_t RgbTo422Blocks(const In *src, int32_t count, const int16_t *cy, const int16_t *cuv,
-                       Put put) {
-  const int32_t blocks = x86::WholeBlocks<kBlock>(count);
-  if (blocks == 0) return 0;
-  const YuvWeights w(cy, cuv);
-  for (int32_t b = 0; b < blocks; ++b) {
-    const Index i = Index{b} * kBlock;
-    put(i, RgbToYuv8<kStride>(src + kStride * i, w));
+// Packed 16-bit YUYV or UYVY: one block of eight pixels.
+template <bool kUyvy, class In>
+inline void StorePacked16(uint16_t *d, const Yuv8 &o) {
+  if constexpr (sizeof(In) == 1) {
+    // The byte pack is the clamp to 0..255; a byte under a zero byte is
+    // its value << 8.
+    const __m128i bytes = _mm_packus_epi16(o.y, o.c), zero = _mm_setzero_si128();
+    const __m128i c = _mm_unpacklo_epi8(_mm_srli_si128(bytes, 8), _mm_srli_si128(bytes, 12));
+    const __m128i yc = kUyvy ? _mm_unpacklo_epi8(c, bytes) : _mm_unpacklo_epi8(bytes, c);
+    Store(d, _mm_unpacklo_epi8(zero, yc));
+    Store(d + 8, _mm_unpackhi_epi8(zero, yc));
+  } else {
+    const __m128i y = ClampUp<10>(o.y), c = ClampUp<10>(o.c);
+    const __m128i ci = _mm_unpacklo_epi16(c, _mm_srli_si128(c, 8));  // U0 V0 U1 V1 ...
+    Store(d, kUyvy ? _mm_unpacklo_epi16(ci, y) : _mm_unpacklo_epi16(y, ci));
+    Store(d + 8, kUyvy ? _mm_unpackhi_epi16(ci, y) : _mm_unpackhi_epi16(y, ci));
   }
-  return blocks * kBlock;
 }
 
-// Packed 16-bit YUYV or UYVY.
-template <int kStride, bool kUyvy, class In>
-void RgbToPacked16(void (*tail)(uint16_t *, const In *, int32_t, const int16_t *, const int16_t *),
-                   uint16_t *dst, const In *src, int32_t count, const int16_t *cy,
-                   const int16_t *cuv) {
-  const int32_t done = RgbTo422Blocks<kStride>(src, count, cy, cuv, [dst](Index i, Yuv8 o) {
-    uint16_t *d = dst + 2 * i;
-    if constexpr (sizeof(In) == 1) {
-      // The byte pack is the clamp to 0..255; a byte under a zero byte is
-      // its value << 8.
-      const __m128i bytes = _mm_packus_epi16(o.y, o.c), zero = _mm_setzero_si128();
-      const __m128i c = _mm_unpacklo_epi8(_mm_srli_si128(bytes, 8), _mm_srli_si128(bytes, 12));
-      const __m128i yc = kUyvy ? _mm_unpacklo_epi8(c, bytes) : _mm_unpacklo_epi8(bytes, c);
-      Store(d, _mm_unpacklo_epi8(zero, yc));
-      Store(d + 8, _mm_unpackhi_epi8(zero, yc));
-    } else {
-      const __m128i y = ClampUp<10>(o.y), c = ClampUp<10>(o.c);
-      const __m128i ci = _mm_unpacklo_epi16(c, _mm_srli_si128(c, 8));  // U0 V0 U1 V1 ...
-      Store(d, kUyvy ? _mm_unpacklo_epi16(ci, y) : _mm_unpacklo_epi16(y, ci));
-      Store(d + 8, kUyvy ? _mm_unpackhi_epi16(ci, y) : _mm_unpackhi_epi16(y, ci));
-    }
-  });
-  tail(dst + Index{2} * done, src + Index{kStride} * done, count - done, cy, cuv);
+// The weights are read only when a block runs.
+template <K kSlot, int kStride, bool kUyvy, class In>
+inline void RgbToPacked16(uint16_t *dst, const In *src, int32_t count, const int16_t *cy,
+                          const int16_t *cuv) {
+  x86::InBlocks<kSlot, kBlock>(x86::Prepare([=] {
+                                 return [w = YuvWeights(cy, cuv)](uint16_t *d, const In *s) {
+                                   StorePacked16<kUyvy, In>(d, RgbToYuv8<kStride>(s, w));
+                                 };
+                               }),
+                               dst, src, count, cy, cuv);
 }
 
 }  // namespace
@@ -147,45 +139,49 @@ namespace tqcs {
 
 void sse2::RGB48_2_YUYV16_Row(uint16_t *dst, const uint16_t *src, int32_t count,
                               const int16_t *coefY, const int16_t *coefUV) {
-  RgbToPacked16<3, false>(&portable::RGB48_2_YUYV16_Row, dst, src, count, coefY, coefUV);
+  RgbToPacked16<K::RGB48_2_YUYV16_Row, 3, false>(dst, src, count, coefY, coefUV);
 }
 
 void sse2::RGB48_2_UYVY16_Row(uint16_t *dst, const uint16_t *src, int32_t count,
                               const int16_t *coefY, const int16_t *coefUV) {
-  RgbToPacked16<3, true>(&portable::RGB48_2_UYVY16_Row, dst, src, count, coefY, coefUV);
+  RgbToPacked16<K::RGB48_2_UYVY16_Row, 3, true>(dst, src, count, coefY, coefUV);
 }
 
 void sse2::RGB24_2_YUYV16_Row(uint16_t *dst, const uint8_t *src, int32_t count,
                               const int16_t *coefY, const int16_t *coefUV) {
-  RgbToPacked16<3, false>(&portable::RGB24_2_YUYV16_Row, dst, src, count, coefY, coefUV);
+  RgbToPacked16<K::RGB24_2_YUYV16_Row, 3, false>(dst, src, count, coefY, coefUV);
 }
 
 void sse2::RGB24_2_UYVY16_Row(uint16_t *dst, const uint8_t *src, int32_t count,
                               const int16_t *coefY, const int16_t *coefUV) {
-  RgbToPacked16<3, true>(&portable::RGB24_2_UYVY16_Row, dst, src, count, coefY, coefUV);
+  RgbToPacked16<K::RGB24_2_UYVY16_Row, 3, true>(dst, src, count, coefY, coefUV);
 }
 
 void sse2::RGB32_2_YUYV16_Row(uint16_t *dst, const uint8_t *src, int32_t count,
                               const int16_t *coefY, const int16_t *coefUV) {
-  RgbToPacked16<4, false>(&portable::RGB32_2_YUYV16_Row, dst, src, count, coefY, coefUV);
+  RgbToPacked16<K::RGB32_2_YUYV16_Row, 4, false>(dst, src, count, coefY, coefUV);
 }
 
 void sse2::RGB32_2_UYVY16_Row(uint16_t *dst, const uint8_t *src, int32_t count,
                               const int16_t *coefY, const int16_t *coefUV) {
-  RgbToPacked16<4, true>(&portable::RGB32_2_UYVY16_Row, dst, src, count, coefY, coefUV);
+  RgbToPacked16<K::RGB32_2_UYVY16_Row, 4, true>(dst, src, count, coefY, coefUV);
 }
 
 void sse2::RGB48_2_YUV422_16_Row(uint16_t *dstY, uint16_t *dstU, uint16_t *dstV,
                                  const uint16_t *src, int32_t count, const int16_t *coefY,
                                  const int16_t *coefUV) {
-  const int32_t done = RgbTo422Blocks<3>(src, count, coefY, coefUV, [=](Index i, Yuv8 o) {
-    const __m128i c = ClampUp<10>(o.c);
-    Store(dstY + i, ClampUp<10>(o.y));
-    Store64(dstU + i / 2, c);
-    Store64(dstV + i / 2, _mm_srli_si128(c, 8));
-  });
-  portable::RGB48_2_YUV422_16_Row(dstY + done, dstU + done / 2, dstV + done / 2,
-                                  src + 3 * Index{done}, count - done, coefY, coefUV);
+  x86::InBlocks<K::RGB48_2_YUV422_16_Row, kBlock>(x86::Prepare([=] {
+                                                    return [w = YuvWeights(coefY, coefUV)](
+                                                               uint16_t *y, uint16_t *u,
+                                                               uint16_t *v, const uint16_t *s) {
+                                                      const Yuv8 o = RgbToYuv8<3>(s, w);
+                                                      const __m128i c = ClampUp<10>(o.c);
+                                                      Store(y, ClampUp<10>(o.y));
+                                                      Store64(u, c);
+                                                      Store64(v, _mm_srli_si128(c, 8));
+                                                    };
+                                                  }),
+                                                  dstY, dstU, dstV, src, count, coefY, coefUV);
 }
 
 }  // namespace tqcs

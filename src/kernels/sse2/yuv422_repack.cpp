@@ -182,8 +182,45 @@ inline void YUVAToPairs(Writer dst, const uint8_t *src, uint8_t *dstKey = nullpt
 }
 
 // Blocks of 32 pixels (sixteen pairs) of the 4:2:2 families, by the slot's
-// reader and writer over the block's rows.
+// reader and writer over the block's rows. Luma first is YUYV, chroma first
+// UYVY.
 constexpr int kPairBlock = 32;
+
+// The last pair is the portable routine's (kept: 2 pixels).
+template <K kSlot, bool kLumaFirst>
+void PackedToYUVA(uint8_t *dst, const uint8_t *src, int32_t count, uint8_t alpha) {
+  const ConstAlpha a(alpha);
+  x86::InBlocks<kSlot, kPairBlock, 2>(
+      [&](uint8_t *d, const uint8_t *s) { PairsToYUVA<1>(d, PackedReader<kLumaFirst>{s}, a); }, dst,
+      src, count, alpha);
+}
+
+template <K kSlot, bool kLumaFirst>
+void YUVAToPacked(uint8_t *dst, const uint8_t *src, int32_t count) {
+  x86::InBlocks<kSlot, kPairBlock>(
+      [](uint8_t *d, const uint8_t *s) { YUVAToPairs(PackedWriter<kLumaFirst>{d}, s); }, dst, src,
+      count);
+}
+
+template <K kSlot, bool kLumaFirst>
+void PlanarToPacked(uint8_t *dst, const uint8_t *srcY, const uint8_t *srcU, const uint8_t *srcV,
+                    int32_t count) {
+  x86::InBlocks<kSlot, kPairBlock>(
+      [](uint8_t *d, const uint8_t *y, const uint8_t *u, const uint8_t *v) {
+        PackedWriter<kLumaFirst>{d}.Write(0, PlanarReader{y, u, v}.Read(0));
+      },
+      dst, srcY, srcU, srcV, count);
+}
+
+template <K kSlot, bool kLumaFirst>
+void PackedToPlanar(uint8_t *dstY, uint8_t *dstU, uint8_t *dstV, const uint8_t *src,
+                    int32_t count) {
+  x86::InBlocks<kSlot, kPairBlock>(
+      [](uint8_t *y, uint8_t *u, uint8_t *v, const uint8_t *s) {
+        PlanarWriter{y, u, v}.Write(0, PackedReader<kLumaFirst>{s}.Read(0));
+      },
+      dstY, dstU, dstV, src, count);
+}
 
 }  // namespace
 }  // namespace tqcs::sse2
@@ -192,18 +229,11 @@ namespace tqcs {
 
 // ---- Packed 4:2:2 <-> Y,U,V,A ------------------------------------------------
 
-// The last pair is the portable routine's (kept: 2 pixels).
 void sse2::YUYV_2_YUVA_Row(uint8_t *dst, const uint8_t *src, int32_t count, uint8_t alpha) {
-  const ConstAlpha a(alpha);
-  x86::InBlocks<K::YUYV_2_YUVA_Row, kPairBlock, 2>(
-      [&](uint8_t *d, const uint8_t *s) { PairsToYUVA<1>(d, PackedReader<true>{s}, a); }, dst, src,
-      count, alpha);
+  PackedToYUVA<K::YUYV_2_YUVA_Row, true>(dst, src, count, alpha);
 }
 void sse2::UYVY_2_YUVA_Row(uint8_t *dst, const uint8_t *src, int32_t count, uint8_t alpha) {
-  const ConstAlpha a(alpha);
-  x86::InBlocks<K::UYVY_2_YUVA_Row, kPairBlock, 2>(
-      [&](uint8_t *d, const uint8_t *s) { PairsToYUVA<1>(d, PackedReader<false>{s}, a); }, dst, src,
-      count, alpha);
+  PackedToYUVA<K::UYVY_2_YUVA_Row, false>(dst, src, count, alpha);
 }
 void sse2::YUV422_2_YUVA_Row(uint8_t *dst, const uint8_t *srcY, const uint8_t *srcU,
                              const uint8_t *srcV, int32_t count, uint8_t alpha) {
@@ -216,13 +246,10 @@ void sse2::YUV422_2_YUVA_Row(uint8_t *dst, const uint8_t *srcY, const uint8_t *s
 }
 
 void sse2::YUVA_2_YUYV_Row(uint8_t *dst, const uint8_t *src, int32_t count) {
-  x86::InBlocks<K::YUVA_2_YUYV_Row, kPairBlock>(
-      [](uint8_t *d, const uint8_t *s) { YUVAToPairs(PackedWriter<true>{d}, s); }, dst, src, count);
+  YUVAToPacked<K::YUVA_2_YUYV_Row, true>(dst, src, count);
 }
 void sse2::YUVA_2_UYVY_Row(uint8_t *dst, const uint8_t *src, int32_t count) {
-  x86::InBlocks<K::YUVA_2_UYVY_Row, kPairBlock>(
-      [](uint8_t *d, const uint8_t *s) { YUVAToPairs(PackedWriter<false>{d}, s); }, dst, src,
-      count);
+  YUVAToPacked<K::YUVA_2_UYVY_Row, false>(dst, src, count);
 }
 void sse2::YUVA_2_YUV422_Row(uint8_t *dstY, uint8_t *dstU, uint8_t *dstV, const uint8_t *src,
                              int32_t count) {
@@ -237,35 +264,19 @@ void sse2::YUVA_2_YUV422_Row(uint8_t *dstY, uint8_t *dstU, uint8_t *dstV, const 
 
 void sse2::YUV422_2_YUYV_Row(uint8_t *dst, const uint8_t *srcY, const uint8_t *srcU,
                              const uint8_t *srcV, int32_t count) {
-  x86::InBlocks<K::YUV422_2_YUYV_Row, kPairBlock>(
-      [](uint8_t *d, const uint8_t *y, const uint8_t *u, const uint8_t *v) {
-        PackedWriter<true>{d}.Write(0, PlanarReader{y, u, v}.Read(0));
-      },
-      dst, srcY, srcU, srcV, count);
+  PlanarToPacked<K::YUV422_2_YUYV_Row, true>(dst, srcY, srcU, srcV, count);
 }
 void sse2::YUV422_2_UYVY_Row(uint8_t *dst, const uint8_t *srcY, const uint8_t *srcU,
                              const uint8_t *srcV, int32_t count) {
-  x86::InBlocks<K::YUV422_2_UYVY_Row, kPairBlock>(
-      [](uint8_t *d, const uint8_t *y, const uint8_t *u, const uint8_t *v) {
-        PackedWriter<false>{d}.Write(0, PlanarReader{y, u, v}.Read(0));
-      },
-      dst, srcY, srcU, srcV, count);
+  PlanarToPacked<K::YUV422_2_UYVY_Row, false>(dst, srcY, srcU, srcV, count);
 }
 void sse2::YUYV_2_YUV422_Row(uint8_t *dstY, uint8_t *dstU, uint8_t *dstV, const uint8_t *src,
                              int32_t count) {
-  x86::InBlocks<K::YUYV_2_YUV422_Row, kPairBlock>(
-      [](uint8_t *y, uint8_t *u, uint8_t *v, const uint8_t *s) {
-        PlanarWriter{y, u, v}.Write(0, PackedReader<true>{s}.Read(0));
-      },
-      dstY, dstU, dstV, src, count);
+  PackedToPlanar<K::YUYV_2_YUV422_Row, true>(dstY, dstU, dstV, src, count);
 }
 void sse2::UYVY_2_YUV422_Row(uint8_t *dstY, uint8_t *dstU, uint8_t *dstV, const uint8_t *src,
                              int32_t count) {
-  x86::InBlocks<K::UYVY_2_YUV422_Row, kPairBlock>(
-      [](uint8_t *y, uint8_t *u, uint8_t *v, const uint8_t *s) {
-        PlanarWriter{y, u, v}.Write(0, PackedReader<false>{s}.Read(0));
-      },
-      dstY, dstU, dstV, src, count);
+  PackedToPlanar<K::UYVY_2_YUV422_Row, false>(dstY, dstU, dstV, src, count);
 }
 
 // ---- Key planes --------------------------------------------------------------------

@@ -3,8 +3,11 @@
 // weights and the four-component store. The last pair (or group) of a row
 // is always left to the portable routine, which applies its own rule to the
 // row's end.
+#include <type_traits>
+
 #include "kernels/kernel_slots.hpp"
 #include "kernels/sse2/deep_pixels.hpp"
+#include "kernels/x86/in_blocks.hpp"
 
 namespace tqcs::sse2 {
 namespace {
@@ -64,10 +67,10 @@ struct PackedPairs16 {
   const uint16_t *src;
   static __m128i Luma(__m128i v) { return kUyvy ? High16(v) : Low16(v); }
   static __m128i Chroma(__m128i v) { return kUyvy ? Low16(v) : High16(v); }
-  Pairs4 At(Index p) const {
-    const __m128i a = _mm_srli_epi16(Load(src + 4 * p), 6);
-    const __m128i b = _mm_srli_epi16(Load(src + 4 * p + 8), 6);
-    const __m128i n = _mm_srli_epi16(Load64(src + 4 * p + 16), 6);  // pair p + 4
+  Pairs4 Read() const {
+    const __m128i a = _mm_srli_epi16(Load(src), 6);
+    const __m128i b = _mm_srli_epi16(Load(src + 8), 6);
+    const __m128i n = _mm_srli_epi16(Load64(src + 16), 6);  // pair 4
     const __m128i c = _mm_packs_epi32(Chroma(a), Chroma(b));
     const __m128i c4 = _mm_packs_epi32(Chroma(n), Chroma(n));
     return {_mm_packs_epi32(Luma(a), Luma(b)), c,
@@ -80,57 +83,53 @@ struct PlanarPairs16 {
   static __m128i Chroma(const uint16_t *u, const uint16_t *v) {
     return _mm_srli_epi16(_mm_unpacklo_epi16(Load64(u), Load64(v)), 6);
   }
-  Pairs4 At(Index p) const {
-    return {_mm_srli_epi16(Load(y + 2 * p), 6), Chroma(u + p, v + p), Chroma(u + p + 1, v + p + 1)};
-  }
+  Pairs4 Read() const { return {_mm_srli_epi16(Load(y), 6), Chroma(u, v), Chroma(u + 1, v + 1)}; }
 };
 
-// The whole blocks of four pairs that have a next pair inside the row (the
-// last pair is always left to the portable routine); returns the pixels done.
-// Output samples: 16-bit (value << 6, alpha kAlpha) or bytes (value >> 2,
-// alpha 255).
-template <bool kBgr, uint16_t kAlpha, class Out, class Reader>
-int32_t Yuv10ToRgbBlocks(Out *dst, Reader src, int32_t count, const int16_t *coefA,
-                         const int16_t *coefB) {
-  const Index pairs = count / 2;
-  if (pairs < 5) return 0;
-  const RgbWeights w(coefA, coefB);
-  const __m128i half = _mm_set1_epi16(512), top = _mm_set1_epi16(1023), zero = _mm_setzero_si128();
-  const __m128i alpha = _mm_set1_epi16(static_cast<short>(kAlpha));
-  Index p = 0;
-  for (; p + 5 <= pairs; p += 4) {
-    const Pairs4 s = src.At(p);
-    const __m128i even = _mm_sub_epi16(s.c, half);
-    const __m128i odd = _mm_sub_epi16(_mm_avg_epu16(s.c, s.next), half);
-    __m128i rgb[3] = {Delta8(even, odd, w.r), Delta8(even, odd, w.g), Delta8(even, odd, w.b)};
-    for (auto &v : rgb) {
-      v = _mm_min_epi16(_mm_max_epi16(_mm_add_epi16(s.y, v), zero), top);
-      v = sizeof(Out) == 2 ? _mm_slli_epi16(v, 6) : _mm_srli_epi16(v, 2);
-    }
-    StoreRgba8<kBgr>(dst + 8 * p, rgb[0], rgb[1], rgb[2], alpha);
-  }
-  return static_cast<int32_t>(2 * p);
+// Blocks of four pairs that have a next pair inside the row: the last pair
+// (2 pixels) is always left to the portable routine. Output samples: 16-bit
+// (value << 6, alpha kAlpha) or bytes (value >> 2, alpha 255). The body reads
+// a block's source rows through reader(rows...); the weights (coefA, coefB,
+// also among the slot's arguments) are read only when a block runs.
+template <K kSlot, bool kBgr, uint16_t kAlpha, class Reader, class... A>
+inline void Yuv10ToRgb(Reader reader, const int16_t *coefA, const int16_t *coefB, A... args) {
+  x86::InBlocks<kSlot, kBlock, 2>(
+      x86::Prepare([=] {
+        return [reader, w = RgbWeights(coefA, coefB)](auto *d, auto... r) {
+          using Out = std::remove_pointer_t<decltype(d)>;
+          const __m128i half = _mm_set1_epi16(512), top = _mm_set1_epi16(1023);
+          const __m128i zero = _mm_setzero_si128();
+          const Pairs4 s = reader(r...).Read();
+          const __m128i even = _mm_sub_epi16(s.c, half);
+          const __m128i odd = _mm_sub_epi16(_mm_avg_epu16(s.c, s.next), half);
+          __m128i rgb[3] = {Delta8(even, odd, w.r), Delta8(even, odd, w.g), Delta8(even, odd, w.b)};
+          for (auto &v : rgb) {
+            v = _mm_min_epi16(_mm_max_epi16(_mm_add_epi16(s.y, v), zero), top);
+            v = sizeof(Out) == 2 ? _mm_slli_epi16(v, 6) : _mm_srli_epi16(v, 2);
+          }
+          StoreRgba8<kBgr>(d, rgb[0], rgb[1], rgb[2], _mm_set1_epi16(static_cast<short>(kAlpha)));
+        };
+      }),
+      args...);
 }
 
-// Packed 16-bit 4:2:2 to RGB: the blocks, then the rest.
-template <bool kBgr, uint16_t kAlpha, bool kUyvy, class Out>
-void Packed16ToRgb(void (*tail)(Out *, const uint16_t *, int32_t, const int16_t *, const int16_t *),
-                   Out *dst, const uint16_t *src, int32_t count, const int16_t *coefA,
-                   const int16_t *coefB) {
-  const int32_t done =
-      Yuv10ToRgbBlocks<kBgr, kAlpha>(dst, PackedPairs16<kUyvy>{src}, count, coefA, coefB);
-  tail(dst + Index{4} * done, src + Index{2} * done, count - done, coefA, coefB);
+// Packed 16-bit 4:2:2 to RGB.
+template <K kSlot, bool kBgr, uint16_t kAlpha, bool kUyvy, class Out>
+inline void Packed16ToRgb(Out *dst, const uint16_t *src, int32_t count, const int16_t *coefA,
+                          const int16_t *coefB) {
+  Yuv10ToRgb<kSlot, kBgr, kAlpha>([](const uint16_t *s) { return PackedPairs16<kUyvy>{s}; }, coefA,
+                                  coefB, dst, src, count, coefA, coefB);
 }
 
-template <bool kBgr, uint16_t kAlpha, class Out>
-void Planar10ToRgb(void (*tail)(Out *, const uint16_t *, const uint16_t *, const uint16_t *,
-                                int32_t, const int16_t *, const int16_t *),
-                   Out *dst, const uint16_t *srcY, const uint16_t *srcU, const uint16_t *srcV,
-                   int32_t count, const int16_t *coefA, const int16_t *coefB) {
-  const int32_t done =
-      Yuv10ToRgbBlocks<kBgr, kAlpha>(dst, PlanarPairs16{srcY, srcU, srcV}, count, coefA, coefB);
-  tail(dst + Index{4} * done, srcY + done, srcU + done / 2, srcV + done / 2, count - done, coefA,
-       coefB);
+template <K kSlot, bool kBgr, uint16_t kAlpha, class Out>
+inline void Planar10ToRgb(Out *dst, const uint16_t *srcY, const uint16_t *srcU,
+                          const uint16_t *srcV, int32_t count, const int16_t *coefA,
+                          const int16_t *coefB) {
+  Yuv10ToRgb<kSlot, kBgr, kAlpha>(
+      [](const uint16_t *y, const uint16_t *u, const uint16_t *v) {
+        return PlanarPairs16{y, u, v};
+      },
+      coefA, coefB, dst, srcY, srcU, srcV, count, coefA, coefB);
 }
 
 // (w . c + 8192) >> 14 of four pixels of centred interleaved chroma.
@@ -150,39 +149,37 @@ inline __m128i Chroma411(__m128i c, __m128i next) {
 }
 
 // 4:1:1 to RGB32: blocks of four groups (16 pixels) that have a next group
-// inside the row (the last group is always left to the portable routine).
-template <bool kBgr>
-void Yuv411ToRgb32(void (*tail)(uint8_t *, const uint8_t *, const uint8_t *, const uint8_t *,
-                                int32_t, const int16_t *, const int16_t *),
-                   uint8_t *dst, const uint8_t *srcY, const uint8_t *srcU, const uint8_t *srcV,
-                   int32_t count, const int16_t *coefA, const int16_t *coefB) {
-  const Index groups = count / 4;
-  Index g = 0;
-  if (groups >= 5) {
-    const RgbWeights w(coefA, coefB);
-    const __m128i zero = _mm_setzero_si128(), alpha = _mm_set1_epi16(255);
-    // U, V words of the four groups from `at`, interleaved.
-    auto chroma = [&](Index at) {
-      return _mm_unpacklo_epi8(_mm_unpacklo_epi8(Load32(srcU + at), Load32(srcV + at)), zero);
-    };
-    for (; g + 5 <= groups; g += 4) {
-      const __m128i c = chroma(g), n = chroma(g + 1);
-      const __m128i q[4] = {Chroma411<0>(c, n), Chroma411<1>(c, n), Chroma411<2>(c, n),
-                            Chroma411<3>(c, n)};
-      const __m128i y = Load(srcY + 4 * g);
-      const __m128i ys[2] = {_mm_unpacklo_epi8(y, zero), _mm_unpackhi_epi8(y, zero)};
-      for (int h = 0; h < 2; ++h) {
-        auto colour = [&](__m128i wc) {
-          return _mm_add_epi16(ys[h],
-                               _mm_packs_epi32(Delta4(q[2 * h], wc), Delta4(q[2 * h + 1], wc)));
+// inside the row; the last group (4 pixels) is always left to the portable
+// routine. The weights are read only when a block runs.
+template <K kSlot, bool kBgr>
+inline void Yuv411ToRgb32(uint8_t *dst, const uint8_t *srcY, const uint8_t *srcU,
+                          const uint8_t *srcV, int32_t count, const int16_t *coefA,
+                          const int16_t *coefB) {
+  x86::InBlocks<kSlot, 16, 4>(
+      x86::Prepare([=] {
+        return [w = RgbWeights(coefA, coefB)](uint8_t *d, const uint8_t *y, const uint8_t *u,
+                                              const uint8_t *v) {
+          const __m128i zero = _mm_setzero_si128(), alpha = _mm_set1_epi16(255);
+          // U, V words of the four groups from `at`, interleaved.
+          auto chroma = [&](int at) {
+            return _mm_unpacklo_epi8(_mm_unpacklo_epi8(Load32(u + at), Load32(v + at)), zero);
+          };
+          const __m128i c = chroma(0), n = chroma(1);
+          const __m128i q[4] = {Chroma411<0>(c, n), Chroma411<1>(c, n), Chroma411<2>(c, n),
+                                Chroma411<3>(c, n)};
+          const __m128i luma = Load(y);
+          const __m128i ys[2] = {_mm_unpacklo_epi8(luma, zero), _mm_unpackhi_epi8(luma, zero)};
+          for (int h = 0; h < 2; ++h) {
+            auto colour = [&](__m128i wc) {
+              return _mm_add_epi16(ys[h],
+                                   _mm_packs_epi32(Delta4(q[2 * h], wc), Delta4(q[2 * h + 1], wc)));
+            };
+            // Y + delta is within int16; the byte pack clamps it to 0..255.
+            StoreRgba8<kBgr>(d + 32 * h, colour(w.r), colour(w.g), colour(w.b), alpha);
+          }
         };
-        // Y + delta is within int16; the byte pack clamps it to 0..255.
-        StoreRgba8<kBgr>(dst + 16 * g + 32 * h, colour(w.r), colour(w.g), colour(w.b), alpha);
-      }
-    }
-  }
-  tail(dst + 16 * g, srcY + 4 * g, srcU + g, srcV + g, count - static_cast<int32_t>(4 * g), coefA,
-       coefB);
+      }),
+      dst, srcY, srcU, srcV, count, coefA, coefB);
 }
 
 }  // namespace
@@ -196,82 +193,81 @@ namespace tqcs {
 
 void sse2::YUYV16_2_RGB64_Row(uint16_t *dst, const uint16_t *src, int32_t count,
                               const int16_t *coefA, const int16_t *coefB) {
-  Packed16ToRgb<false, 0xFFA0, false>(&portable::YUYV16_2_RGB64_Row, dst, src, count, coefA, coefB);
+  Packed16ToRgb<K::YUYV16_2_RGB64_Row, false, 0xFFA0, false>(dst, src, count, coefA, coefB);
 }
 
 void sse2::UYVY16_2_RGB64_Row(uint16_t *dst, const uint16_t *src, int32_t count,
                               const int16_t *coefA, const int16_t *coefB) {
-  Packed16ToRgb<false, 0xFFA0, true>(&portable::UYVY16_2_RGB64_Row, dst, src, count, coefA, coefB);
+  Packed16ToRgb<K::UYVY16_2_RGB64_Row, false, 0xFFA0, true>(dst, src, count, coefA, coefB);
 }
 
 void sse2::YUYV16_2_BGR64_Row(uint16_t *dst, const uint16_t *src, int32_t count,
                               const int16_t *coefA, const int16_t *coefB) {
-  Packed16ToRgb<true, 0xFFA0, false>(&portable::YUYV16_2_BGR64_Row, dst, src, count, coefA, coefB);
+  Packed16ToRgb<K::YUYV16_2_BGR64_Row, true, 0xFFA0, false>(dst, src, count, coefA, coefB);
 }
 
 void sse2::UYVY16_2_BGR64_Row(uint16_t *dst, const uint16_t *src, int32_t count,
                               const int16_t *coefA, const int16_t *coefB) {
-  Packed16ToRgb<true, 0xFFA0, true>(&portable::UYVY16_2_BGR64_Row, dst, src, count, coefA, coefB);
+  Packed16ToRgb<K::UYVY16_2_BGR64_Row, true, 0xFFA0, true>(dst, src, count, coefA, coefB);
 }
 
 void sse2::YUYV16_2_RGB32_Row(uint8_t *dst, const uint16_t *src, int32_t count,
                               const int16_t *coefA, const int16_t *coefB) {
-  Packed16ToRgb<false, 255, false>(&portable::YUYV16_2_RGB32_Row, dst, src, count, coefA, coefB);
+  Packed16ToRgb<K::YUYV16_2_RGB32_Row, false, 255, false>(dst, src, count, coefA, coefB);
 }
 
 void sse2::YUYV16_2_BGR32_Row(uint8_t *dst, const uint16_t *src, int32_t count,
                               const int16_t *coefA, const int16_t *coefB) {
-  Packed16ToRgb<true, 255, false>(&portable::YUYV16_2_BGR32_Row, dst, src, count, coefA, coefB);
+  Packed16ToRgb<K::YUYV16_2_BGR32_Row, true, 255, false>(dst, src, count, coefA, coefB);
 }
 
 void sse2::UYVY16_2_RGB32_Row(uint8_t *dst, const uint16_t *src, int32_t count,
                               const int16_t *coefA, const int16_t *coefB) {
-  Packed16ToRgb<false, 255, true>(&portable::UYVY16_2_RGB32_Row, dst, src, count, coefA, coefB);
+  Packed16ToRgb<K::UYVY16_2_RGB32_Row, false, 255, true>(dst, src, count, coefA, coefB);
 }
 
 void sse2::UYVY16_2_BGR32_Row(uint8_t *dst, const uint16_t *src, int32_t count,
                               const int16_t *coefA, const int16_t *coefB) {
-  Packed16ToRgb<true, 255, true>(&portable::UYVY16_2_BGR32_Row, dst, src, count, coefA, coefB);
+  Packed16ToRgb<K::UYVY16_2_BGR32_Row, true, 255, true>(dst, src, count, coefA, coefB);
 }
 
 void sse2::YUV422_10Bit_2_RGB64_Row(uint16_t *dst, const uint16_t *srcY, const uint16_t *srcU,
                                     const uint16_t *srcV, int32_t count, const int16_t *coefA,
                                     const int16_t *coefB) {
-  Planar10ToRgb<false, 0xFC00>(&portable::YUV422_10Bit_2_RGB64_Row, dst, srcY, srcU, srcV, count,
-                               coefA, coefB);
+  Planar10ToRgb<K::YUV422_10Bit_2_RGB64_Row, false, 0xFC00>(dst, srcY, srcU, srcV, count, coefA,
+                                                            coefB);
 }
 
 void sse2::YUV422_10Bit_2_BGR64_Row(uint16_t *dst, const uint16_t *srcY, const uint16_t *srcU,
                                     const uint16_t *srcV, int32_t count, const int16_t *coefA,
                                     const int16_t *coefB) {
-  Planar10ToRgb<true, 0xFC00>(&portable::YUV422_10Bit_2_BGR64_Row, dst, srcY, srcU, srcV, count,
-                              coefA, coefB);
+  Planar10ToRgb<K::YUV422_10Bit_2_BGR64_Row, true, 0xFC00>(dst, srcY, srcU, srcV, count, coefA,
+                                                           coefB);
 }
 
 void sse2::YUV422_10Bit_2_RGB32_Row(uint8_t *dst, const uint16_t *srcY, const uint16_t *srcU,
                                     const uint16_t *srcV, int32_t count, const int16_t *coefA,
                                     const int16_t *coefB) {
-  Planar10ToRgb<false, 255>(&portable::YUV422_10Bit_2_RGB32_Row, dst, srcY, srcU, srcV, count,
-                            coefA, coefB);
+  Planar10ToRgb<K::YUV422_10Bit_2_RGB32_Row, false, 255>(dst, srcY, srcU, srcV, count, coefA,
+                                                         coefB);
 }
 
 void sse2::YUV422_10Bit_2_BGR32_Row(uint8_t *dst, const uint16_t *srcY, const uint16_t *srcU,
                                     const uint16_t *srcV, int32_t count, const int16_t *coefA,
                                     const int16_t *coefB) {
-  Planar10ToRgb<true, 255>(&portable::YUV422_10Bit_2_BGR32_Row, dst, srcY, srcU, srcV, count, coefA,
-                           coefB);
+  Planar10ToRgb<K::YUV422_10Bit_2_BGR32_Row, true, 255>(dst, srcY, srcU, srcV, count, coefA, coefB);
 }
 
 void sse2::YUV411_2_RGB32_Row(uint8_t *dst, const uint8_t *srcY, const uint8_t *srcU,
                               const uint8_t *srcV, int32_t count, const int16_t *coefA,
                               const int16_t *coefB) {
-  Yuv411ToRgb32<false>(&portable::YUV411_2_RGB32_Row, dst, srcY, srcU, srcV, count, coefA, coefB);
+  Yuv411ToRgb32<K::YUV411_2_RGB32_Row, false>(dst, srcY, srcU, srcV, count, coefA, coefB);
 }
 
 void sse2::YUV411_2_BGR32_Row(uint8_t *dst, const uint8_t *srcY, const uint8_t *srcU,
                               const uint8_t *srcV, int32_t count, const int16_t *coefA,
                               const int16_t *coefB) {
-  Yuv411ToRgb32<true>(&portable::YUV411_2_BGR32_Row, dst, srcY, srcU, srcV, count, coefA, coefB);
+  Yuv411ToRgb32<K::YUV411_2_BGR32_Row, true>(dst, srcY, srcU, srcV, count, coefA, coefB);
 }
 
 }  // namespace tqcs

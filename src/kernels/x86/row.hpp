@@ -5,7 +5,7 @@
 // keeps its own copy compiled with its own instruction set: an SSSE3 unit's
 // copy can never be linked into an SSE2 path.
 //
-// The shape of every row kernel:
+// The shape of every row kernel (x86/in_blocks.hpp runs it):
 //   1. a main body over whole blocks of pixels, with unaligned loads and
 //      stores that stay inside the block's own bytes;
 //   2. the remaining pixels (fewer than a block, or the pairs a kernel must
