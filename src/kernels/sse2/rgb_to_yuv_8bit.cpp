@@ -25,7 +25,6 @@ using x86::Store;
 using x86::Store64;
 
 // Pixel and block indices; offsets of huge rows need 64 bits.
-using Index = std::ptrdiff_t;
 
 constexpr int32_t kBlock = 8;
 
@@ -145,8 +144,8 @@ inline __m128i EvenChroma(const Matrix &m, const Block &b) {
 }
 
 // ---------------------------------------------------------------- writers
-// A writer converts kBlocks consecutive blocks at a time (8 or 16 pixels, the
-// width of its narrowest store); step k covers pixels 8 * kBlocks * k on.
+// A writer stands at the destination rows of one step and converts kBlocks
+// consecutive blocks (8 or 16 pixels, the width of its narrowest store).
 
 struct PairOrderYUYV {
   static __m128i Lo(__m128i y, __m128i c) { return _mm_unpacklo_epi16(y, c); }
@@ -176,14 +175,14 @@ struct YuvaWriter {
   static constexpr int kBlocks = 1;
   uint8_t *dst;
   Alpha alpha;
-  void operator()(Index k, const Matrix &m, const Block (&b)[kBlocks]) const {
+  void operator()(const Matrix &m, const Block (&b)[kBlocks]) const {
     const Split &lo = b[0].s0, &hi = b[0].s1;
     // Y0..Y7 V0..V7 and U0..U7 A0..A7, then Y U pairs and V A pairs.
     const __m128i yv = _mm_packus_epi16(Apply8(m.y, lo, hi), Apply8(m.v, lo, hi));
     const __m128i ua = _mm_packus_epi16(Apply8(m.u, lo, hi), alpha(b[0]));
     const __m128i yuPairs = _mm_unpacklo_epi8(yv, ua), vaPairs = _mm_unpackhi_epi8(yv, ua);
-    Store(dst + 32 * k, _mm_unpacklo_epi16(yuPairs, vaPairs));
-    Store(dst + 32 * k + 16, _mm_unpackhi_epi16(yuPairs, vaPairs));
+    Store(dst, _mm_unpacklo_epi16(yuPairs, vaPairs));
+    Store(dst + 16, _mm_unpackhi_epi16(yuPairs, vaPairs));
   }
 };
 
@@ -191,11 +190,11 @@ template <class Order>
 struct PackedWriter {
   static constexpr int kBlocks = 1;
   uint8_t *dst;
-  void operator()(Index k, const Matrix &m, const Block (&b)[kBlocks]) const {
+  void operator()(const Matrix &m, const Block (&b)[kBlocks]) const {
     const __m128i y = Luma8(m, b[0]);
     const __m128i uv = EvenChroma(m, b[0]);
     const __m128i c = _mm_unpacklo_epi16(uv, _mm_srli_si128(uv, 8));  // U0 V0 U1 V1 ...
-    Store(dst + 16 * k, _mm_packus_epi16(Order::Lo(y, c), Order::Hi(y, c)));
+    Store(dst, _mm_packus_epi16(Order::Lo(y, c), Order::Hi(y, c)));
   }
 };
 
@@ -204,29 +203,29 @@ template <class Order>
 struct PackedKeyWriter {
   static constexpr int kBlocks = 1;
   uint8_t *dst, *dstKey;
-  void operator()(Index k, const Matrix &m, const Block (&b)[kBlocks]) const {
-    PackedWriter<Order>{dst}(k, m, b);
-    Store64(dstKey + 8 * k, _mm_packus_epi16(SourceAlpha{}(b[0]), _mm_setzero_si128()));
+  void operator()(const Matrix &m, const Block (&b)[kBlocks]) const {
+    PackedWriter<Order>{dst}(m, b);
+    Store64(dstKey, _mm_packus_epi16(SourceAlpha{}(b[0]), _mm_setzero_si128()));
   }
 };
 
 struct PlanarWriter {
   static constexpr int kBlocks = 2;
   uint8_t *y, *u, *v;
-  void operator()(Index k, const Matrix &m, const Block (&b)[kBlocks]) const {
-    Store(y + 16 * k, _mm_packus_epi16(Luma8(m, b[0]), Luma8(m, b[1])));
+  void operator()(const Matrix &m, const Block (&b)[kBlocks]) const {
+    Store(y, _mm_packus_epi16(Luma8(m, b[0]), Luma8(m, b[1])));
     const Split e0 = EvenPixels(b[0]), e1 = EvenPixels(b[1]);
     const __m128i uv = _mm_packus_epi16(Apply8(m.u, e0, e1), Apply8(m.v, e0, e1));
-    Store64(u + 8 * k, uv);
-    _mm_storeh_pi(reinterpret_cast<__m64 *>(v + 8 * k), _mm_castsi128_ps(uv));  // any alignment
+    Store64(u, uv);
+    _mm_storeh_pi(reinterpret_cast<__m64 *>(v), _mm_castsi128_ps(uv));  // any alignment
   }
 };
 
 struct LumaWriter {
   static constexpr int kBlocks = 2;
   uint8_t *dst;
-  void operator()(Index k, const Matrix &m, const Block (&b)[kBlocks]) const {
-    Store(dst + 16 * k, _mm_packus_epi16(Luma8(m, b[0]), Luma8(m, b[1])));
+  void operator()(const Matrix &m, const Block (&b)[kBlocks]) const {
+    Store(dst, _mm_packus_epi16(Luma8(m, b[0]), Luma8(m, b[1])));
   }
 };
 
@@ -236,7 +235,7 @@ template <int kBytes, class Writer>
 inline void Step(Writer write, const uint8_t *src, const Matrix &m) {
   Block b[Writer::kBlocks];
   for (int i = 0; i < Writer::kBlocks; ++i) b[i] = LoadBlock<kBytes>(src + kBytes * kBlock * i);
-  write(0, m, b);
+  write(m, b);
 }
 template <class Writer>
 constexpr int kStepOf = kBlock *Writer::kBlocks;

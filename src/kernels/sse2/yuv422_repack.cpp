@@ -18,7 +18,6 @@
 namespace tqcs::sse2 {
 namespace {
 
-using Index = std::ptrdiff_t;
 using x86::Every32;
 using x86::Load;
 using x86::LowBytes16;
@@ -37,10 +36,10 @@ struct Pairs16 {
 template <bool kLumaFirst>
 struct PackedReader {
   const uint8_t *src;
-  Pairs16 Read(Index p) const {
+  Pairs16 Read() const {
     Pairs16 s;
     for (int h = 0; h < 2; ++h) {
-      const __m128i a = Load(src + 4 * p + 32 * h), b = Load(src + 4 * p + 32 * h + 16);
+      const __m128i a = Load(src + 32 * h), b = Load(src + 32 * h + 16);
       const __m128i even =
           _mm_packus_epi16(_mm_and_si128(a, LowBytes16()), _mm_and_si128(b, LowBytes16()));
       const __m128i odd = _mm_packus_epi16(_mm_srli_epi16(a, 8), _mm_srli_epi16(b, 8));
@@ -49,9 +48,9 @@ struct PackedReader {
     }
     return s;
   }
-  // The chroma of pair p alone, U | V << 8 in lane 0.
-  __m128i Chroma(Index p) const {
-    const __m128i x = x86::Load32(src + 4 * p);
+  // The chroma of the pair after the block, U | V << 8 in lane 0.
+  __m128i ChromaAfter() const {
+    const __m128i x = x86::Load32(src + 64);
     const __m128i c = kLumaFirst ? _mm_srli_epi16(x, 8) : _mm_and_si128(x, LowBytes16());
     return _mm_packus_epi16(c, c);
   }
@@ -60,33 +59,32 @@ struct PackedReader {
 template <bool kLumaFirst>
 struct PackedWriter {
   uint8_t *dst;
-  void Write(Index p, const Pairs16 &s) const {
+  void Write(const Pairs16 &s) const {
     for (int h = 0; h < 2; ++h) {
       const __m128i first = kLumaFirst ? s.y[h] : s.uv[h], second = kLumaFirst ? s.uv[h] : s.y[h];
-      Store(dst + 4 * p + 32 * h, _mm_unpacklo_epi8(first, second));
-      Store(dst + 4 * p + 32 * h + 16, _mm_unpackhi_epi8(first, second));
+      Store(dst + 32 * h, _mm_unpacklo_epi8(first, second));
+      Store(dst + 32 * h + 16, _mm_unpackhi_epi8(first, second));
     }
   }
 };
 
 struct PlanarReader {
   const uint8_t *y, *u, *v;
-  Pairs16 Read(Index p) const {
-    const __m128i cu = Load(u + p), cv = Load(v + p);
-    return {{Load(y + 2 * p), Load(y + 2 * p + 16)},
-            {_mm_unpacklo_epi8(cu, cv), _mm_unpackhi_epi8(cu, cv)}};
+  Pairs16 Read() const {
+    const __m128i cu = Load(u), cv = Load(v);
+    return {{Load(y), Load(y + 16)}, {_mm_unpacklo_epi8(cu, cv), _mm_unpackhi_epi8(cu, cv)}};
   }
-  __m128i Chroma(Index p) const { return _mm_cvtsi32_si128(u[p] | v[p] << 8); }
+  __m128i ChromaAfter() const { return _mm_cvtsi32_si128(u[16] | v[16] << 8); }
 };
 
 struct PlanarWriter {
   uint8_t *y, *u, *v;
-  void Write(Index p, const Pairs16 &s) const {
-    Store(y + 2 * p, s.y[0]);
-    Store(y + 2 * p + 16, s.y[1]);
-    Store(u + p, _mm_packus_epi16(_mm_and_si128(s.uv[0], LowBytes16()),
-                                  _mm_and_si128(s.uv[1], LowBytes16())));
-    Store(v + p, _mm_packus_epi16(_mm_srli_epi16(s.uv[0], 8), _mm_srli_epi16(s.uv[1], 8)));
+  void Write(const Pairs16 &s) const {
+    Store(y, s.y[0]);
+    Store(y + 16, s.y[1]);
+    Store(u, _mm_packus_epi16(_mm_and_si128(s.uv[0], LowBytes16()),
+                              _mm_and_si128(s.uv[1], LowBytes16())));
+    Store(v, _mm_packus_epi16(_mm_srli_epi16(s.uv[0], 8), _mm_srli_epi16(s.uv[1], 8)));
   }
 };
 
@@ -121,13 +119,13 @@ struct AlphaWords {
 struct ConstAlpha {
   __m128i a;
   explicit ConstAlpha(uint8_t alpha) : a(_mm_set1_epi16(static_cast<int16_t>(alpha << 8))) {}
-  AlphaWords operator()(Index, int) const { return {a, a}; }
+  AlphaWords operator()(int) const { return {a, a}; }
 };
 // One byte per pixel from a key plane.
 struct KeyAlpha {
   const uint8_t *key;
-  AlphaWords operator()(Index p, int h) const {
-    const __m128i k = Load(key + 2 * p + 16 * h);
+  AlphaWords operator()(int h) const {
+    const __m128i k = Load(key + 16 * h);
     return {_mm_slli_epi16(k, 8), _mm_andnot_si128(LowBytes16(), k)};
   }
 };
@@ -136,15 +134,15 @@ struct KeyAlpha {
 // so the last pair is left to the portable routine's last-pair rule.
 template <int kRound, class Reader, class Alpha>
 inline void PairsToYUVA(uint8_t *dst, Reader src, Alpha alpha) {
-  const Pairs16 s = src.Read(0);
+  const Pairs16 s = src.Read();
   // The chroma of pairs 1 to 16.
   const __m128i next[2] = {
       _mm_or_si128(_mm_srli_si128(s.uv[0], 2), _mm_slli_si128(s.uv[1], 14)),
-      _mm_or_si128(_mm_srli_si128(s.uv[1], 2), _mm_slli_si128(src.Chroma(16), 14))};
+      _mm_or_si128(_mm_srli_si128(s.uv[1], 2), _mm_slli_si128(src.ChromaAfter(), 14))};
   for (int h = 0; h < 2; ++h) {
     const __m128i y = s.y[h], uv = s.uv[h];
     const __m128i odd = Mean<kRound>(uv, next[h]);
-    const AlphaWords a = alpha(0, h);
+    const AlphaWords a = alpha(h);
     // Per pixel two words: Y | U << 8 and V | A << 8.
     const __m128i e0 = _mm_or_si128(_mm_and_si128(y, LowBytes16()), _mm_slli_epi16(uv, 8));
     const __m128i e1 = _mm_or_si128(_mm_srli_epi16(uv, 8), a.even);
@@ -178,7 +176,7 @@ inline void YUVAToPairs(Writer dst, const uint8_t *src, uint8_t *dstKey = nullpt
     Store(dstKey, k0);
     Store(dstKey + 16, k1);
   }
-  dst.Write(0, s);
+  dst.Write(s);
 }
 
 // Blocks of 32 pixels (sixteen pairs) of the 4:2:2 families, by the slot's
@@ -207,7 +205,7 @@ void PlanarToPacked(uint8_t *dst, const uint8_t *srcY, const uint8_t *srcU, cons
                     int32_t count) {
   x86::InBlocks<kSlot, kPairBlock>(
       [](uint8_t *d, const uint8_t *y, const uint8_t *u, const uint8_t *v) {
-        PackedWriter<kLumaFirst>{d}.Write(0, PlanarReader{y, u, v}.Read(0));
+        PackedWriter<kLumaFirst>{d}.Write(PlanarReader{y, u, v}.Read());
       },
       dst, srcY, srcU, srcV, count);
 }
@@ -217,7 +215,7 @@ void PackedToPlanar(uint8_t *dstY, uint8_t *dstU, uint8_t *dstV, const uint8_t *
                     int32_t count) {
   x86::InBlocks<kSlot, kPairBlock>(
       [](uint8_t *y, uint8_t *u, uint8_t *v, const uint8_t *s) {
-        PlanarWriter{y, u, v}.Write(0, PackedReader<kLumaFirst>{s}.Read(0));
+        PlanarWriter{y, u, v}.Write(PackedReader<kLumaFirst>{s}.Read());
       },
       dstY, dstU, dstV, src, count);
 }

@@ -283,7 +283,7 @@ void PlanarRow(uint8_t *dst, const uint8_t *y, const uint8_t *u, const uint8_t *
 template <K kSlot, class Layout>
 void YuvaRow(uint8_t *dst, const uint8_t *src, int32_t count, TCS_T4) {
   const Weights w = LoadWeights(rv, gu, gv, bu);
-  x86::InBlocks<kSlot, 16>(
+  x86::InBlocks<kSlot, 16, YuvaReader::kKeep>(
       [&](uint8_t *d, const uint8_t *s) { ToRgb<Layout>(d, YuvaReader{s}, SourceAlpha{}, w); }, dst,
       src, count, rv, gu, gv, bu);
 }
