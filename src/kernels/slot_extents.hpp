@@ -257,11 +257,18 @@ constexpr auto MakeSlotExtents() {
 // Every tiered slot that has a SIMD routine in some tier, in family order.
 inline constexpr auto kSlotExtents = detail::MakeSlotExtents();
 
+// Where a slot's extents stand in the table; the table's size for slots that
+// are not listed.
+constexpr size_t ExtentsIndex(K slot) {
+  size_t i = 0;
+  while (i < kSlotExtents.size() && kSlotExtents[i].slot != slot) ++i;
+  return i;
+}
+
 // The extents of a slot; null for slots that are not listed.
 constexpr const SlotExtents *ExtentsOf(K slot) {
-  for (const SlotExtents &e : kSlotExtents)
-    if (e.slot == slot) return &e;
-  return nullptr;
+  const size_t i = ExtentsIndex(slot);
+  return i < kSlotExtents.size() ? &kSlotExtents[i] : nullptr;
 }
 constexpr const SlotExtents *ExtentsOf(int32_t slot) { return ExtentsOf(static_cast<K>(slot)); }
 

@@ -19,11 +19,10 @@
 namespace tqcs::test {
 
 // Row extents come from the library's table (kernels/slot_extents.hpp); the
-// names below let a test describe rows of its own the same way.
+// names below let a test describe rows of its own (the kernel object's
+// operations) the same way.
 using RowSize = RowExtent;
-using extent::Blocked8Plus2;
 using extent::CeilPairs;
-using extent::Fixed;
 using extent::Pairs;
 using extent::Px;
 using extent::Quads;

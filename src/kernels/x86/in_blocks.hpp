@@ -69,15 +69,16 @@ struct SlotRow<kSlot, void (*)(A...)> {
   using Args = std::tuple<A...>;
   static constexpr size_t kArgs = sizeof...(A);
   static constexpr std::array<ArgKind, kArgs> kKinds{KindOf<A>()...};
-  static constexpr const SlotExtents *kExtents = ExtentsOf(kSlot);
-  static_assert(kExtents != nullptr, "a SIMD slot needs its row extents in slot_extents.hpp");
+  static_assert(ExtentsIndex(kSlot) < kSlotExtents.size(),
+                "a SIMD slot needs its row extents in slot_extents.hpp");
+  static constexpr SlotExtents kExtents = kSlotExtents[ExtentsIndex(kSlot)];
 
   static constexpr size_t kRows = [] {
     size_t n = 0;
     for (ArgKind k : kKinds) n += k == ArgKind::Row ? 1 : 0;
     return n;
   }();
-  static_assert(kRows == kExtents->rowCount, "the extents list one entry per row pointer");
+  static_assert(kRows == kExtents.rowCount, "the extents list one entry per row pointer");
   // The argument position of each row pointer, and of the count.
   static constexpr std::array<size_t, kRows> kRowAt = [] {
     std::array<size_t, kRows> at{};
@@ -95,17 +96,17 @@ struct SlotRow<kSlot, void (*)(A...)> {
   // Bytes that row r advances per block, checked to be the same for every block.
   template <int kBlock>
   static constexpr int64_t BlockStep(size_t r) {
-    return kExtents->rows[r].Step(kBlock);
+    return kExtents.rows[r].Step(kBlock);
   }
   template <int kBlock>
   static constexpr bool WholeGroups() {
     for (size_t r = 0; r < kRows; ++r)
-      if (!kExtents->rows[r].Linear(kBlock)) return false;
+      if (!kExtents.rows[r].Linear(kBlock)) return false;
     return true;
   }
   static constexpr bool PerPixel() {
     for (size_t r = 0; r < kRows; ++r)
-      if (!kExtents->rows[r].Linear(1)) return false;
+      if (!kExtents.rows[r].Linear(1)) return false;
     return true;
   }
 
@@ -114,7 +115,8 @@ struct SlotRow<kSlot, void (*)(A...)> {
   static std::tuple_element_t<I, Args> Moved(const Args &args, int64_t done) {
     const auto a = std::get<I>(args);
     if constexpr (kKinds[I] == ArgKind::Row) {
-      return Advance(a, kExtents->rows[OrdinalOf(kKinds, I)].Step(done));
+      constexpr RowExtent kRow = kExtents.rows[OrdinalOf(kKinds, I)];
+      return Advance(a, kRow.Step(done));
     } else if constexpr (kKinds[I] == ArgKind::Count) {
       return static_cast<int32_t>(a - done);
     } else {
@@ -143,7 +145,8 @@ struct SlotRow<kSlot, void (*)(A...)> {
   static void Loop(const Block &block, const Args &args, int64_t blocks,
                    std::index_sequence<R...>) {
     for (int64_t b = 0; b < blocks; ++b)
-      block(Advance(std::get<kRowAt[R]>(args), b * BlockStep<kBlock>(R))...);
+      block(Advance(std::get<kRowAt[R]>(args),
+                    b * std::integral_constant<int64_t, BlockStep<kBlock>(R)>{})...);
   }
 
   template <int kBlock, int kKeep, class Body>
