@@ -285,24 +285,34 @@ void sse2::BGR24_2_HSV_Row(uint16_t *dstH, uint8_t *dstS, uint8_t *dstV, const u
 }
 
 // One increment per sample is already as fast as the stores allow, so varied
-// pixels stay with the portable loop. Runs of one colour (flat areas, borders,
-// mattes) are found sixteen pixels at a time and counted with one add per
-// channel instead of sixteen increments of the same entry, each waiting for
-// the last. A cheap test of the last pixel against the first keeps varied
-// blocks from paying for the full comparison.
+// pixels stay with the portable loop, a run of varied blocks in one call.
+// Runs of one colour (flat areas, borders, mattes) are found sixteen pixels at
+// a time and counted with one add per channel instead of sixteen increments of
+// the same entry, each waiting for the last. A cheap test of the last pixel
+// against the first keeps varied blocks from paying for the full comparison.
+// The counts only add up, so their order does not matter.
 void sse2::RGB24_Histogram_Row(uint32_t *hist0, uint32_t *hist1, uint32_t *hist2,
                                const uint8_t *src, int32_t count) {
+  const uint8_t *varied = nullptr;  // the first block of the pending varied run
+  int32_t variedPixels = 0;
+  const auto countVaried = [&] {
+    if (variedPixels > 0) portable::RGB24_Histogram_Row(hist0, hist1, hist2, varied, variedPixels);
+    variedPixels = 0;
+  };
   x86::InBlocks<K::RGB24_Histogram_Row, kPixelBlock>(
-      [](uint32_t *h0, uint32_t *h1, uint32_t *h2, const uint8_t *s) {
+      [&](uint32_t *h0, uint32_t *h1, uint32_t *h2, const uint8_t *s) {
         if (s[0] != s[45] || s[1] != s[46] || s[2] != s[47] || !SameColour16(s)) {
-          portable::RGB24_Histogram_Row(h0, h1, h2, s, kPixelBlock);
+          if (variedPixels == 0) varied = s;
+          variedPixels += kPixelBlock;
           return;
         }
+        countVaried();
         AddCount(h0, s[0], 16);
         AddCount(h1, s[1], 16);
         AddCount(h2, s[2], 16);
       },
       hist0, hist1, hist2, src, count);
+  countVaried();
 }
 
 }  // namespace tqcs
