@@ -162,14 +162,16 @@ struct SlotRow<kSlot, void (*)(A...)> {
         Loop<kBlock>(body, args, blocks, std::make_index_sequence<kRows>{});
       }
     }
-    std::apply(kPortableTwin<kSlot>,
-               MovedAll(args, blocks * kBlock, std::make_index_sequence<kArgs>{}));
+    // A count below 1 writes nothing, so a row without pixels left needs no call.
+    if (count > blocks * kBlock)
+      std::apply(kPortableTwin<kSlot>,
+                 MovedAll(args, blocks * kBlock, std::make_index_sequence<kArgs>{}));
   }
 
   template <int kBlock, int kKeep, class Body>
   static void RunAfter(int32_t head, const Body &body, const Args &args) {
     static_assert(PerPixel(), "a head of any length needs rows of whole pixels");
-    Twin(args, head, std::make_index_sequence<kArgs>{});
+    if (head > 0) Twin(args, head, std::make_index_sequence<kArgs>{});
     Run<kBlock, kKeep>(body, MovedAll(args, head, std::make_index_sequence<kArgs>{}));
   }
 };
