@@ -25,11 +25,11 @@ constexpr int32_t kRow = 1920;
 // one row length apart.
 struct RowSet {
   explicit RowSet(int32_t slot) : sig(SignatureOf(slot)) {
-    const KernelShape &shape = *ShapeOf(slot);
+    const SlotExtents &shape = *ExtentsOf(slot);
     std::mt19937 rng(7);
     for (auto &row : coefs)
       for (auto &e : row) e = static_cast<int16_t>(rng() % 16384);
-    for (size_t r = 0; r < shape.rows.size(); ++r) {
+    for (size_t r = 0; r < shape.rowCount; ++r) {
       const size_t bytes = shape.rows[r].Bytes(kRow);
       const int before = sig.pitched[r] && !sig.written[r] ? shape.srcRowsBefore : 0;
       const int rows = sig.pitched[r] ? before + 2 : 1;
@@ -76,7 +76,7 @@ const bool g_registered = [] {
   const TCS_KernelTable &portable = KernelTableForLevel(0);
   const uint32_t machine = TCB_GetCPUInsHighDetected();
   for (int32_t slot = 0; slot < TCS_KERNEL_SLOT_COUNT; ++slot) {
-    if (!ShapeOf(slot)) continue;
+    if (!ExtentsOf(slot)) continue;
     bool any = false;
     for (uint32_t level : {1u, 2u, 4u}) {
       if (level > machine) continue;

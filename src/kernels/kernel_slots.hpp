@@ -27,7 +27,8 @@ TCS_KERNEL_SLOTS(TQCS_KERNEL_DECLARE)
 // The SIMD tiers declare every slot under the same name; each defines only the
 // slots it implements (tiers.cpp lists them), in units compiled with that
 // tier's instruction set alone. Their bodies hand the tail of a row to the
-// portable routine above, never to an inline copy of it.
+// portable routine above, never to an inline copy of it, through the one row
+// loop of x86/in_blocks.hpp and the row extents of slot_extents.hpp.
 namespace sse2 {
 TCS_KERNEL_SLOTS(TQCS_KERNEL_DECLARE)
 }

@@ -68,7 +68,7 @@ List SSE2List() {
       Stub<K::UYVY_Key_2_YUVA_Row>(), Stub<K::YUVA_2_UYVY_Key_Row>(),
       Stub<K::RGB24_2_RGB48_Expand_Row>(),
 
-      // sse2/repack_8bit.cpp
+      // sse2/yuv422_repack.cpp, rgb_repack.cpp, uv_interleave.cpp, clear_rows.cpp
       TQCS_SLOT(sse2, YUYV_2_YUVA_Row), TQCS_SLOT(sse2, YUVA_2_YUYV_Row),
       TQCS_SLOT(sse2, UYVY_2_YUVA_Row), TQCS_SLOT(sse2, YUVA_2_UYVY_Row),
       TQCS_SLOT(sse2, RGB24_2_RGB32_Row), TQCS_SLOT(sse2, RGB24_2_BGR32_Row),
@@ -129,7 +129,7 @@ List SSE2List() {
       TQCS_SLOT(sse2, Y8_2_Y16_Row), TQCS_SLOT(sse2, Y16_2_Y10_Pairs_Row),
       TQCS_SLOT(sse2, YUV422_16_2_YUYV_Row), TQCS_SLOT(sse2, YUV422_16_2_UYVY_Row),
 
-      // sse2/deep_color.cpp
+      // sse2/rgb_deep.cpp, rgb_to_yuv_deep.cpp, yuv_to_rgb_deep.cpp
       TQCS_SLOT(sse2, RGB48_2_YUYV16_Row), TQCS_SLOT(sse2, RGB48_2_UYVY16_Row),
       TQCS_SLOT(sse2, RGB24_2_YUYV16_Row), TQCS_SLOT(sse2, RGB24_2_UYVY16_Row),
       TQCS_SLOT(sse2, YUYV16_2_RGB64_Row), TQCS_SLOT(sse2, UYVY16_2_RGB64_Row),
@@ -167,7 +167,7 @@ List SSE2List() {
 // Byte-shuffle repacks (levels 2 to 4).
 List SSSE3List() {
   return Listed({
-      // ssse3/repack_8bit.cpp
+      // ssse3/rgb_repack.cpp
       TQCS_SLOT(ssse3, RGB24_2_RGB32_Row),
       TQCS_SLOT(ssse3, RGB24_2_BGR32_Row),
       TQCS_SLOT(ssse3, RGB32_2_BGR24_Row),
@@ -177,7 +177,7 @@ List SSSE3List() {
 // VEX-encoded SSE4.1 (level 4).
 List SSE41List() {
   return Listed({
-      // sse41/repack_8bit.cpp
+      // sse41/uv_interleave.cpp
       TQCS_SLOT(sse41, Int32_2_Int16_Deinterleave_Row),
   });
 }

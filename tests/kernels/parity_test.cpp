@@ -128,10 +128,10 @@ class Parity : public ::testing::TestWithParam<ParityCase> {
   // With inPlace, source 0 is destination 0 (filled with the source bytes).
   void Check(int32_t count, const Variant &v, bool inPlace = false) {
     const ParityCase &c = GetParam();
-    const KernelShape *shape = ShapeOf(c.slot);
-    ASSERT_NE(shape, nullptr) << "slot " << c.slot << " has a SIMD routine but no shape";
+    const SlotExtents *shape = ExtentsOf(c.slot);
+    ASSERT_NE(shape, nullptr) << "slot " << c.slot << " has a SIMD routine but no row extents";
     const SlotSignature sig = SignatureOf(c.slot);
-    ASSERT_EQ(shape->rows.size(), sig.written.size()) << "slot " << c.slot;
+    ASSERT_EQ(shape->rowCount, sig.written.size()) << "slot " << c.slot;
     std::mt19937 rng(static_cast<uint32_t>(count) * 7919u +
                      static_cast<uint32_t>(v.pattern * 31 + c.slot));
 
@@ -239,7 +239,7 @@ TEST_P(Parity, SameBytesAsPortable) {
 }
 
 TEST_P(Parity, InPlaceWhereThePortableRoutineAllowsIt) {
-  const KernelShape *shape = ShapeOf(GetParam().slot);
+  const SlotExtents *shape = ExtentsOf(GetParam().slot);
   if (!shape || !shape->inPlace) GTEST_SKIP() << "not an in-place kernel";
   for (int32_t count = 0; count <= 200; ++count) {
     Check(count, {Placement::EndAtGuard, 1, count % 4, 0, 255, static_cast<size_t>(count % 16), 0},

@@ -170,13 +170,13 @@ void HashGeneral() {
 
 // Rows of a pitched source span the rows its kernel reads before and after.
 void HashKernels(const TCS_KernelTable &table) {
-  for (const KernelShape &shape : AllShapes()) {
+  for (const SlotExtents &shape : kSlotExtents) {
     const int32_t slot = static_cast<int32_t>(shape.slot);
     const SlotSignature sig = SignatureOf(slot);
     uint64_t h = kFnvBasis;
     for (int32_t count : {1, 2, 3, 4, 5, 7, 8, 9, 15, 16, 17, 31, 32, 33, 47, 64, 100, 255}) {
       std::mt19937 rng(static_cast<uint32_t>(slot * 1000 + count));
-      std::vector<std::vector<uint8_t>> buffers(shape.rows.size());
+      std::vector<std::vector<uint8_t>> buffers(shape.rowCount);
       std::vector<std::vector<int16_t>> coefs(8, std::vector<int16_t>(8));
       CallArgs args;
       args.count = count;
@@ -185,7 +185,7 @@ void HashKernels(const TCS_KernelTable &table) {
         for (int16_t &c : row) c = static_cast<int16_t>(rng());
         args.coefs.push_back(row.data());
       }
-      for (size_t r = 0; r < shape.rows.size(); ++r) {
+      for (size_t r = 0; r < shape.rowCount; ++r) {
         const int64_t bytes = static_cast<int64_t>(shape.rows[r].Bytes(count));
         const int64_t pitch = sig.pitched[r] ? bytes + 5 : 0;
         const int before = sig.pitched[r] && !sig.written[r] ? shape.srcRowsBefore : 0;

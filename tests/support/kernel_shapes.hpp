@@ -1,11 +1,12 @@
-// The row extents of each tiered kernel slot, and a generic caller that hands
-// any slot its pointers, pitches, count, alpha and coefficient rows from its
-// typed signature. Differential tests and the per-slot benchmark use both, so
-// a slot needs one line here, not a test of its own.
+// The argument shape of each kernel slot, read from its typed signature, and a
+// generic caller that hands any slot its pointers, pitches, count, alpha and
+// coefficient rows. With the library's table of row extents, differential
+// tests and the per-slot benchmark need no line of their own per slot.
 #pragma once
 
 #include <TQColorSpace/TQColorSpace.h>
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <type_traits>
@@ -13,42 +14,19 @@
 #include <vector>
 
 #include "kernels/kernel_slots.hpp"
+#include "kernels/slot_extents.hpp"
 
 namespace tqcs::test {
 
-// Bytes of one row for a count: per pixel, per whole pair (count / 2), per
-// pair rounded up ((count + 1) / 2), per whole group of four pixels
-// (count / 4), plus a fixed part, plus per V210 word of the count / 2 whole
-// pairs (ceil(4 * (count / 2) / 3) words), plus per group of four rounded up
-// ((count + 3) / 4).
-struct RowSize {
-  int32_t perPixel = 0, perPair = 0, perCeilPair = 0, fixed = 0, perQuad = 0, perV210Word = 0,
-          perCeilQuad = 0;
-  size_t Bytes(int32_t count) const;
-};
-constexpr RowSize Px(int32_t n) { return {n, 0, 0, 0}; }
-constexpr RowSize Pairs(int32_t n) { return {0, n, 0, 0}; }
-constexpr RowSize CeilPairs(int32_t n) { return {0, 0, n, 0}; }
-constexpr RowSize Fixed(int32_t n) { return {0, 0, 0, n}; }
-constexpr RowSize Quads(int32_t n) { return {0, 0, 0, 0, n}; }
-constexpr RowSize V210Words() { return {0, 0, 0, 0, 0, 4}; }
-// An 8+2 row of count samples: a high byte each and a low byte per four.
-constexpr RowSize Blocked8Plus2() { return {1, 0, 0, 0, 0, 0, 1}; }
-
-// One slot: the size of every pointer argument other than coefficient rows,
-// in argument order. A pointer followed by a pitch is one of several rows: a
-// source spans `srcRowsBefore` rows before it and one after, a destination
-// one after.
-struct KernelShape {
-  K slot;
-  std::vector<RowSize> rows;
-  int srcRowsBefore = 0;
-  bool inPlace = false;  // the first source may be the first destination
-};
-
-// The shape of a slot, if it is listed.
-const KernelShape *ShapeOf(int32_t slot);
-const std::vector<KernelShape> &AllShapes();
+// Row extents come from the library's table (kernels/slot_extents.hpp); the
+// names below let a test describe rows of its own (the kernel object's
+// operations) the same way.
+using RowSize = RowExtent;
+using extent::CeilPairs;
+using extent::Pairs;
+using extent::Px;
+using extent::Quads;
+using extent::V210Words;
 
 // What a call is made of. Rows are the pointer arguments in order; pitches
 // belong to the pointer before them.
@@ -62,28 +40,12 @@ struct CallArgs {
 
 namespace detail {
 
-enum class Arg { Row, Pitch, Count, Alpha, Coef };
-
-template <class A>
-constexpr Arg KindOf() {
-  if constexpr (std::is_same_v<A, const int16_t *>) return Arg::Coef;
-  if constexpr (std::is_pointer_v<A>) return Arg::Row;
-  if constexpr (std::is_same_v<A, int64_t>) return Arg::Pitch;
-  if constexpr (std::is_same_v<A, int32_t>) return Arg::Count;
-  return Arg::Alpha;
-}
+using Arg = ArgKind;
 
 // Index among the arguments of the same kind (pitches: the row before).
 template <class... A>
 constexpr int OrdinalOf(size_t position) {
-  constexpr Arg kinds[] = {KindOf<A>()...};
-  int rows = 0, coefs = 0;
-  for (size_t i = 0; i < position; ++i) {
-    if (kinds[i] == Arg::Row) ++rows;
-    if (kinds[i] == Arg::Coef) ++coefs;
-  }
-  if (kinds[position] == Arg::Pitch) return rows - 1;
-  return kinds[position] == Arg::Coef ? coefs : rows;
+  return tqcs::OrdinalOf(std::array<Arg, sizeof...(A)>{KindOf<A>()...}, position);
 }
 
 template <class A, int kOrdinal>
@@ -93,7 +55,7 @@ A Pick(const CallArgs &a) {
   if constexpr (kind == Arg::Pitch) return a.pitches[kOrdinal];
   if constexpr (kind == Arg::Count) return a.count;
   if constexpr (kind == Arg::Coef) return a.coefs[kOrdinal];
-  if constexpr (kind == Arg::Alpha) return a.alpha;
+  if constexpr (kind == Arg::Constant) return a.alpha;
 }
 
 template <class Fn>

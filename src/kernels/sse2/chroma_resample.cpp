@@ -18,13 +18,13 @@
 // is exact for what is kept of them: the stored byte is bits 5 to 12 of the
 // sum, and those depend only on the sum modulo 2^16.
 #include "kernels/kernel_slots.hpp"
+#include "kernels/x86/in_blocks.hpp"
 #include "kernels/x86/row.hpp"
 
 namespace tqcs::sse2 {
 namespace {
 
 using x86::Advance;
-using x86::WholeBlocks;
 
 // Samples per block: 16 bytes of each 8-bit destination row, 32 bytes of a
 // 16-bit one.
@@ -180,63 +180,49 @@ struct Raw16To8 {
 enum class Edge { First, Last, Interior };
 
 template <Edge E, class P>
-void UpsamplePlane(typename P::Dst *dst, int64_t dstPitch, const typename P::Src *src,
-                   int64_t srcPitch, int32_t blocks) {
-  typename P::Dst *dst2 = Advance(dst, dstPitch);
-  const typename P::Src *next = Advance(src, srcPitch);
-  const typename P::Src *prev = Advance(src, -srcPitch);
-  for (int32_t b = 0; b < blocks; ++b) {
-    const int32_t i = b * kBlock;
-    const typename P::Block a = P::Read(src + i), n = P::Read(next + i);
-    if constexpr (E == Edge::Interior) {
-      const auto top = P::template Weigh8<7>(a, P::Read(prev + i));
-      const auto bottom = P::template Weigh8<5>(a, n);
-      P::Write(dst + i, top);
-      P::Write(dst2 + i, bottom);
-    } else {
-      const auto top = P::Plain(a);
-      const auto bottom = P::template Weigh8 < E == Edge::First ? 5 : 7 > (a, n);
-      P::Write(dst + i, top);
-      P::Write(dst2 + i, bottom);
-    }
+inline void UpsampleBlock(typename P::Dst *dst, int64_t dstPitch, const typename P::Src *src,
+                          int64_t srcPitch) {
+  const typename P::Block a = P::Read(src), n = P::Read(Advance(src, srcPitch));
+  if constexpr (E == Edge::Interior) {
+    const auto top = P::template Weigh8<7>(a, P::Read(Advance(src, -srcPitch)));
+    const auto bottom = P::template Weigh8<5>(a, n);
+    P::Write(dst, top);
+    P::Write(Advance(dst, dstPitch), bottom);
+  } else {
+    const auto top = P::Plain(a);
+    const auto bottom = P::template Weigh8 < E == Edge::First ? 5 : 7 > (a, n);
+    P::Write(dst, top);
+    P::Write(Advance(dst, dstPitch), bottom);
   }
 }
 
-// Both planes over whole blocks; the rest of the row goes to kTail, the
-// portable routine of the same slot.
-template <Edge E, class P, auto kTail>
+// Both planes, a block of each at a time.
+template <K kSlot, Edge E, class P>
 void Upsample(typename P::Dst *dstU, int64_t dstUPitch, typename P::Dst *dstV, int64_t dstVPitch,
               const typename P::Src *srcU, int64_t srcUPitch, const typename P::Src *srcV,
               int64_t srcVPitch, int32_t width) {
-  const int32_t blocks = WholeBlocks<kBlock>(width);
-  UpsamplePlane<E, P>(dstU, dstUPitch, srcU, srcUPitch, blocks);
-  UpsamplePlane<E, P>(dstV, dstVPitch, srcV, srcVPitch, blocks);
-  const int32_t done = blocks * kBlock;
-  if (done < width)
-    kTail(dstU + done, dstUPitch, dstV + done, dstVPitch, srcU + done, srcUPitch, srcV + done,
-          srcVPitch, width - done);
+  using Dst = typename P::Dst;
+  using Src = typename P::Src;
+  x86::InBlocks<kSlot, kBlock>(
+      [=](Dst *u, Dst *v, const Src *su, const Src *sv) {
+        UpsampleBlock<E, P>(u, dstUPitch, su, srcUPitch);
+        UpsampleBlock<E, P>(v, dstVPitch, sv, srcVPitch);
+      },
+      dstU, dstUPitch, dstV, dstVPitch, srcU, srcUPitch, srcV, srcVPitch, width);
 }
 
 // 4:2:2 -> 4:2:0: (3a + b + 2) >> 2, a the given row, b the row at +srcPitch.
-template <class P>
-void DownsamplePlane(typename P::Dst *dst, const typename P::Src *src, int64_t srcPitch,
-                     int32_t blocks) {
-  const typename P::Src *next = Advance(src, srcPitch);
-  for (int32_t b = 0; b < blocks; ++b) {
-    const int32_t i = b * kBlock;
-    P::Write(dst + i, P::Merge31(P::Read(src + i), P::Read(next + i)));
-  }
-}
-
-template <class P, auto kTail>
+template <K kSlot, class P>
 void Downsample(typename P::Dst *dstU, typename P::Dst *dstV, const typename P::Src *srcU,
                 int64_t srcUPitch, const typename P::Src *srcV, int64_t srcVPitch, int32_t width) {
-  const int32_t blocks = WholeBlocks<kBlock>(width);
-  DownsamplePlane<P>(dstU, srcU, srcUPitch, blocks);
-  DownsamplePlane<P>(dstV, srcV, srcVPitch, blocks);
-  const int32_t done = blocks * kBlock;
-  if (done < width)
-    kTail(dstU + done, dstV + done, srcU + done, srcUPitch, srcV + done, srcVPitch, width - done);
+  using Dst = typename P::Dst;
+  using Src = typename P::Src;
+  x86::InBlocks<kSlot, kBlock>(
+      [=](Dst *u, Dst *v, const Src *su, const Src *sv) {
+        P::Write(u, P::Merge31(P::Read(su), P::Read(Advance(su, srcUPitch))));
+        P::Write(v, P::Merge31(P::Read(sv), P::Read(Advance(sv, srcVPitch))));
+      },
+      dstU, dstV, srcU, srcUPitch, srcV, srcVPitch, width);
 }
 
 // ---------------------------------------------------------------------------
@@ -270,32 +256,26 @@ inline void SplitPairs(const Src *src, __m128i luma[2], __m128i chroma[2]) {
   }
 }
 
-template <class L, bool kLumaFirst, bool kRound, auto kTail, class Dst, class Src>
+template <K kSlot, class L, bool kLumaFirst, bool kRound, class Dst, class Src>
 void PackedTo420(Dst *dstY, int64_t dstYPitch, Dst *dstU, Dst *dstV, const Src *src,
                  int64_t srcPitch, int32_t count) {
   static_assert(sizeof(Dst) == sizeof(typename L::T));
-  constexpr int kLanes = 16 / sizeof(Dst);  // samples a vector
-  constexpr int kPairBlock = kLanes;        // 4 vectors of 4-sample pairs
-  const int32_t blocks = WholeBlocks<2 * kPairBlock>(count);
-  Dst *dstY2 = Advance(dstY, dstYPitch);
-  const Src *src2 = Advance(src, srcPitch);
-  for (int32_t b = 0; b < blocks; ++b) {
-    const int64_t p = int64_t{b} * kPairBlock;
-    __m128i ya[2], yb[2], ca[2], cb[2], c[2];
-    SplitPairs<L, kLumaFirst>(src + 4 * p, ya, ca);
-    SplitPairs<L, kLumaFirst>(src2 + 4 * p, yb, cb);
-    for (int k = 0; k < 2; ++k) c[k] = Merge31<L, kRound>(ca[k], cb[k]);
-    x86::Store(dstY + 2 * p, ya[0]);
-    x86::Store(dstY + 2 * p + kLanes, ya[1]);
-    x86::Store(dstY2 + 2 * p, yb[0]);
-    x86::Store(dstY2 + 2 * p + kLanes, yb[1]);
-    x86::Store(dstU + p, L::Even(c[0], c[1]));
-    x86::Store(dstV + p, L::Odd(c[0], c[1]));
-  }
-  const int64_t done = int64_t{blocks} * kPairBlock;
-  if (count - 2 * done >= 2)
-    kTail(dstY + 2 * done, dstYPitch, dstU + done, dstV + done, src + 4 * done, srcPitch,
-          static_cast<int32_t>(count - 2 * done));
+  constexpr int kLanes = 16 / sizeof(Dst);  // samples a vector; pairs a block
+  x86::InBlocks<kSlot, 2 * kLanes>(
+      [=](Dst *y, Dst *u, Dst *v, const Src *s) {
+        __m128i ya[2], yb[2], ca[2], cb[2], c[2];
+        SplitPairs<L, kLumaFirst>(s, ya, ca);
+        SplitPairs<L, kLumaFirst>(Advance(s, srcPitch), yb, cb);
+        for (int k = 0; k < 2; ++k) c[k] = Merge31<L, kRound>(ca[k], cb[k]);
+        Dst *y2 = Advance(y, dstYPitch);
+        x86::Store(y, ya[0]);
+        x86::Store(y + kLanes, ya[1]);
+        x86::Store(y2, yb[0]);
+        x86::Store(y2 + kLanes, yb[1]);
+        x86::Store(u, L::Even(c[0], c[1]));
+        x86::Store(v, L::Odd(c[0], c[1]));
+      },
+      dstY, dstYPitch, dstU, dstV, src, srcPitch, count);
 }
 
 }  // namespace
@@ -306,29 +286,29 @@ namespace tqcs {
 void sse2::YUV420_2_YUV422_UV_FirstRow(uint8_t *dstU, int64_t dstUPitch, uint8_t *dstV,
                                        int64_t dstVPitch, const uint8_t *srcU, int64_t srcUPitch,
                                        const uint8_t *srcV, int64_t srcVPitch, int32_t width) {
-  Upsample<Edge::First, Bytes, portable::YUV420_2_YUV422_UV_FirstRow>(
+  Upsample<K::YUV420_2_YUV422_UV_FirstRow, Edge::First, Bytes>(
       dstU, dstUPitch, dstV, dstVPitch, srcU, srcUPitch, srcV, srcVPitch, width);
 }
 
 void sse2::YUV420_2_YUV422_UV_LastRow(uint8_t *dstU, int64_t dstUPitch, uint8_t *dstV,
                                       int64_t dstVPitch, const uint8_t *srcU, int64_t srcUPitch,
                                       const uint8_t *srcV, int64_t srcVPitch, int32_t width) {
-  Upsample<Edge::Last, Bytes, portable::YUV420_2_YUV422_UV_LastRow>(
-      dstU, dstUPitch, dstV, dstVPitch, srcU, srcUPitch, srcV, srcVPitch, width);
+  Upsample<K::YUV420_2_YUV422_UV_LastRow, Edge::Last, Bytes>(dstU, dstUPitch, dstV, dstVPitch, srcU,
+                                                             srcUPitch, srcV, srcVPitch, width);
 }
 
 void sse2::YUV420_2_YUV422_UV_Row(uint8_t *dstU, int64_t dstUPitch, uint8_t *dstV,
                                   int64_t dstVPitch, const uint8_t *srcU, int64_t srcUPitch,
                                   const uint8_t *srcV, int64_t srcVPitch, int32_t width) {
-  Upsample<Edge::Interior, Bytes, portable::YUV420_2_YUV422_UV_Row>(
-      dstU, dstUPitch, dstV, dstVPitch, srcU, srcUPitch, srcV, srcVPitch, width);
+  Upsample<K::YUV420_2_YUV422_UV_Row, Edge::Interior, Bytes>(dstU, dstUPitch, dstV, dstVPitch, srcU,
+                                                             srcUPitch, srcV, srcVPitch, width);
 }
 
 void sse2::YUV420_16_2_YUV422_16_UV_FirstRow(uint16_t *dstU, int64_t dstUPitch, uint16_t *dstV,
                                              int64_t dstVPitch, const uint16_t *srcU,
                                              int64_t srcUPitch, const uint16_t *srcV,
                                              int64_t srcVPitch, int32_t width) {
-  Upsample<Edge::First, TenBit16, portable::YUV420_16_2_YUV422_16_UV_FirstRow>(
+  Upsample<K::YUV420_16_2_YUV422_16_UV_FirstRow, Edge::First, TenBit16>(
       dstU, dstUPitch, dstV, dstVPitch, srcU, srcUPitch, srcV, srcVPitch, width);
 }
 
@@ -336,14 +316,14 @@ void sse2::YUV420_16_2_YUV422_16_UV_LastRow(uint16_t *dstU, int64_t dstUPitch, u
                                             int64_t dstVPitch, const uint16_t *srcU,
                                             int64_t srcUPitch, const uint16_t *srcV,
                                             int64_t srcVPitch, int32_t width) {
-  Upsample<Edge::Last, TenBit16, portable::YUV420_16_2_YUV422_16_UV_LastRow>(
+  Upsample<K::YUV420_16_2_YUV422_16_UV_LastRow, Edge::Last, TenBit16>(
       dstU, dstUPitch, dstV, dstVPitch, srcU, srcUPitch, srcV, srcVPitch, width);
 }
 
 void sse2::YUV420_16_2_YUV422_16_UV_Row(uint16_t *dstU, int64_t dstUPitch, uint16_t *dstV,
                                         int64_t dstVPitch, const uint16_t *srcU, int64_t srcUPitch,
                                         const uint16_t *srcV, int64_t srcVPitch, int32_t width) {
-  Upsample<Edge::Interior, TenBit16, portable::YUV420_16_2_YUV422_16_UV_Row>(
+  Upsample<K::YUV420_16_2_YUV422_16_UV_Row, Edge::Interior, TenBit16>(
       dstU, dstUPitch, dstV, dstVPitch, srcU, srcUPitch, srcV, srcVPitch, width);
 }
 
@@ -351,7 +331,7 @@ void sse2::YUV420_16_2_YUV422_16_UV_Row(uint16_t *dstU, int64_t dstUPitch, uint1
 void sse2::YUV420_10Bit_2_YUV422_UV_Row(uint8_t *dstU, int64_t dstUPitch, uint8_t *dstV,
                                         int64_t dstVPitch, const uint16_t *srcU, int64_t srcUPitch,
                                         const uint16_t *srcV, int64_t srcVPitch, int32_t width) {
-  Upsample<Edge::Interior, Raw16To8, portable::YUV420_10Bit_2_YUV422_UV_Row>(
+  Upsample<K::YUV420_10Bit_2_YUV422_UV_Row, Edge::Interior, Raw16To8>(
       dstU, dstUPitch, dstV, dstVPitch, srcU, srcUPitch, srcV, srcVPitch, width);
 }
 
@@ -360,60 +340,59 @@ void sse2::YUV420_10Bit_2_YUV422_10Bit_UV_Row(uint16_t *dstU, int64_t dstUPitch,
                                               int64_t dstVPitch, const uint16_t *srcU,
                                               int64_t srcUPitch, const uint16_t *srcV,
                                               int64_t srcVPitch, int32_t width) {
-  Upsample<Edge::Interior, Raw16, portable::YUV420_10Bit_2_YUV422_10Bit_UV_Row>(
+  Upsample<K::YUV420_10Bit_2_YUV422_10Bit_UV_Row, Edge::Interior, Raw16>(
       dstU, dstUPitch, dstV, dstVPitch, srcU, srcUPitch, srcV, srcVPitch, width);
 }
 
 void sse2::YUV422_2_YUV420_UV_Row(uint8_t *dstU, uint8_t *dstV, const uint8_t *srcU,
                                   int64_t srcUPitch, const uint8_t *srcV, int64_t srcVPitch,
                                   int32_t width) {
-  Downsample<Bytes, portable::YUV422_2_YUV420_UV_Row>(dstU, dstV, srcU, srcUPitch, srcV, srcVPitch,
-                                                      width);
+  Downsample<K::YUV422_2_YUV420_UV_Row, Bytes>(dstU, dstV, srcU, srcUPitch, srcV, srcVPitch, width);
 }
 
 void sse2::YUV422_16_2_YUV420_16_UV_Row(uint16_t *dstU, uint16_t *dstV, const uint16_t *srcU,
                                         int64_t srcUPitch, const uint16_t *srcV, int64_t srcVPitch,
                                         int32_t width) {
-  Downsample<TenBit16, portable::YUV422_16_2_YUV420_16_UV_Row>(dstU, dstV, srcU, srcUPitch, srcV,
-                                                               srcVPitch, width);
+  Downsample<K::YUV422_16_2_YUV420_16_UV_Row, TenBit16>(dstU, dstV, srcU, srcUPitch, srcV,
+                                                        srcVPitch, width);
 }
 
 // Packed rows to 4:2:0. The 8-bit kernels round the chroma merge; the
 // 16-bit-source kernels do not.
 void sse2::YUYV_2_YUV420_UV_Row(uint8_t *dstY, int64_t dstYPitch, uint8_t *dstU, uint8_t *dstV,
                                 const uint8_t *src, int64_t srcPitch, int32_t count) {
-  PackedTo420<Lane8, true, true, portable::YUYV_2_YUV420_UV_Row>(dstY, dstYPitch, dstU, dstV, src,
-                                                                 srcPitch, count);
+  PackedTo420<K::YUYV_2_YUV420_UV_Row, Lane8, true, true>(dstY, dstYPitch, dstU, dstV, src,
+                                                          srcPitch, count);
 }
 
 void sse2::UYVY_2_YUV420_UV_Row(uint8_t *dstY, int64_t dstYPitch, uint8_t *dstU, uint8_t *dstV,
                                 const uint8_t *src, int64_t srcPitch, int32_t count) {
-  PackedTo420<Lane8, false, true, portable::UYVY_2_YUV420_UV_Row>(dstY, dstYPitch, dstU, dstV, src,
-                                                                  srcPitch, count);
+  PackedTo420<K::UYVY_2_YUV420_UV_Row, Lane8, false, true>(dstY, dstYPitch, dstU, dstV, src,
+                                                           srcPitch, count);
 }
 
 void sse2::YUYV16_2_YUV420_Row(uint8_t *dstY, int64_t dstYPitch, uint8_t *dstU, uint8_t *dstV,
                                const uint16_t *src, int64_t srcPitch, int32_t count) {
-  PackedTo420<Lane8, true, false, portable::YUYV16_2_YUV420_Row>(dstY, dstYPitch, dstU, dstV, src,
-                                                                 srcPitch, count);
+  PackedTo420<K::YUYV16_2_YUV420_Row, Lane8, true, false>(dstY, dstYPitch, dstU, dstV, src,
+                                                          srcPitch, count);
 }
 
 void sse2::UYVY16_2_YUV420_Row(uint8_t *dstY, int64_t dstYPitch, uint8_t *dstU, uint8_t *dstV,
                                const uint16_t *src, int64_t srcPitch, int32_t count) {
-  PackedTo420<Lane8, false, false, portable::UYVY16_2_YUV420_Row>(dstY, dstYPitch, dstU, dstV, src,
-                                                                  srcPitch, count);
+  PackedTo420<K::UYVY16_2_YUV420_Row, Lane8, false, false>(dstY, dstYPitch, dstU, dstV, src,
+                                                           srcPitch, count);
 }
 
 void sse2::UYVY16_2_YUV420_16_Row(uint16_t *dstY, int64_t dstYPitch, uint16_t *dstU, uint16_t *dstV,
                                   const uint16_t *src, int64_t srcPitch, int32_t count) {
-  PackedTo420<Lane16, false, false, portable::UYVY16_2_YUV420_16_Row>(dstY, dstYPitch, dstU, dstV,
-                                                                      src, srcPitch, count);
+  PackedTo420<K::UYVY16_2_YUV420_16_Row, Lane16, false, false>(dstY, dstYPitch, dstU, dstV, src,
+                                                               srcPitch, count);
 }
 
 void sse2::YUYV16_2_YUV420_16_Row(uint16_t *dstY, int64_t dstYPitch, uint16_t *dstU, uint16_t *dstV,
                                   const uint16_t *src, int64_t srcPitch, int32_t count) {
-  PackedTo420<Lane16, true, false, portable::YUYV16_2_YUV420_16_Row>(dstY, dstYPitch, dstU, dstV,
-                                                                     src, srcPitch, count);
+  PackedTo420<K::YUYV16_2_YUV420_16_Row, Lane16, true, false>(dstY, dstYPitch, dstU, dstV, src,
+                                                              srcPitch, count);
 }
 
 }  // namespace tqcs

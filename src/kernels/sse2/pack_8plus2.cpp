@@ -8,22 +8,13 @@
 // Blocks start at even samples, so the pair swaps of the rest are the same
 // whether counted from the row's start or from the block's.
 #include "kernels/kernel_slots.hpp"
+#include "kernels/x86/in_blocks.hpp"
 #include "kernels/x86/row.hpp"
 
 namespace tqcs::sse2 {
 namespace {
 
-constexpr int kBlock = 32;       // samples
-constexpr int kBlockBytes = 40;  // 32 high bytes, 8 low bytes
-
-// Runs block(b, samples before it, its bytes' offset) for every whole block of
-// a row of `samples`, then tail(the same two offsets) when samples remain.
-template <class Block, class Tail>
-inline void EachBlock(int64_t samples, Block block, Tail tail) {
-  int64_t at = 0, bytes = 0;
-  for (; at + kBlock <= samples; at += kBlock, bytes += kBlockBytes) block(at, bytes);
-  if (at < samples) tail(at, bytes);
-}
+constexpr int kBlock = 32;  // samples: 32 high bytes, 8 low bytes
 
 using x86::SwapBytes;
 
@@ -58,22 +49,17 @@ inline void Split16(uint8_t *dst, const __m128i s[4]) {
 // 8-bit samples moved into 8+2 blocks (kPack: value << 2, low parts zero) or
 // out of them (kPack false: the high bytes only, the low parts skipped
 // unread), each pair's bytes exchanged when kSwap.
-template <bool kPack, bool kSwap, auto kTail>
+template <K kSlot, bool kPack, bool kSwap>
 void MoveBytes(uint8_t *dst, const uint8_t *src, int32_t count) {
   const auto order = [](__m128i s) { return kSwap ? SwapBytes(s) : s; };
-  EachBlock(
-      count,
-      [&](int64_t at, int64_t bytes) {
-        const int64_t to = kPack ? bytes : at, from = kPack ? at : bytes;
-        const __m128i high0 = x86::Load(src + from), high1 = x86::Load(src + from + 16);
-        x86::Store(dst + to, order(high0));
-        x86::Store(dst + to + 16, order(high1));
-        if constexpr (kPack) x86::Store64(dst + to + 32, _mm_setzero_si128());
+  x86::InBlocks<kSlot, kBlock>(
+      [&](uint8_t *d, const uint8_t *s) {
+        const __m128i high0 = x86::Load(s), high1 = x86::Load(s + 16);
+        x86::Store(d, order(high0));
+        x86::Store(d + 16, order(high1));
+        if constexpr (kPack) x86::Store64(d + 32, _mm_setzero_si128());
       },
-      [&](int64_t at, int64_t bytes) {
-        const int64_t to = kPack ? bytes : at, from = kPack ? at : bytes;
-        kTail(dst + to, src + from, static_cast<int32_t>(count - at));
-      });
+      dst, src, count);
 }
 
 }  // namespace
@@ -82,17 +68,13 @@ void MoveBytes(uint8_t *dst, const uint8_t *src, int32_t count) {
 namespace tqcs {
 
 void sse2::Split16To8Plus2_Row(uint8_t *dst, const uint16_t *src, int32_t count) {
-  EachBlock(
-      count,
-      [&](int64_t at, int64_t bytes) {
-        const uint16_t *s = src + at;
+  x86::InBlocks<K::Split16To8Plus2_Row, kBlock>(
+      [](uint8_t *d, const uint16_t *s) {
         const __m128i samples[4] = {x86::Load(s), x86::Load(s + 8), x86::Load(s + 16),
                                     x86::Load(s + 24)};
-        Split16(dst + bytes, samples);
+        Split16(d, samples);
       },
-      [&](int64_t at, int64_t bytes) {
-        portable::Split16To8Plus2_Row(dst + bytes, src + at, static_cast<int32_t>(count - at));
-      });
+      dst, src, count);
 }
 
 // Each 16-bit sample is high << 8 | low part << 6. The low byte of each group
@@ -101,11 +83,10 @@ void sse2::Split16To8Plus2_Row(uint8_t *dst, const uint16_t *src, int32_t count)
 void sse2::Join8Plus2To16_Row(uint16_t *dst, const uint8_t *src, int32_t count) {
   const __m128i zero = _mm_setzero_si128(), bits67 = _mm_set1_epi16(0xC0);
   const __m128i toBit6 = _mm_setr_epi16(64, 16, 4, 1, 64, 16, 4, 1);
-  EachBlock(
-      count,
-      [&](int64_t at, int64_t bytes) {
-        const __m128i high[2] = {x86::Load(src + bytes), x86::Load(src + bytes + 16)};
-        const __m128i lows = _mm_unpacklo_epi8(x86::Load64(src + bytes + 32), zero);
+  x86::InBlocks<K::Join8Plus2To16_Row, kBlock>(
+      [&](uint16_t *d, const uint8_t *s) {
+        const __m128i high[2] = {x86::Load(s), x86::Load(s + 16)};
+        const __m128i lows = _mm_unpacklo_epi8(x86::Load64(s + 32), zero);
         // Low bytes 0-3 and 4-7, each twice in a 32-bit lane.
         const __m128i twice[2] = {_mm_unpacklo_epi16(lows, lows), _mm_unpackhi_epi16(lows, lows)};
         for (int j = 0; j < 4; ++j) {
@@ -115,49 +96,40 @@ void sse2::Join8Plus2To16_Row(uint16_t *dst, const uint8_t *src, int32_t count) 
           const __m128i four = j % 2 ? _mm_unpackhi_epi32(twice[j / 2], twice[j / 2])
                                      : _mm_unpacklo_epi32(twice[j / 2], twice[j / 2]);
           const __m128i low = _mm_and_si128(_mm_mullo_epi16(four, toBit6), bits67);
-          x86::Store(dst + at + 8 * j, _mm_or_si128(h, low));
+          x86::Store(d + 8 * j, _mm_or_si128(h, low));
         }
       },
-      [&](int64_t at, int64_t bytes) {
-        portable::Join8Plus2To16_Row(dst + at, src + bytes, static_cast<int32_t>(count - at));
-      });
+      dst, src, count);
 }
 
 void sse2::Pack8To8Plus2_Row(uint8_t *dst, const uint8_t *src, int32_t count) {
-  MoveBytes<true, false, portable::Pack8To8Plus2_Row>(dst, src, count);
+  MoveBytes<K::Pack8To8Plus2_Row, true, false>(dst, src, count);
 }
 
 void sse2::Pack8To8Plus2_SwapPairs_Row(uint8_t *dst, const uint8_t *src, int32_t count) {
-  MoveBytes<true, true, portable::Pack8To8Plus2_SwapPairs_Row>(dst, src, count);
+  MoveBytes<K::Pack8To8Plus2_SwapPairs_Row, true, true>(dst, src, count);
 }
 
 void sse2::Unpack8Plus2To8_Row(uint8_t *dst, const uint8_t *src, int32_t count) {
-  MoveBytes<false, false, portable::Unpack8Plus2To8_Row>(dst, src, count);
+  MoveBytes<K::Unpack8Plus2To8_Row, false, false>(dst, src, count);
 }
 
 void sse2::Unpack8Plus2To8_SwapPairs_Row(uint8_t *dst, const uint8_t *src, int32_t count) {
-  MoveBytes<false, true, portable::Unpack8Plus2To8_SwapPairs_Row>(dst, src, count);
+  MoveBytes<K::Unpack8Plus2To8_SwapPairs_Row, false, true>(dst, src, count);
 }
 
-// Planar 4:2:2: a block is 8 pairs interleaved Y0 U Y1 V; count / 2 whole
-// pairs (the odd last pixel is not written).
+// Planar 4:2:2: a block is 8 pairs (16 pixels, 32 samples) interleaved Y0 U
+// Y1 V; count / 2 whole pairs (the odd last pixel is not written).
 void sse2::YUV422_16_2_YUYV_8Plus2_Row(uint8_t *dst, const uint16_t *srcY, const uint16_t *srcU,
                                        const uint16_t *srcV, int32_t count) {
-  const int64_t samples = count < 2 ? 0 : int64_t{count / 2} * 4;
-  EachBlock(
-      samples,
-      [&](int64_t at, int64_t bytes) {
-        const int64_t p = at / 4;
-        const __m128i y[2] = {x86::Load(srcY + 2 * p), x86::Load(srcY + 2 * p + 8)};
+  x86::InBlocks<K::YUV422_16_2_YUYV_8Plus2_Row, kBlock / 2>(
+      [](uint8_t *d, const uint16_t *y, const uint16_t *u, const uint16_t *v) {
+        const __m128i luma[2] = {x86::Load(y), x86::Load(y + 8)};
         __m128i pairs[4];
-        x86::InterleavePairs<false>(y, x86::Load(srcU + p), x86::Load(srcV + p), pairs);
-        Split16(dst + bytes, pairs);
+        x86::InterleavePairs<false>(luma, x86::Load(u), x86::Load(v), pairs);
+        Split16(d, pairs);
       },
-      [&](int64_t at, int64_t bytes) {
-        const int64_t p = at / 4;
-        portable::YUV422_16_2_YUYV_8Plus2_Row(dst + bytes, srcY + 2 * p, srcU + p, srcV + p,
-                                              static_cast<int32_t>(count - 2 * p));
-      });
+      dst, srcY, srcU, srcV, count);
 }
 
 }  // namespace tqcs

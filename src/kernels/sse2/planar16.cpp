@@ -11,6 +11,7 @@
 // 8 bits of the shifted sample, so a value above 255 wraps. The lanes are
 // masked to their low byte before any saturating pack.
 #include "kernels/kernel_slots.hpp"
+#include "kernels/x86/in_blocks.hpp"
 #include "kernels/x86/row.hpp"
 
 namespace tqcs::sse2 {
@@ -94,19 +95,17 @@ inline void SortByPlace(const __m128i a[4], __m128i at[4]) {
 // byte rows are interleaved as bytes, then widened (a shift by 8 comes free
 // with the widening: the byte goes to the high half of its lane).
 template <bool kChromaFirst, int kPre>
-inline void LoadPairs(const uint16_t *y, const uint16_t *u, const uint16_t *v, int64_t p,
-                      __m128i out[4]) {
+inline void LoadPairs(const uint16_t *y, const uint16_t *u, const uint16_t *v, __m128i out[4]) {
   static_assert(kPre == 0);
-  const __m128i luma[2] = {x86::Load(y + 2 * p), x86::Load(y + 2 * p + 8)};
-  x86::InterleavePairs<kChromaFirst>(luma, x86::Load(u + p), x86::Load(v + p), out);
+  const __m128i luma[2] = {x86::Load(y), x86::Load(y + 8)};
+  x86::InterleavePairs<kChromaFirst>(luma, x86::Load(u), x86::Load(v), out);
 }
 
 template <bool kChromaFirst, int kPre>
-inline void LoadPairs(const uint8_t *y, const uint8_t *u, const uint8_t *v, int64_t p,
-                      __m128i out[4]) {
+inline void LoadPairs(const uint8_t *y, const uint8_t *u, const uint8_t *v, __m128i out[4]) {
   static_assert(kPre == 0 || kPre == 8);
-  const __m128i zero = _mm_setzero_si128(), luma = x86::Load(y + 2 * p);
-  const __m128i uv = _mm_unpacklo_epi8(x86::Load64(u + p), x86::Load64(v + p));
+  const __m128i zero = _mm_setzero_si128(), luma = x86::Load(y);
+  const __m128i uv = _mm_unpacklo_epi8(x86::Load64(u), x86::Load64(v));
   const __m128i first = kChromaFirst ? uv : luma, second = kChromaFirst ? luma : uv;
   const __m128i bytes[2] = {_mm_unpacklo_epi8(first, second), _mm_unpackhi_epi8(first, second)};
   for (int k = 0; k < 2; ++k) {
@@ -115,88 +114,63 @@ inline void LoadPairs(const uint8_t *y, const uint8_t *u, const uint8_t *v, int6
   }
 }
 
-// Hands the rest of a pair row to the portable routine from pair `done` on
-// (nothing when no whole pair is left: an odd last pixel is not written).
-template <class Tail>
-inline void PairTail(int32_t count, int64_t done, Tail tail) {
-  const int64_t rest = count - 2 * done;
-  if (rest >= 2) tail(done, static_cast<int32_t>(rest));
-}
-
 // Planar 4:2:2 rows of S samples to packed pairs of D samples, each sample
 // shifted by kShift; chroma first in each half pair when kChromaFirst (UYVY).
-template <bool kChromaFirst, int kShift, auto kTail, class D, class S>
+template <K kSlot, bool kChromaFirst, int kShift, class D, class S>
 void PlanarToPacked(D *dst, const S *srcY, const S *srcU, const S *srcV, int32_t count) {
   constexpr int kPre = sizeof(S) == 1 && kShift >= 8 ? 8 : 0;
-  const int64_t pairs = count / 2;
-  int64_t p = 0;
-  for (; p + kPairs <= pairs; p += kPairs) {
-    __m128i out[4];
-    LoadPairs<kChromaFirst, kPre>(srcY, srcU, srcV, p, out);
-    Store16<kShift - kPre>(dst + 4 * p, out[0], out[1]);
-    Store16<kShift - kPre>(dst + 4 * p + 16, out[2], out[3]);
-  }
-  PairTail(count, p, [&](int64_t at, int32_t rest) {
-    kTail(dst + 4 * at, srcY + 2 * at, srcU + at, srcV + at, rest);
-  });
+  x86::InBlocks<kSlot, 2 * kPairs>(
+      [](D *d, const S *y, const S *u, const S *v) {
+        __m128i out[4];
+        LoadPairs<kChromaFirst, kPre>(y, u, v, out);
+        Store16<kShift - kPre>(d, out[0], out[1]);
+        Store16<kShift - kPre>(d + 16, out[2], out[3]);
+      },
+      dst, srcY, srcU, srcV, count);
 }
 
 // Packed 16-bit pairs to planar 4:2:2 rows of D samples, each sample shifted
 // by kShift.
-template <bool kChromaFirst, int kShift, auto kTail, class D>
+template <K kSlot, bool kChromaFirst, int kShift, class D>
 void PackedToPlanar(D *dstY, D *dstU, D *dstV, const uint16_t *src, int32_t count) {
   // Places of Y0, U, Y1, V in a pair.
   constexpr int kY0 = kChromaFirst ? 1 : 0, kU = kChromaFirst ? 0 : 1, kY1 = kY0 + 2, kV = kU + 2;
-  const int64_t pairs = count / 2;
-  int64_t p = 0;
-  for (; p + kPairs <= pairs; p += kPairs) {
-    const uint16_t *s = src + 4 * p;
-    const __m128i a[4] = {x86::Load(s), x86::Load(s + 8), x86::Load(s + 16), x86::Load(s + 24)};
-    __m128i at[4];
-    SortByPlace(a, at);
-    Store16<kShift>(dstY + 2 * p, _mm_unpacklo_epi16(at[kY0], at[kY1]),
-                    _mm_unpackhi_epi16(at[kY0], at[kY1]));
-    StoreHalves<kShift>(dstU + p, dstV + p, at[kU], at[kV]);
-  }
-  PairTail(count, p, [&](int64_t at, int32_t rest) {
-    kTail(dstY + 2 * at, dstU + at, dstV + at, src + 4 * at, rest);
-  });
+  x86::InBlocks<kSlot, 2 * kPairs>(
+      [](D *y, D *u, D *v, const uint16_t *s) {
+        const __m128i a[4] = {x86::Load(s), x86::Load(s + 8), x86::Load(s + 16), x86::Load(s + 24)};
+        __m128i at[4];
+        SortByPlace(a, at);
+        Store16<kShift>(y, _mm_unpacklo_epi16(at[kY0], at[kY1]),
+                        _mm_unpackhi_epi16(at[kY0], at[kY1]));
+        StoreHalves<kShift>(u, v, at[kU], at[kV]);
+      },
+      dstY, dstU, dstV, src, count);
 }
 
 // Packed 16-bit pairs to packed bytes (the top byte of each sample), the
-// samples of each half pair exchanged when kSwap (YUYV to UYVY).
-template <bool kSwap, auto kTail>
+// samples of each half pair exchanged when kSwap (YUYV to UYVY). Blocks of
+// four pairs.
+template <K kSlot, bool kSwap>
 void PackedToBytes(uint8_t *dst, const uint16_t *src, int32_t count) {
-  constexpr int kBlockPairs = 4;
-  const int64_t pairs = count / 2;
-  int64_t p = 0;
-  for (; p + kBlockPairs <= pairs; p += kBlockPairs) {
-    const __m128i bytes = Narrow<-8>(x86::Load(src + 4 * p), x86::Load(src + 4 * p + 8));
-    x86::Store(dst + 4 * p, kSwap ? x86::SwapBytes(bytes) : bytes);
-  }
-  PairTail(count, p, [&](int64_t at, int32_t rest) { kTail(dst + 4 * at, src + 4 * at, rest); });
+  x86::InBlocks<kSlot, 8>(
+      [](uint8_t *d, const uint16_t *s) {
+        const __m128i bytes = Narrow<-8>(x86::Load(s), x86::Load(s + 8));
+        x86::Store(d, kSwap ? x86::SwapBytes(bytes) : bytes);
+      },
+      dst, src, count);
 }
 
-// `samples` samples of one plane, each shifted by kShift, in blocks of 16;
-// returns the number of samples done.
-template <int kShift, class D, class S>
-int64_t ShiftSamples(D *dst, const S *src, int64_t samples) {
-  int64_t i = 0;
-  for (; i + kSamples <= samples; i += kSamples) {
-    __m128i s[2];
-    Samples16(src + i, s);
-    Store16<kShift>(dst + i, s[0], s[1]);
-  }
-  return i;
-}
-
-// A single plane of `perPixel` samples a pixel; the portable routine takes
-// the pixels the blocks leave.
-template <int kShift, int kPerPixel, auto kTail, class D, class S>
+// A single plane of kPerPixel samples a pixel, each shifted by kShift, in
+// blocks of 16 samples.
+template <K kSlot, int kShift, int kPerPixel, class D, class S>
 void ShiftPlane(D *dst, const S *src, int32_t count) {
-  const int64_t samples = int64_t{count} * kPerPixel;
-  const int64_t done = ShiftSamples<kShift>(dst, src, samples);
-  if (done < samples) kTail(dst + done, src + done, static_cast<int32_t>(count - done / kPerPixel));
+  x86::InBlocks<kSlot, kSamples / kPerPixel>(
+      [](D *d, const S *s) {
+        __m128i v[2];
+        Samples16(s, v);
+        Store16<kShift>(d, v[0], v[1]);
+      },
+      dst, src, count);
 }
 
 }  // namespace
@@ -207,94 +181,94 @@ namespace tqcs {
 // 10-bit planes to 8-bit packed (see the compatibility note above).
 void sse2::YUV422_10Bit_2_YUYV_Row(uint8_t *dst, const uint16_t *srcY, const uint16_t *srcU,
                                    const uint16_t *srcV, int32_t count) {
-  PlanarToPacked<false, -2, portable::YUV422_10Bit_2_YUYV_Row>(dst, srcY, srcU, srcV, count);
+  PlanarToPacked<K::YUV422_10Bit_2_YUYV_Row, false, -2>(dst, srcY, srcU, srcV, count);
 }
 
 void sse2::YUV422_10Bit_2_UYVY_Row(uint8_t *dst, const uint16_t *srcY, const uint16_t *srcU,
                                    const uint16_t *srcV, int32_t count) {
-  PlanarToPacked<true, -2, portable::YUV422_10Bit_2_UYVY_Row>(dst, srcY, srcU, srcV, count);
+  PlanarToPacked<K::YUV422_10Bit_2_UYVY_Row, true, -2>(dst, srcY, srcU, srcV, count);
 }
 
 // 16-bit planes to 8-bit packed, top byte of each sample.
 void sse2::YUV422_16_2_YUYV_Row(uint8_t *dst, const uint16_t *srcY, const uint16_t *srcU,
                                 const uint16_t *srcV, int32_t count) {
-  PlanarToPacked<false, -8, portable::YUV422_16_2_YUYV_Row>(dst, srcY, srcU, srcV, count);
+  PlanarToPacked<K::YUV422_16_2_YUYV_Row, false, -8>(dst, srcY, srcU, srcV, count);
 }
 
 void sse2::YUV422_16_2_UYVY_Row(uint8_t *dst, const uint16_t *srcY, const uint16_t *srcU,
                                 const uint16_t *srcV, int32_t count) {
-  PlanarToPacked<true, -8, portable::YUV422_16_2_UYVY_Row>(dst, srcY, srcU, srcV, count);
+  PlanarToPacked<K::YUV422_16_2_UYVY_Row, true, -8>(dst, srcY, srcU, srcV, count);
 }
 
 // 16-bit planes to 16-bit packed, samples unchanged.
 void sse2::YUV422_16_2_YUYV16_Row(uint16_t *dst, const uint16_t *srcY, const uint16_t *srcU,
                                   const uint16_t *srcV, int32_t count) {
-  PlanarToPacked<false, 0, portable::YUV422_16_2_YUYV16_Row>(dst, srcY, srcU, srcV, count);
+  PlanarToPacked<K::YUV422_16_2_YUYV16_Row, false, 0>(dst, srcY, srcU, srcV, count);
 }
 
 void sse2::YUV422_16_2_UYVY16_Row(uint16_t *dst, const uint16_t *srcY, const uint16_t *srcU,
                                   const uint16_t *srcV, int32_t count) {
-  PlanarToPacked<true, 0, portable::YUV422_16_2_UYVY16_Row>(dst, srcY, srcU, srcV, count);
+  PlanarToPacked<K::YUV422_16_2_UYVY16_Row, true, 0>(dst, srcY, srcU, srcV, count);
 }
 
 // 8-bit planes to 16-bit packed.
 void sse2::YUV422_2_YUYV16_Row(uint16_t *dst, const uint8_t *srcY, const uint8_t *srcU,
                                const uint8_t *srcV, int32_t count) {
-  PlanarToPacked<false, 8, portable::YUV422_2_YUYV16_Row>(dst, srcY, srcU, srcV, count);
+  PlanarToPacked<K::YUV422_2_YUYV16_Row, false, 8>(dst, srcY, srcU, srcV, count);
 }
 
 void sse2::YUV422_2_UYVY16_Row(uint16_t *dst, const uint8_t *srcY, const uint8_t *srcU,
                                const uint8_t *srcV, int32_t count) {
-  PlanarToPacked<true, 8, portable::YUV422_2_UYVY16_Row>(dst, srcY, srcU, srcV, count);
+  PlanarToPacked<K::YUV422_2_UYVY16_Row, true, 8>(dst, srcY, srcU, srcV, count);
 }
 
 // 16-bit packed to 8-bit planes.
 void sse2::YUYV16_2_YUV422_Row(uint8_t *dstY, uint8_t *dstU, uint8_t *dstV, const uint16_t *src,
                                int32_t count) {
-  PackedToPlanar<false, -8, portable::YUYV16_2_YUV422_Row>(dstY, dstU, dstV, src, count);
+  PackedToPlanar<K::YUYV16_2_YUV422_Row, false, -8>(dstY, dstU, dstV, src, count);
 }
 
 void sse2::UYVY16_2_YUV422_Row(uint8_t *dstY, uint8_t *dstU, uint8_t *dstV, const uint16_t *src,
                                int32_t count) {
-  PackedToPlanar<true, -8, portable::UYVY16_2_YUV422_Row>(dstY, dstU, dstV, src, count);
+  PackedToPlanar<K::UYVY16_2_YUV422_Row, true, -8>(dstY, dstU, dstV, src, count);
 }
 
 // 16-bit packed to 16-bit planes.
 void sse2::UYVY16_2_YUV422_16_Row(uint16_t *dstY, uint16_t *dstU, uint16_t *dstV,
                                   const uint16_t *src, int32_t count) {
-  PackedToPlanar<true, 0, portable::UYVY16_2_YUV422_16_Row>(dstY, dstU, dstV, src, count);
+  PackedToPlanar<K::UYVY16_2_YUV422_16_Row, true, 0>(dstY, dstU, dstV, src, count);
 }
 
 void sse2::YUYV16_2_YUV422_16_Row(uint16_t *dstY, uint16_t *dstU, uint16_t *dstV,
                                   const uint16_t *src, int32_t count) {
-  PackedToPlanar<false, 0, portable::YUYV16_2_YUV422_16_Row>(dstY, dstU, dstV, src, count);
+  PackedToPlanar<K::YUYV16_2_YUV422_16_Row, false, 0>(dstY, dstU, dstV, src, count);
 }
 
 // 16-bit packed to 8-bit packed, same order or the other one.
 void sse2::YUYV16_2_YUYV_Row(uint8_t *dst, const uint16_t *src, int32_t count) {
-  PackedToBytes<false, portable::YUYV16_2_YUYV_Row>(dst, src, count);
+  PackedToBytes<K::YUYV16_2_YUYV_Row, false>(dst, src, count);
 }
 
 void sse2::YUYV16_2_UYVY_Row(uint8_t *dst, const uint16_t *src, int32_t count) {
-  PackedToBytes<true, portable::YUYV16_2_UYVY_Row>(dst, src, count);
+  PackedToBytes<K::YUYV16_2_UYVY_Row, true>(dst, src, count);
 }
 
 // Single planes.
 void sse2::Y10Bit_2_Y8_Row(uint8_t *dst, const uint16_t *src, int32_t count) {
-  ShiftPlane<-6, 1, portable::Y10Bit_2_Y8_Row>(dst, src, count);
+  ShiftPlane<K::Y10Bit_2_Y8_Row, -6, 1>(dst, src, count);
 }
 
 void sse2::Y16_2_Y10_Row(uint16_t *dst, const uint16_t *src, int32_t count) {
-  ShiftPlane<-6, 1, portable::Y16_2_Y10_Row>(dst, src, count);
+  ShiftPlane<K::Y16_2_Y10_Row, -6, 1>(dst, src, count);
 }
 
 void sse2::Y8_2_Y16_Row(uint16_t *dst, const uint8_t *src, int32_t count) {
-  ShiftPlane<6, 1, portable::Y8_2_Y16_Row>(dst, src, count);
+  ShiftPlane<K::Y8_2_Y16_Row, 6, 1>(dst, src, count);
 }
 
 // Two samples (Y and one chroma sample) a pixel of a packed 16-bit 4:2:2 row.
 void sse2::Y16_2_Y10_Pairs_Row(uint16_t *dst, const uint16_t *src, int32_t count) {
-  ShiftPlane<-6, 2, portable::Y16_2_Y10_Pairs_Row>(dst, src, count);
+  ShiftPlane<K::Y16_2_Y10_Pairs_Row, -6, 2>(dst, src, count);
 }
 
 }  // namespace tqcs

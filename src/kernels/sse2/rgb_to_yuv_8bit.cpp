@@ -13,6 +13,7 @@
 #include <cstddef>
 
 #include "kernels/kernel_slots.hpp"
+#include "kernels/x86/in_blocks.hpp"
 #include "kernels/x86/row.hpp"
 
 namespace tqcs::sse2 {
@@ -24,7 +25,6 @@ using x86::Store;
 using x86::Store64;
 
 // Pixel and block indices; offsets of huge rows need 64 bits.
-using Index = std::ptrdiff_t;
 
 constexpr int32_t kBlock = 8;
 
@@ -144,8 +144,8 @@ inline __m128i EvenChroma(const Matrix &m, const Block &b) {
 }
 
 // ---------------------------------------------------------------- writers
-// A writer converts kBlocks consecutive blocks at a time (8 or 16 pixels, the
-// width of its narrowest store); step k covers pixels 8 * kBlocks * k on.
+// A writer stands at the destination rows of one step and converts kBlocks
+// consecutive blocks (8 or 16 pixels, the width of its narrowest store).
 
 struct PairOrderYUYV {
   static __m128i Lo(__m128i y, __m128i c) { return _mm_unpacklo_epi16(y, c); }
@@ -175,14 +175,14 @@ struct YuvaWriter {
   static constexpr int kBlocks = 1;
   uint8_t *dst;
   Alpha alpha;
-  void operator()(Index k, const Matrix &m, const Block (&b)[kBlocks]) const {
+  void operator()(const Matrix &m, const Block (&b)[kBlocks]) const {
     const Split &lo = b[0].s0, &hi = b[0].s1;
     // Y0..Y7 V0..V7 and U0..U7 A0..A7, then Y U pairs and V A pairs.
     const __m128i yv = _mm_packus_epi16(Apply8(m.y, lo, hi), Apply8(m.v, lo, hi));
     const __m128i ua = _mm_packus_epi16(Apply8(m.u, lo, hi), alpha(b[0]));
     const __m128i yuPairs = _mm_unpacklo_epi8(yv, ua), vaPairs = _mm_unpackhi_epi8(yv, ua);
-    Store(dst + 32 * k, _mm_unpacklo_epi16(yuPairs, vaPairs));
-    Store(dst + 32 * k + 16, _mm_unpackhi_epi16(yuPairs, vaPairs));
+    Store(dst, _mm_unpacklo_epi16(yuPairs, vaPairs));
+    Store(dst + 16, _mm_unpackhi_epi16(yuPairs, vaPairs));
   }
 };
 
@@ -190,11 +190,11 @@ template <class Order>
 struct PackedWriter {
   static constexpr int kBlocks = 1;
   uint8_t *dst;
-  void operator()(Index k, const Matrix &m, const Block (&b)[kBlocks]) const {
+  void operator()(const Matrix &m, const Block (&b)[kBlocks]) const {
     const __m128i y = Luma8(m, b[0]);
     const __m128i uv = EvenChroma(m, b[0]);
     const __m128i c = _mm_unpacklo_epi16(uv, _mm_srli_si128(uv, 8));  // U0 V0 U1 V1 ...
-    Store(dst + 16 * k, _mm_packus_epi16(Order::Lo(y, c), Order::Hi(y, c)));
+    Store(dst, _mm_packus_epi16(Order::Lo(y, c), Order::Hi(y, c)));
   }
 };
 
@@ -203,77 +203,84 @@ template <class Order>
 struct PackedKeyWriter {
   static constexpr int kBlocks = 1;
   uint8_t *dst, *dstKey;
-  void operator()(Index k, const Matrix &m, const Block (&b)[kBlocks]) const {
-    PackedWriter<Order>{dst}(k, m, b);
-    Store64(dstKey + 8 * k, _mm_packus_epi16(SourceAlpha{}(b[0]), _mm_setzero_si128()));
+  void operator()(const Matrix &m, const Block (&b)[kBlocks]) const {
+    PackedWriter<Order>{dst}(m, b);
+    Store64(dstKey, _mm_packus_epi16(SourceAlpha{}(b[0]), _mm_setzero_si128()));
   }
 };
 
 struct PlanarWriter {
   static constexpr int kBlocks = 2;
   uint8_t *y, *u, *v;
-  void operator()(Index k, const Matrix &m, const Block (&b)[kBlocks]) const {
-    Store(y + 16 * k, _mm_packus_epi16(Luma8(m, b[0]), Luma8(m, b[1])));
+  void operator()(const Matrix &m, const Block (&b)[kBlocks]) const {
+    Store(y, _mm_packus_epi16(Luma8(m, b[0]), Luma8(m, b[1])));
     const Split e0 = EvenPixels(b[0]), e1 = EvenPixels(b[1]);
     const __m128i uv = _mm_packus_epi16(Apply8(m.u, e0, e1), Apply8(m.v, e0, e1));
-    Store64(u + 8 * k, uv);
-    _mm_storeh_pi(reinterpret_cast<__m64 *>(v + 8 * k), _mm_castsi128_ps(uv));  // any alignment
+    Store64(u, uv);
+    _mm_storeh_pi(reinterpret_cast<__m64 *>(v), _mm_castsi128_ps(uv));  // any alignment
   }
 };
 
 struct LumaWriter {
   static constexpr int kBlocks = 2;
   uint8_t *dst;
-  void operator()(Index k, const Matrix &m, const Block (&b)[kBlocks]) const {
-    Store(dst + 16 * k, _mm_packus_epi16(Luma8(m, b[0]), Luma8(m, b[1])));
+  void operator()(const Matrix &m, const Block (&b)[kBlocks]) const {
+    Store(dst, _mm_packus_epi16(Luma8(m, b[0]), Luma8(m, b[1])));
   }
 };
 
-// The whole steps of a row; returns the pixels converted. Each step is read
-// whole before it is written.
+// One step of Writer::kBlocks blocks from src, read whole before it is
+// written; the writer stands at the step's destination rows.
 template <int kBytes, class Writer>
-int32_t Blocks(Writer write, const uint8_t *src, int32_t count, const Matrix &m) {
-  constexpr int32_t kStep = kBlock * Writer::kBlocks;
-  const int32_t steps = x86::WholeBlocks<kStep>(count);
-  for (Index k = 0; k < steps; ++k) {
-    const uint8_t *s = src + kBytes * kStep * k;
-    Block b[Writer::kBlocks];
-    for (int i = 0; i < Writer::kBlocks; ++i) b[i] = LoadBlock<kBytes>(s + kBytes * kBlock * i);
-    write(k, m, b);
-  }
-  return steps * kStep;
+inline void Step(Writer write, const uint8_t *src, const Matrix &m) {
+  Block b[Writer::kBlocks];
+  for (int i = 0; i < Writer::kBlocks; ++i) b[i] = LoadBlock<kBytes>(src + kBytes * kBlock * i);
+  write(m, b);
 }
+template <class Writer>
+constexpr int kStepOf = kBlock *Writer::kBlocks;
 
-// The 4:2:2 rows: whole blocks here, the rest by the portable routine of the
-// same slot (kRest) at the pixel where the blocks stopped.
+// The 4:2:2 rows.
 using MatrixOf = Matrix (*)(const int16_t *, const int16_t *, const int16_t *);
 
-template <int kBytes, class Order, MatrixOf kMatrix, decltype(&portable::RGB24_2_YUYV_Row) kRest>
+template <K kSlot, int kBytes, class Order, MatrixOf kMatrix>
 void PackedRow(uint8_t *dst, const uint8_t *src, int32_t count, TCS_R3) {
-  const Index done = Blocks<kBytes>(PackedWriter<Order>{dst}, src, count, kMatrix(r1, r2, r3));
-  kRest(dst + 2 * done, src + kBytes * done, count - done, r1, r2, r3);
+  using W = PackedWriter<Order>;
+  const Matrix m = kMatrix(r1, r2, r3);
+  x86::InBlocks<kSlot, kStepOf<W>>([&](uint8_t *d, const uint8_t *s) { Step<kBytes>(W{d}, s, m); },
+                                   dst, src, count, r1, r2, r3);
 }
 
-template <class Order, decltype(&portable::RGB32_2_YUYV_Key_Row) kRest>
+template <K kSlot, class Order>
 void PackedKeyRow(uint8_t *dst, uint8_t *dstKey, const uint8_t *src, int32_t count, TCS_R3) {
-  const Index done =
-      Blocks<4>(PackedKeyWriter<Order>{dst, dstKey}, src, count, PairMatrix(r1, r2, r3));
-  kRest(dst + 2 * done, dstKey + done, src + 4 * done, count - done, r1, r2, r3);
+  using W = PackedKeyWriter<Order>;
+  const Matrix m = PairMatrix(r1, r2, r3);
+  x86::InBlocks<kSlot, kStepOf<W>>(
+      [&](uint8_t *d, uint8_t *k, const uint8_t *s) {
+        Step<4>(W{d, k}, s, m);
+      },
+      dst, dstKey, src, count, r1, r2, r3);
 }
 
-template <int kBytes, decltype(&portable::RGB24_2_YUV422_Row) kRest>
+template <K kSlot, int kBytes>
 void PlanarRow(uint8_t *dstY, uint8_t *dstU, uint8_t *dstV, const uint8_t *src, int32_t count,
                TCS_R3) {
-  const Index done =
-      Blocks<kBytes>(PlanarWriter{dstY, dstU, dstV}, src, count, RoundedMatrix(r1, r2, r3));
-  kRest(dstY + done, dstU + done / 2, dstV + done / 2, src + kBytes * done, count - done, r1, r2,
-        r3);
+  const Matrix m = RoundedMatrix(r1, r2, r3);
+  x86::InBlocks<kSlot, kStepOf<PlanarWriter>>(
+      [&](uint8_t *y, uint8_t *u, uint8_t *v, const uint8_t *s) {
+        Step<kBytes>(PlanarWriter{y, u, v}, s, m);
+      },
+      dstY, dstU, dstV, src, count, r1, r2, r3);
 }
 
 }  // namespace
 
 int32_t RGB32_Luma_Blocks(uint8_t *dst, const uint8_t *src, const int16_t *coef, int32_t count) {
-  return Blocks<4>(LumaWriter{dst}, src, count, LumaMatrix(coef));
+  constexpr int kStep = kStepOf<LumaWriter>;
+  const Matrix m = LumaMatrix(coef);
+  const int32_t steps = x86::WholeBlocks<kStep>(count);
+  for (int32_t k = 0; k < steps; ++k) Step<4>(LumaWriter{dst + kStep * k}, src + 4 * kStep * k, m);
+  return steps * kStep;
 }
 
 }  // namespace tqcs::sse2
@@ -283,52 +290,60 @@ namespace tqcs {
 
 // RGB -> YUV, rounding pattern.
 void sse2::RGB32_2_YUVA_Row(uint8_t *dst, const uint8_t *src, int32_t count, TCS_R3) {
-  const Index done =
-      Blocks<4>(YuvaWriter<SourceAlpha>{dst, {}}, src, count, RoundedMatrix(r1, r2, r3));
-  portable::RGB32_2_YUVA_Row(dst + 4 * done, src + 4 * done, count - done, r1, r2, r3);
+  using W = YuvaWriter<SourceAlpha>;
+  const Matrix m = RoundedMatrix(r1, r2, r3);
+  x86::InBlocks<K::RGB32_2_YUVA_Row, kStepOf<W>>(
+      [&](uint8_t *d, const uint8_t *s) {
+        Step<4>(W{d, {}}, s, m);
+      },
+      dst, src, count, r1, r2, r3);
 }
 void sse2::RGB24_2_YUVA_Row(uint8_t *dst, const uint8_t *src, int32_t count, uint8_t alpha,
                             TCS_R3) {
-  const Index done = Blocks<3>(YuvaWriter<ConstAlpha>{dst, ConstAlpha{alpha}}, src, count,
-                               RoundedMatrix(r1, r2, r3));
-  portable::RGB24_2_YUVA_Row(dst + 4 * done, src + 3 * done, count - done, alpha, r1, r2, r3);
+  using W = YuvaWriter<ConstAlpha>;
+  const Matrix m = RoundedMatrix(r1, r2, r3);
+  const ConstAlpha a{alpha};
+  x86::InBlocks<K::RGB24_2_YUVA_Row, kStepOf<W>>(
+      [&](uint8_t *d, const uint8_t *s) {
+        Step<3>(W{d, a}, s, m);
+      },
+      dst, src, count, alpha, r1, r2, r3);
 }
 void sse2::RGB32_2_YUV422_Row(uint8_t *dstY, uint8_t *dstU, uint8_t *dstV, const uint8_t *src,
                               int32_t count, TCS_R3) {
-  PlanarRow<4, portable::RGB32_2_YUV422_Row>(dstY, dstU, dstV, src, count, r1, r2, r3);
+  PlanarRow<K::RGB32_2_YUV422_Row, 4>(dstY, dstU, dstV, src, count, r1, r2, r3);
 }
 void sse2::RGB24_2_YUV422_Row(uint8_t *dstY, uint8_t *dstU, uint8_t *dstV, const uint8_t *src,
                               int32_t count, TCS_R3) {
-  PlanarRow<3, portable::RGB24_2_YUV422_Row>(dstY, dstU, dstV, src, count, r1, r2, r3);
+  PlanarRow<K::RGB24_2_YUV422_Row, 3>(dstY, dstU, dstV, src, count, r1, r2, r3);
 }
 void sse2::RGB24_2_YUYV_Row(uint8_t *dst, const uint8_t *src, int32_t count, TCS_R3) {
-  PackedRow<3, PairOrderYUYV, RoundedMatrix, portable::RGB24_2_YUYV_Row>(dst, src, count, r1, r2,
-                                                                         r3);
+  PackedRow<K::RGB24_2_YUYV_Row, 3, PairOrderYUYV, RoundedMatrix>(dst, src, count, r1, r2, r3);
 }
 void sse2::RGB24_2_UYVY_Row(uint8_t *dst, const uint8_t *src, int32_t count, TCS_R3) {
-  PackedRow<3, PairOrderUYVY, RoundedMatrix, portable::RGB24_2_UYVY_Row>(dst, src, count, r1, r2,
-                                                                         r3);
+  PackedRow<K::RGB24_2_UYVY_Row, 3, PairOrderUYVY, RoundedMatrix>(dst, src, count, r1, r2, r3);
 }
 void sse2::RGB24_2_Gray_Row(uint8_t *dst, const uint8_t *src, const int16_t *coef, int32_t count) {
-  const Index done = Blocks<3>(LumaWriter{dst}, src, count, LumaMatrix(coef));
-  portable::RGB24_2_Gray_Row(dst + done, src + 3 * done, coef, count - done);
+  const Matrix m = LumaMatrix(coef);
+  x86::InBlocks<K::RGB24_2_Gray_Row, kStepOf<LumaWriter>>(
+      [&](uint8_t *d, const uint8_t *s) { Step<3>(LumaWriter{d}, s, m); }, dst, src, coef, count);
 }
 
 // RGB32 -> packed 4:2:2, pair pattern, truncating.
 void sse2::RGB32_2_YUYV_Row(uint8_t *dst, const uint8_t *src, int32_t count, TCS_R3) {
-  PackedRow<4, PairOrderYUYV, PairMatrix, portable::RGB32_2_YUYV_Row>(dst, src, count, r1, r2, r3);
+  PackedRow<K::RGB32_2_YUYV_Row, 4, PairOrderYUYV, PairMatrix>(dst, src, count, r1, r2, r3);
 }
 void sse2::RGB32_2_UYVY_Row(uint8_t *dst, const uint8_t *src, int32_t count, TCS_R3) {
-  PackedRow<4, PairOrderUYVY, PairMatrix, portable::RGB32_2_UYVY_Row>(dst, src, count, r1, r2, r3);
+  PackedRow<K::RGB32_2_UYVY_Row, 4, PairOrderUYVY, PairMatrix>(dst, src, count, r1, r2, r3);
 }
 
 void sse2::RGB32_2_YUYV_Key_Row(uint8_t *dst, uint8_t *dstKey, const uint8_t *src, int32_t count,
                                 TCS_R3) {
-  PackedKeyRow<PairOrderYUYV, portable::RGB32_2_YUYV_Key_Row>(dst, dstKey, src, count, r1, r2, r3);
+  PackedKeyRow<K::RGB32_2_YUYV_Key_Row, PairOrderYUYV>(dst, dstKey, src, count, r1, r2, r3);
 }
 void sse2::RGB32_2_UYVY_Key_Row(uint8_t *dst, uint8_t *dstKey, const uint8_t *src, int32_t count,
                                 TCS_R3) {
-  PackedKeyRow<PairOrderUYVY, portable::RGB32_2_UYVY_Key_Row>(dst, dstKey, src, count, r1, r2, r3);
+  PackedKeyRow<K::RGB32_2_UYVY_Key_Row, PairOrderUYVY>(dst, dstKey, src, count, r1, r2, r3);
 }
 
 }  // namespace tqcs

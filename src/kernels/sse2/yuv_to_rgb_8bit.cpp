@@ -14,6 +14,7 @@
 // therefore exact, and the unsigned pack clamps to 0..255 as the portable code
 // does.
 #include "kernels/kernel_slots.hpp"
+#include "kernels/x86/in_blocks.hpp"
 #include "kernels/x86/row.hpp"
 
 namespace tqcs::sse2 {
@@ -50,12 +51,9 @@ inline void PairsToPixels(__m128i c, __m128i next, __m128i *out) {
 
 inline __m128i Centre(__m128i c) { return _mm_sub_epi16(c, _mm_set1_epi16(128)); }
 
-// The number of 16-pixel blocks the body may take: each reads the chroma of
-// the pair after it, and the last pair is left to the portable routine.
-inline Index Blocks422(int32_t count) {
-  const Index pairs = count / 2;
-  return pairs > 8 ? (pairs - 1) / 8 : 0;
-}
+// Each block reads the chroma of the pair after it, so the last pair (2
+// pixels) is left to the portable routine.
+constexpr int kKeep422 = 2;
 
 struct YUYV {
   static __m128i Luma(__m128i x) { return _mm_and_si128(x, _mm_set1_epi16(0xFF)); }
@@ -68,11 +66,10 @@ struct UYVY {
 
 template <class Order>
 struct PackedReader {
-  static constexpr int kShift = 15, kRound = 0;
+  static constexpr int kShift = 15, kRound = 0, kKeep = kKeep422;
   const uint8_t *src;
-  static Index Blocks(int32_t count) { return Blocks422(count); }
-  Block Read(Index px) const {
-    const uint8_t *s = src + 2 * px;
+  Block Read() const {
+    const uint8_t *s = src;
     const __m128i x0 = Load(s), x1 = Load(s + 16);
     const __m128i c0 = Centre(Order::Chroma(x0)), c1 = Centre(Order::Chroma(x1));
     const __m128i c8 = Centre(Order::Chroma(Load32(s + 32)));
@@ -86,9 +83,8 @@ struct PackedReader {
 };
 
 struct PlanarReader {
-  static constexpr int kShift = 15, kRound = 0;
+  static constexpr int kShift = 15, kRound = 0, kKeep = kKeep422;
   const uint8_t *y, *u, *v;
-  static Index Blocks(int32_t count) { return Blocks422(count); }
   // Eight pairs from pair p as centred (u, v) lanes, pairs p to p + 3 in
   // out[0] and p + 4 to p + 7 in out[1].
   void Chroma(Index p, __m128i *out) const {
@@ -96,11 +92,11 @@ struct PlanarReader {
     out[0] = Centre(_mm_unpacklo_epi8(uv, zero));
     out[1] = Centre(_mm_unpackhi_epi8(uv, zero));
   }
-  Block Read(Index px) const {
-    const __m128i luma = Load(y + px), zero = _mm_setzero_si128();
+  Block Read() const {
+    const __m128i luma = Load(y), zero = _mm_setzero_si128();
     __m128i c[2], next[2];
-    Chroma(px / 2, c);
-    Chroma(px / 2 + 1, next);
+    Chroma(0, c);
+    Chroma(1, next);
     Block b{};
     b.y[0] = _mm_unpacklo_epi8(luma, zero);
     b.y[1] = _mm_unpackhi_epi8(luma, zero);
@@ -113,14 +109,13 @@ struct PlanarReader {
 // ---- 4:4:4 ------------------------------------------------------------------
 
 struct YuvaReader {
-  static constexpr int kShift = 14, kRound = 8192;
+  static constexpr int kShift = 14, kRound = 8192, kKeep = 0;
   const uint8_t *src;
-  static Index Blocks(int32_t count) { return x86::WholeBlocks<16>(count); }
-  Block Read(Index px) const {
+  Block Read() const {
     const __m128i low = _mm_set1_epi32(0xFF), third = _mm_set1_epi32(0xFF0000);
     __m128i x[4], luma[4], alpha[4];
     Block b{};
-    for (int i = 0; i < 4; ++i) x[i] = Load(src + 4 * px + 16 * i);
+    for (int i = 0; i < 4; ++i) x[i] = Load(src + 16 * i);
     for (int i = 0; i < 4; ++i) {
       // Y U V A -> (U, V) in 16-bit lanes.
       const __m128i uv =
@@ -142,17 +137,17 @@ struct YuvaReader {
 struct ConstAlpha {
   __m128i value;
   explicit ConstAlpha(uint8_t a) : value(_mm_set1_epi8(static_cast<char>(a))) {}
-  __m128i operator()(const Block &, Index) const { return value; }
+  __m128i operator()(const Block &) const { return value; }
 };
 
 // One byte per pixel from a key plane.
 struct KeyAlpha {
   const uint8_t *key;
-  __m128i operator()(const Block &, Index px) const { return Load(key + px); }
+  __m128i operator()(const Block &) const { return Load(key); }
 };
 
 struct SourceAlpha {
-  __m128i operator()(const Block &b, Index) const { return b.a; }
+  __m128i operator()(const Block &b) const { return b.a; }
 };
 
 // ---- Arithmetic -------------------------------------------------------------------
@@ -225,23 +220,17 @@ struct Rgb24 {
   }
 };
 
-// The body: whole blocks of 16 pixels. Each block is read whole before it is
-// written. Returns the pixels done.
+// One block of 16 pixels, read whole before it is written.
 template <class Layout, class Reader, class Alpha>
-Index ToRgb(uint8_t *dst, const Reader &src, int32_t count, const Alpha &alpha, const Weights &w) {
-  const Index blocks = Reader::Blocks(count);
-  for (Index k = 0; k < blocks; ++k) {
-    const Index px = 16 * k;
-    const Block b = src.Read(px);
-    const __m128i r = Channel<Reader>(b, w.r), g = Channel<Reader>(b, w.g),
-                  bl = Channel<Reader>(b, w.b);
-    if constexpr (Layout::kBlue) {
-      Layout::Store16(dst + Layout::kBytes * px, bl, g, r, alpha(b, px));
-    } else {
-      Layout::Store16(dst + Layout::kBytes * px, r, g, bl, alpha(b, px));
-    }
+inline void ToRgb(uint8_t *dst, const Reader &src, const Alpha &alpha, const Weights &w) {
+  const Block b = src.Read();
+  const __m128i r = Channel<Reader>(b, w.r), g = Channel<Reader>(b, w.g),
+                bl = Channel<Reader>(b, w.b);
+  if constexpr (Layout::kBlue) {
+    Layout::Store16(dst, bl, g, r, alpha(b));
+  } else {
+    Layout::Store16(dst, r, g, bl, alpha(b));
   }
-  return 16 * blocks;
 }
 
 using RGB24 = Rgb24<false>;
@@ -249,51 +238,54 @@ using BGR24 = Rgb24<true>;
 using RGB32 = Rgb32<false>;
 using BGR32 = Rgb32<true>;
 
-// Row shapes: the body, then the rest of the row to the portable routine kTail
-// at the pixel where the body stopped.
-template <class Layout, class Order, auto kTail>
+// The row shapes, in blocks of 16 pixels. Three-byte layouts take no alpha.
+template <K kSlot, class Layout, class Order>
 void PackedRow(uint8_t *dst, const uint8_t *src, int32_t count, uint8_t alpha, TCS_T4) {
-  const Index done = ToRgb<Layout>(dst, PackedReader<Order>{src}, count, ConstAlpha(alpha),
-                                   LoadWeights(rv, gu, gv, bu));
-  const int32_t rest = static_cast<int32_t>(count - done);
-  uint8_t *d = dst + Layout::kBytes * done;
+  using R = PackedReader<Order>;
+  const Weights w = LoadWeights(rv, gu, gv, bu);
+  const ConstAlpha a(alpha);
+  const auto body = [&](uint8_t *d, const uint8_t *s) { ToRgb<Layout>(d, R{s}, a, w); };
   if constexpr (Layout::kBytes == 4) {
-    kTail(d, src + 2 * done, rest, alpha, rv, gu, gv, bu);
+    x86::InBlocks<kSlot, 16, R::kKeep>(body, dst, src, count, alpha, rv, gu, gv, bu);
   } else {
-    kTail(d, src + 2 * done, rest, rv, gu, gv, bu);
+    x86::InBlocks<kSlot, 16, R::kKeep>(body, dst, src, count, rv, gu, gv, bu);
   }
 }
 
 // The key forms: alpha from the key plane, which the blocks read no further
 // than their own pixels.
-template <class Layout, class Order, auto kTail>
+template <K kSlot, class Layout, class Order>
 void PackedKeyRow(uint8_t *dst, const uint8_t *src, const uint8_t *key, int32_t count, TCS_T4) {
-  const Index done = ToRgb<Layout>(dst, PackedReader<Order>{src}, count, KeyAlpha{key},
-                                   LoadWeights(rv, gu, gv, bu));
-  kTail(dst + Layout::kBytes * done, src + 2 * done, key + done, static_cast<int32_t>(count - done),
-        rv, gu, gv, bu);
+  using R = PackedReader<Order>;
+  const Weights w = LoadWeights(rv, gu, gv, bu);
+  x86::InBlocks<kSlot, 16, R::kKeep>(
+      [&](uint8_t *d, const uint8_t *s, const uint8_t *k) {
+        ToRgb<Layout>(d, R{s}, KeyAlpha{k}, w);
+      },
+      dst, src, key, count, rv, gu, gv, bu);
 }
 
-template <class Layout, auto kTail>
+template <K kSlot, class Layout>
 void PlanarRow(uint8_t *dst, const uint8_t *y, const uint8_t *u, const uint8_t *v, int32_t count,
                uint8_t alpha, TCS_T4) {
-  const Index done = ToRgb<Layout>(dst, PlanarReader{y, u, v}, count, ConstAlpha(alpha),
-                                   LoadWeights(rv, gu, gv, bu));
-  const int32_t rest = static_cast<int32_t>(count - done);
-  uint8_t *d = dst + Layout::kBytes * done;
+  const Weights w = LoadWeights(rv, gu, gv, bu);
+  const ConstAlpha a(alpha);
+  const auto body = [&](uint8_t *d, const uint8_t *sy, const uint8_t *su, const uint8_t *sv) {
+    ToRgb<Layout>(d, PlanarReader{sy, su, sv}, a, w);
+  };
   if constexpr (Layout::kBytes == 4) {
-    kTail(d, y + done, u + done / 2, v + done / 2, rest, alpha, rv, gu, gv, bu);
+    x86::InBlocks<kSlot, 16, PlanarReader::kKeep>(body, dst, y, u, v, count, alpha, rv, gu, gv, bu);
   } else {
-    kTail(d, y + done, u + done / 2, v + done / 2, rest, rv, gu, gv, bu);
+    x86::InBlocks<kSlot, 16, PlanarReader::kKeep>(body, dst, y, u, v, count, rv, gu, gv, bu);
   }
 }
 
-template <class Layout, auto kTail>
+template <K kSlot, class Layout>
 void YuvaRow(uint8_t *dst, const uint8_t *src, int32_t count, TCS_T4) {
-  const Index done =
-      ToRgb<Layout>(dst, YuvaReader{src}, count, SourceAlpha{}, LoadWeights(rv, gu, gv, bu));
-  kTail(dst + Layout::kBytes * done, src + 4 * done, static_cast<int32_t>(count - done), rv, gu, gv,
-        bu);
+  const Weights w = LoadWeights(rv, gu, gv, bu);
+  x86::InBlocks<kSlot, 16, YuvaReader::kKeep>(
+      [&](uint8_t *d, const uint8_t *s) { ToRgb<Layout>(d, YuvaReader{s}, SourceAlpha{}, w); }, dst,
+      src, count, rv, gu, gv, bu);
 }
 
 }  // namespace
@@ -305,83 +297,81 @@ namespace tqcs {
 // Packed 4:2:2 -> RGB.
 void sse2::YUYV_2_RGB32_Row(uint8_t *dst, const uint8_t *src, int32_t count, uint8_t alpha,
                             TCS_T4) {
-  PackedRow<RGB32, YUYV, &portable::YUYV_2_RGB32_Row>(dst, src, count, alpha, rv, gu, gv, bu);
+  PackedRow<K::YUYV_2_RGB32_Row, RGB32, YUYV>(dst, src, count, alpha, rv, gu, gv, bu);
 }
 void sse2::YUYV_2_BGR32_Row(uint8_t *dst, const uint8_t *src, int32_t count, uint8_t alpha,
                             TCS_T4) {
-  PackedRow<BGR32, YUYV, &portable::YUYV_2_BGR32_Row>(dst, src, count, alpha, rv, gu, gv, bu);
+  PackedRow<K::YUYV_2_BGR32_Row, BGR32, YUYV>(dst, src, count, alpha, rv, gu, gv, bu);
 }
 void sse2::UYVY_2_RGB32_Row(uint8_t *dst, const uint8_t *src, int32_t count, uint8_t alpha,
                             TCS_T4) {
-  PackedRow<RGB32, UYVY, &portable::UYVY_2_RGB32_Row>(dst, src, count, alpha, rv, gu, gv, bu);
+  PackedRow<K::UYVY_2_RGB32_Row, RGB32, UYVY>(dst, src, count, alpha, rv, gu, gv, bu);
 }
 void sse2::UYVY_2_BGR32_Row(uint8_t *dst, const uint8_t *src, int32_t count, uint8_t alpha,
                             TCS_T4) {
-  PackedRow<BGR32, UYVY, &portable::UYVY_2_BGR32_Row>(dst, src, count, alpha, rv, gu, gv, bu);
+  PackedRow<K::UYVY_2_BGR32_Row, BGR32, UYVY>(dst, src, count, alpha, rv, gu, gv, bu);
 }
 void sse2::YUYV_2_RGB24_Row(uint8_t *dst, const uint8_t *src, int32_t count, TCS_T4) {
-  PackedRow<RGB24, YUYV, &portable::YUYV_2_RGB24_Row>(dst, src, count, 0, rv, gu, gv, bu);
+  PackedRow<K::YUYV_2_RGB24_Row, RGB24, YUYV>(dst, src, count, 0, rv, gu, gv, bu);
 }
 void sse2::YUYV_2_BGR24_Row(uint8_t *dst, const uint8_t *src, int32_t count, TCS_T4) {
-  PackedRow<BGR24, YUYV, &portable::YUYV_2_BGR24_Row>(dst, src, count, 0, rv, gu, gv, bu);
+  PackedRow<K::YUYV_2_BGR24_Row, BGR24, YUYV>(dst, src, count, 0, rv, gu, gv, bu);
 }
 void sse2::UYVY_2_RGB24_Row(uint8_t *dst, const uint8_t *src, int32_t count, TCS_T4) {
-  PackedRow<RGB24, UYVY, &portable::UYVY_2_RGB24_Row>(dst, src, count, 0, rv, gu, gv, bu);
+  PackedRow<K::UYVY_2_RGB24_Row, RGB24, UYVY>(dst, src, count, 0, rv, gu, gv, bu);
 }
 void sse2::UYVY_2_BGR24_Row(uint8_t *dst, const uint8_t *src, int32_t count, TCS_T4) {
-  PackedRow<BGR24, UYVY, &portable::UYVY_2_BGR24_Row>(dst, src, count, 0, rv, gu, gv, bu);
+  PackedRow<K::UYVY_2_BGR24_Row, BGR24, UYVY>(dst, src, count, 0, rv, gu, gv, bu);
 }
 
 // Packed 4:2:2 plus key plane -> RGB32 / BGR32, alpha from the key.
 void sse2::YUYV_Key_2_RGB32_Row(uint8_t *dst, const uint8_t *src, const uint8_t *key, int32_t count,
                                 TCS_T4) {
-  PackedKeyRow<RGB32, YUYV, &portable::YUYV_Key_2_RGB32_Row>(dst, src, key, count, rv, gu, gv, bu);
+  PackedKeyRow<K::YUYV_Key_2_RGB32_Row, RGB32, YUYV>(dst, src, key, count, rv, gu, gv, bu);
 }
 void sse2::YUYV_Key_2_BGR32_Row(uint8_t *dst, const uint8_t *src, const uint8_t *key, int32_t count,
                                 TCS_T4) {
-  PackedKeyRow<BGR32, YUYV, &portable::YUYV_Key_2_BGR32_Row>(dst, src, key, count, rv, gu, gv, bu);
+  PackedKeyRow<K::YUYV_Key_2_BGR32_Row, BGR32, YUYV>(dst, src, key, count, rv, gu, gv, bu);
 }
 void sse2::UYVY_Key_2_RGB32_Row(uint8_t *dst, const uint8_t *src, const uint8_t *key, int32_t count,
                                 TCS_T4) {
-  PackedKeyRow<RGB32, UYVY, &portable::UYVY_Key_2_RGB32_Row>(dst, src, key, count, rv, gu, gv, bu);
+  PackedKeyRow<K::UYVY_Key_2_RGB32_Row, RGB32, UYVY>(dst, src, key, count, rv, gu, gv, bu);
 }
 void sse2::UYVY_Key_2_BGR32_Row(uint8_t *dst, const uint8_t *src, const uint8_t *key, int32_t count,
                                 TCS_T4) {
-  PackedKeyRow<BGR32, UYVY, &portable::UYVY_Key_2_BGR32_Row>(dst, src, key, count, rv, gu, gv, bu);
+  PackedKeyRow<K::UYVY_Key_2_BGR32_Row, BGR32, UYVY>(dst, src, key, count, rv, gu, gv, bu);
 }
 
 // Planar 4:2:2 -> RGB.
 void sse2::YUV422_2_RGB32_Row(uint8_t *dst, const uint8_t *srcY, const uint8_t *srcU,
                               const uint8_t *srcV, int32_t count, uint8_t alpha, TCS_T4) {
-  PlanarRow<RGB32, &portable::YUV422_2_RGB32_Row>(dst, srcY, srcU, srcV, count, alpha, rv, gu, gv,
-                                                  bu);
+  PlanarRow<K::YUV422_2_RGB32_Row, RGB32>(dst, srcY, srcU, srcV, count, alpha, rv, gu, gv, bu);
 }
 void sse2::YUV422_2_BGR32_Row(uint8_t *dst, const uint8_t *srcY, const uint8_t *srcU,
                               const uint8_t *srcV, int32_t count, uint8_t alpha, TCS_T4) {
-  PlanarRow<BGR32, &portable::YUV422_2_BGR32_Row>(dst, srcY, srcU, srcV, count, alpha, rv, gu, gv,
-                                                  bu);
+  PlanarRow<K::YUV422_2_BGR32_Row, BGR32>(dst, srcY, srcU, srcV, count, alpha, rv, gu, gv, bu);
 }
 void sse2::YUV422_2_RGB24_Row(uint8_t *dst, const uint8_t *srcY, const uint8_t *srcU,
                               const uint8_t *srcV, int32_t count, TCS_T4) {
-  PlanarRow<RGB24, &portable::YUV422_2_RGB24_Row>(dst, srcY, srcU, srcV, count, 0, rv, gu, gv, bu);
+  PlanarRow<K::YUV422_2_RGB24_Row, RGB24>(dst, srcY, srcU, srcV, count, 0, rv, gu, gv, bu);
 }
 void sse2::YUV422_2_BGR24_Row(uint8_t *dst, const uint8_t *srcY, const uint8_t *srcU,
                               const uint8_t *srcV, int32_t count, TCS_T4) {
-  PlanarRow<BGR24, &portable::YUV422_2_BGR24_Row>(dst, srcY, srcU, srcV, count, 0, rv, gu, gv, bu);
+  PlanarRow<K::YUV422_2_BGR24_Row, BGR24>(dst, srcY, srcU, srcV, count, 0, rv, gu, gv, bu);
 }
 
 // YUVA 4:4:4 -> RGB, rounding; 4-byte output copies the source's alpha.
 void sse2::YUVA_2_RGB32_Row(uint8_t *dst, const uint8_t *src, int32_t count, TCS_T4) {
-  YuvaRow<RGB32, &portable::YUVA_2_RGB32_Row>(dst, src, count, rv, gu, gv, bu);
+  YuvaRow<K::YUVA_2_RGB32_Row, RGB32>(dst, src, count, rv, gu, gv, bu);
 }
 void sse2::YUVA_2_BGR32_Row(uint8_t *dst, const uint8_t *src, int32_t count, TCS_T4) {
-  YuvaRow<BGR32, &portable::YUVA_2_BGR32_Row>(dst, src, count, rv, gu, gv, bu);
+  YuvaRow<K::YUVA_2_BGR32_Row, BGR32>(dst, src, count, rv, gu, gv, bu);
 }
 void sse2::YUVA_2_RGB24_Row(uint8_t *dst, const uint8_t *src, int32_t count, TCS_T4) {
-  YuvaRow<RGB24, &portable::YUVA_2_RGB24_Row>(dst, src, count, rv, gu, gv, bu);
+  YuvaRow<K::YUVA_2_RGB24_Row, RGB24>(dst, src, count, rv, gu, gv, bu);
 }
 void sse2::YUVA_2_BGR24_Row(uint8_t *dst, const uint8_t *src, int32_t count, TCS_T4) {
-  YuvaRow<BGR24, &portable::YUVA_2_BGR24_Row>(dst, src, count, rv, gu, gv, bu);
+  YuvaRow<K::YUVA_2_BGR24_Row, BGR24>(dst, src, count, rv, gu, gv, bu);
 }
 
 }  // namespace tqcs

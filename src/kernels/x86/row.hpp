@@ -5,7 +5,7 @@
 // keeps its own copy compiled with its own instruction set: an SSSE3 unit's
 // copy can never be linked into an SSE2 path.
 //
-// The shape of every row kernel:
+// The shape of every row kernel (x86/in_blocks.hpp runs it):
 //   1. a main body over whole blocks of pixels, with unaligned loads and
 //      stores that stay inside the block's own bytes;
 //   2. the remaining pixels (fewer than a block, or the pairs a kernel must
@@ -39,6 +39,19 @@ inline __m128i Load32(const void *p) {
 inline void Store32(void *p, __m128i v) {
   const int32_t s = _mm_cvtsi128_si32(v);
   std::memcpy(p, &s, sizeof s);
+}
+
+// The same 32-bit or 64-bit value in every lane; 0x00FF in every 16-bit lane.
+inline __m128i Every32(uint32_t v) { return _mm_set1_epi32(static_cast<int>(v)); }
+inline __m128i Every64(uint64_t v) { return _mm_set1_epi64x(static_cast<long long>(v)); }
+inline __m128i LowBytes16() { return _mm_set1_epi16(0x00FF); }
+
+// The mean of a and b per byte, (a + b + kRound) >> 1.
+template <int kRound>
+inline __m128i Mean(__m128i a, __m128i b) {
+  const __m128i up = _mm_avg_epu8(a, b);  // (a + b + 1) >> 1
+  if constexpr (kRound == 1) return up;
+  return _mm_sub_epi8(up, _mm_and_si128(_mm_xor_si128(a, b), _mm_set1_epi8(1)));
 }
 
 // Byte pointer arithmetic for rows of any sample type.
