@@ -2,6 +2,8 @@
 # Builds the release preset with the peer library installed, runs the frame
 # and per-slot benchmarks (medians of repetitions, one thread) and writes
 # docs/performance.md from their results and docs/performance_notes.md.
+# TQCS_BENCH_BASELINE=path/to/an/earlier/tqcs_frames_bench adds a table of the
+# same frames through that build.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 if [ ! -f /usr/include/libyuv.h ]; then
@@ -20,6 +22,14 @@ command -v taskset >/dev/null && taskset_cmd=(taskset -c 0)
 TCB_CPU_LEVEL=0 "${taskset_cmd[@]}" ./build/release/bench/tqcs_frames_bench "${common[@]}" \
   --benchmark_filter='/tqcs$|/tqcs/' >"$out/frames_portable.json"
 "${taskset_cmd[@]}" ./build/release/bench/tqcs_kernels_bench "${common[@]}" >"$out/kernels.json"
+# An earlier build's frame benchmark, if given, runs the library's rows in the
+# same session, for a before-and-after table.
+baseline=()
+if [ -n "${TQCS_BENCH_BASELINE:-}" ]; then
+  "${taskset_cmd[@]}" "$TQCS_BENCH_BASELINE" "${common[@]}" --benchmark_filter='/tqcs$|/tqcs/' \
+    >"$out/frames_baseline.json"
+  baseline=("$out/frames_baseline.json")
+fi
 python3 scripts/perf_report.py "$out/frames.json" "$out/frames_portable.json" "$out/kernels.json" \
-  docs/performance_notes.md >docs/performance.md
+  docs/performance_notes.md "${baseline[@]}" >docs/performance.md
 echo "wrote docs/performance.md"

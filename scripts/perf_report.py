@@ -24,7 +24,7 @@ def medians(path):
     return out, data["context"]
 
 
-def main(frames_path, portable_path, kernels_path, notes_path):
+def main(frames_path, portable_path, kernels_path, notes_path, baseline_path=None):
     frames, context = medians(frames_path)
     portable, _ = medians(portable_path)
     kernels, _ = medians(kernels_path)
@@ -102,6 +102,8 @@ def main(frames_path, portable_path, kernels_path, notes_path):
             slow.append(f"{slot} ({tier}): {up:.1f} ×")
         print(f"| {slot} | {tier} | {t * 1e6:.0f} | {base * 1e6:.0f} | "
               f"{up:.1f} |" if base else f"| {slot} | {tier} | {t * 1e6:.0f} | – | – |")
+    if baseline_path:
+        baseline(frames, baseline_path)
     print("\n## Missed targets in this run\n")
     for m in missed + [f"slot {s}" for s in slow] or ["none"]:
         print(f"- {m}")
@@ -113,5 +115,29 @@ def main(frames_path, portable_path, kernels_path, notes_path):
         pass
 
 
+def baseline(frames, path):
+    """The same frames through an earlier build, run in the same session."""
+    before, context = medians(path)
+    if not before:
+        return
+    print("\n## Against an earlier build\n")
+    print(f"The frame rows of an earlier build (`{context.get('executable', '?')}`) run right "
+          "after this build's, on the same machine; each build's time is also given as a ratio "
+          "to the peer masked to SSSE3 from this run.\n")
+    print("| conversion | size | before | after | after / before | before / libyuv SSSE3 "
+          "| after / libyuv SSSE3 |")
+    print("|---|---|---|---|---|---|---|")
+    for name, old in before.items():
+        _, conv, size, side = name.split("/")
+        if side != "tqcs":
+            continue
+        new, peer = frames.get(name), frames.get(f"frame/{conv}/{size}/libyuv_ssse3")
+        if new is None:
+            continue
+        ratio = lambda v: f"{v:.2f}" if v is not None else "–"
+        print(f"| {conv} | {size} | {old:.3f} | {new:.3f} | {new / old:.2f} | "
+              f"{ratio(old / peer if peer else None)} | {ratio(new / peer if peer else None)} |")
+
+
 if __name__ == "__main__":
-    main(*sys.argv[1:5])
+    main(*sys.argv[1:6])
