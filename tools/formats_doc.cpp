@@ -6,15 +6,13 @@
 //   tqcs_formats_doc --check FILE   exits 1 when FILE differs from what would be written
 #include <TQColorSpace/TQColorSpace.h>
 
-#include <fstream>
-#include <iostream>
-#include <iterator>
 #include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "base/formats.hpp"
+#include "doc_file.hpp"
 #include "kernels/chroma_progressive.hpp"
 
 namespace {
@@ -150,7 +148,7 @@ std::string Centred(const FormatInfo &f) {
     std::string_view name;
     size_t bytes;
   };
-#define TQCS_ROUTINE(name, shape, T) {#name, sizeof(T)},
+#define TQCS_ROUTINE(name, shape, T, edge) {#name, sizeof(T)},
   constexpr Routine kRoutines[] = {TQCS_CHROMA_PROGRESSIVE_ROUTINES(TQCS_ROUTINE)};
 #undef TQCS_ROUTINE
   std::string out;
@@ -239,20 +237,9 @@ std::string Generate() {
 }  // namespace
 
 int main(int argc, char **argv) {
-  const bool check = argc == 3 && std::string_view(argv[1]) == "--check";
-  if (argc != 2 && !check) {
-    std::cerr << "usage: tqcs_formats_doc [--check] FILE\n";
-    return 2;
-  }
-  const char *path = argv[argc - 1];
-  const std::string text = Generate();
-  if (check) {
-    std::ifstream file(path, std::ios::binary);
-    const std::string committed{std::istreambuf_iterator<char>(file), {}};
-    if (committed == text) return 0;
-    std::cerr << path << " differs from the format table: rebuild the target formats_doc\n";
-    return 1;
-  }
-  std::ofstream(path, std::ios::binary) << text;
-  return 0;
+  return tqcs::tools::WriteOrCheckDoc(argc, argv, "tqcs_formats_doc", "the format table",
+                                      "formats_doc", [](std::string &text) {
+                                        text = Generate();
+                                        return true;
+                                      });
 }

@@ -47,8 +47,11 @@ enum {
  * bits 6 to 15 (value = sample >> 6). 4:2:0 layouts site their chroma per
  * field unless named _FRAME (sited on the frame: vertically centred between
  * the two rows it covers, as progressive material is). docs/formats.md gives
- * every layout byte by byte and the widths each accepts. Reserved codes name
- * no layout; the descriptor forms refuse them. */
+ * every layout byte by byte. Widths: V210 takes multiples of 6, planar 4:1:1
+ * multiples of 4, the other layouts from code 11 on with chroma subsampling
+ * multiples of 2, RGB48 and RGB64 any width; for any other width the
+ * descriptor forms return 0 and write nothing. Reserved codes name no layout;
+ * the descriptor forms refuse them. */
 enum {
   TCS_FORMAT_YUV420_FRAME = 11,       /* planar 4:2:0, 8-bit, chroma sited on the frame */
   TCS_FORMAT_YUV16_10BIT = 12,        /* packed 4:2:2, 16-bit Y0 U Y1 V */

@@ -27,17 +27,22 @@
 #include <cstdint>
 #include <type_traits>
 
-#define TQCS_CHROMA_PROGRESSIVE_ROUTINES(X)                  \
-  X(YUV422_2_YUV420_UV_Centred_Row, Down, uint8_t)           \
-  X(YUV422_16_2_YUV420_16_UV_Centred_Row, Down, uint16_t)    \
-  X(YUV420_2_YUV422_UV_Centred_FirstRow, Up, uint8_t)        \
-  X(YUV420_2_YUV422_UV_Centred_LastRow, Up, uint8_t)         \
-  X(YUV420_2_YUV422_UV_Centred_Row, Up, uint8_t)             \
-  X(YUV420_16_2_YUV422_16_UV_Centred_FirstRow, Up, uint16_t) \
-  X(YUV420_16_2_YUV422_16_UV_Centred_LastRow, Up, uint16_t)  \
-  X(YUV420_16_2_YUV422_16_UV_Centred_Row, Up, uint16_t)
+// The routines: name, shape (Down or Up), sample type, and for Up which
+// neighbours the row reads (CentredEdge).
+#define TQCS_CHROMA_PROGRESSIVE_ROUTINES(X)                         \
+  X(YUV422_2_YUV420_UV_Centred_Row, Down, uint8_t, Interior)        \
+  X(YUV422_16_2_YUV420_16_UV_Centred_Row, Down, uint16_t, Interior) \
+  X(YUV420_2_YUV422_UV_Centred_FirstRow, Up, uint8_t, First)        \
+  X(YUV420_2_YUV422_UV_Centred_LastRow, Up, uint8_t, Last)          \
+  X(YUV420_2_YUV422_UV_Centred_Row, Up, uint8_t, Interior)          \
+  X(YUV420_16_2_YUV422_16_UV_Centred_FirstRow, Up, uint16_t, First) \
+  X(YUV420_16_2_YUV422_16_UV_Centred_LastRow, Up, uint16_t, Last)   \
+  X(YUV420_16_2_YUV422_16_UV_Centred_Row, Up, uint16_t, Interior)
 
 namespace tqcs {
+
+// Which neighbours an up row reads; an edge stands in for the missing one.
+enum class CentredEdge { First, Last, Interior };
 
 // The two argument shapes.
 template <class T>
@@ -48,7 +53,8 @@ using CentredUpFn = void (*)(T *dstU, int64_t dstUPitch, T *dstV, int64_t dstVPi
                              int64_t srcUPitch, const T *srcV, int64_t srcVPitch, int32_t width);
 
 // Declares each routine with its shape: a function type declares a function.
-#define TQCS_DECLARE_CENTRED(name, shape, T) std::remove_pointer_t<Centred##shape##Fn<T>> name;
+#define TQCS_DECLARE_CENTRED(name, shape, T, edge) \
+  std::remove_pointer_t<Centred##shape##Fn<T>> name;
 namespace portable {
 TQCS_CHROMA_PROGRESSIVE_ROUTINES(TQCS_DECLARE_CENTRED)
 }
@@ -56,5 +62,22 @@ namespace sse2 {
 TQCS_CHROMA_PROGRESSIVE_ROUTINES(TQCS_DECLARE_CENTRED)
 }
 #undef TQCS_DECLARE_CENTRED
+
+// Defines every routine of the list in a tier's namespace as a call of the
+// tier's templates CentredDown<twin> and CentredUp<twin, edge>, with twin the
+// portable routine of the same name (the SIMD tail; the portable tier itself
+// ignores it).
+#define TQCS_DEFINE_CENTRED_Down(name, T, edge)                                                   \
+  void name(T *dstU, T *dstV, const T *srcU, int64_t srcUPitch, const T *srcV, int64_t srcVPitch, \
+            int32_t width) {                                                                      \
+    CentredDown<&portable::name>(dstU, dstV, srcU, srcUPitch, srcV, srcVPitch, width);            \
+  }
+#define TQCS_DEFINE_CENTRED_Up(name, T, edge)                                             \
+  void name(T *dstU, int64_t dstUPitch, T *dstV, int64_t dstVPitch, const T *srcU,        \
+            int64_t srcUPitch, const T *srcV, int64_t srcVPitch, int32_t width) {         \
+    CentredUp<&portable::name, CentredEdge::edge>(dstU, dstUPitch, dstV, dstVPitch, srcU, \
+                                                  srcUPitch, srcV, srcVPitch, width);     \
+  }
+#define TQCS_DEFINE_CENTRED(name, shape, T, edge) TQCS_DEFINE_CENTRED_##shape(name, T, edge)
 
 }  // namespace tqcs

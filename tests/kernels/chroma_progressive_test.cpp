@@ -45,7 +45,7 @@ struct Routine {
 };
 
 template <class T>
-Routine Make(const char *name, CentredDownFn<T> portable, CentredDownFn<T> simd) {
+Routine Make(const char *name, CentredDownFn<T> portable, CentredDownFn<T> simd, CentredEdge) {
   return {name,
           int{sizeof(T)},
           1,
@@ -59,14 +59,13 @@ Routine Make(const char *name, CentredDownFn<T> portable, CentredDownFn<T> simd)
           }};
 }
 template <class T>
-Routine Make(const char *name, CentredUpFn<T> portable, CentredUpFn<T> simd) {
-  const std::string n = name;
-  const bool first = n.ends_with("FirstRow"), last = n.ends_with("LastRow");
+Routine Make(const char *name, CentredUpFn<T> portable, CentredUpFn<T> simd, CentredEdge edge) {
+  const int before = edge == CentredEdge::First ? 0 : 1, after = edge == CentredEdge::Last ? 0 : 1;
   return {name,
           int{sizeof(T)},
           2,
-          first ? 0 : 1,
-          last ? 0 : 1,
+          before,
+          after,
           [=](bool s, uint8_t *dU, uint8_t *dV, int64_t dp, const uint8_t *sU, const uint8_t *sV,
               int64_t sp, int32_t w) {
             (s ? simd : portable)(reinterpret_cast<T *>(dU), dp, reinterpret_cast<T *>(dV), dp,
@@ -76,10 +75,13 @@ Routine Make(const char *name, CentredUpFn<T> portable, CentredUpFn<T> simd) {
 }
 
 std::vector<Routine> Routines() {
-#define TQCS_ROUTINE(name, shape, T) Make<T>(#name, &portable::name, &sse2::name),
+#define TQCS_ROUTINE(name, shape, T, edge) \
+  Make<T>(#name, &portable::name, &sse2::name, CentredEdge::edge),
   return {TQCS_CHROMA_PROGRESSIVE_ROUTINES(TQCS_ROUTINE)};
 #undef TQCS_ROUTINE
 }
+
+void PrintTo(const Routine &r, std::ostream *os) { *os << r.name; }
 
 class CentredParity : public ::testing::TestWithParam<Routine> {};
 

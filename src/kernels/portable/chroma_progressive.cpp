@@ -27,20 +27,17 @@ void DownPlane(T *dst, const T *src, int64_t srcPitch, int32_t width) {
     Store(dst, i, Out<T>((In(Load(src, i)) + In(Load(b, i)) + 1) >> 1));
 }
 
-template <class T>
-void Down(T *dstU, T *dstV, const T *srcU, int64_t srcUPitch, const T *srcV, int64_t srcVPitch,
-          int32_t width) {
+template <auto kTwin, class T>
+void CentredDown(T *dstU, T *dstV, const T *srcU, int64_t srcUPitch, const T *srcV,
+                 int64_t srcVPitch, int32_t width) {
   DownPlane(dstU, srcU, srcUPitch, width);
   DownPlane(dstV, srcV, srcVPitch, width);
 }
 
-// Which neighbours an up row reads; an edge stands in for the missing one.
-enum class Edge { First, Last, Interior };
-
-template <Edge E, class T>
+template <CentredEdge E, class T>
 void UpPlane(T *dst, int64_t dstPitch, const T *src, int64_t srcPitch, int32_t width) {
-  const T *prev = E == Edge::First ? src : Step(src, -srcPitch);
-  const T *next = E == Edge::Last ? src : Step(src, srcPitch);
+  const T *prev = E == CentredEdge::First ? src : Step(src, -srcPitch);
+  const T *next = E == CentredEdge::Last ? src : Step(src, srcPitch);
   T *lower = Step(dst, dstPitch);
   for (Index i = 0; i < width; ++i) {
     const int a = In(Load(src, i)), p = In(Load(prev, i)), n = In(Load(next, i));
@@ -49,37 +46,16 @@ void UpPlane(T *dst, int64_t dstPitch, const T *src, int64_t srcPitch, int32_t w
   }
 }
 
-template <Edge E, class T>
-void Up(T *dstU, int64_t dstUPitch, T *dstV, int64_t dstVPitch, const T *srcU, int64_t srcUPitch,
-        const T *srcV, int64_t srcVPitch, int32_t width) {
+template <auto kTwin, CentredEdge E, class T>
+void CentredUp(T *dstU, int64_t dstUPitch, T *dstV, int64_t dstVPitch, const T *srcU,
+               int64_t srcUPitch, const T *srcV, int64_t srcVPitch, int32_t width) {
   UpPlane<E>(dstU, dstUPitch, srcU, srcUPitch, width);
   UpPlane<E>(dstV, dstVPitch, srcV, srcVPitch, width);
 }
 
 }  // namespace
 
-void YUV422_2_YUV420_UV_Centred_Row(uint8_t *dstU, uint8_t *dstV, const uint8_t *srcU,
-                                    int64_t srcUPitch, const uint8_t *srcV, int64_t srcVPitch,
-                                    int32_t width) {
-  Down(dstU, dstV, srcU, srcUPitch, srcV, srcVPitch, width);
-}
-void YUV422_16_2_YUV420_16_UV_Centred_Row(uint16_t *dstU, uint16_t *dstV, const uint16_t *srcU,
-                                          int64_t srcUPitch, const uint16_t *srcV,
-                                          int64_t srcVPitch, int32_t width) {
-  Down(dstU, dstV, srcU, srcUPitch, srcV, srcVPitch, width);
-}
-
-#define TQCS_CENTRED_UP(name, edge, T)                                                         \
-  void name(T *dstU, int64_t dstUPitch, T *dstV, int64_t dstVPitch, const T *srcU,             \
-            int64_t srcUPitch, const T *srcV, int64_t srcVPitch, int32_t width) {              \
-    Up<Edge::edge>(dstU, dstUPitch, dstV, dstVPitch, srcU, srcUPitch, srcV, srcVPitch, width); \
-  }
-TQCS_CENTRED_UP(YUV420_2_YUV422_UV_Centred_FirstRow, First, uint8_t)
-TQCS_CENTRED_UP(YUV420_2_YUV422_UV_Centred_LastRow, Last, uint8_t)
-TQCS_CENTRED_UP(YUV420_2_YUV422_UV_Centred_Row, Interior, uint8_t)
-TQCS_CENTRED_UP(YUV420_16_2_YUV422_16_UV_Centred_FirstRow, First, uint16_t)
-TQCS_CENTRED_UP(YUV420_16_2_YUV422_16_UV_Centred_LastRow, Last, uint16_t)
-TQCS_CENTRED_UP(YUV420_16_2_YUV422_16_UV_Centred_Row, Interior, uint16_t)
-#undef TQCS_CENTRED_UP
+// The portable tier is its own twin.
+TQCS_CHROMA_PROGRESSIVE_ROUTINES(TQCS_DEFINE_CENTRED)
 
 }  // namespace tqcs::portable

@@ -44,8 +44,8 @@ inline __m128i Merge31(__m128i a, __m128i b) {
 }
 
 template <auto kTwin, class T>
-void Down(T *dstU, T *dstV, const T *srcU, int64_t srcUPitch, const T *srcV, int64_t srcVPitch,
-          int32_t width) {
+void CentredDown(T *dstU, T *dstV, const T *srcU, int64_t srcUPitch, const T *srcV,
+                 int64_t srcVPitch, int32_t width) {
   using L = Lanes<T>;
   const auto mean = [](const T *row, int64_t pitch) {
     return L::Avg(L::Read(row), L::Read(Advance(row, pitch)));
@@ -58,24 +58,21 @@ void Down(T *dstU, T *dstV, const T *srcU, int64_t srcUPitch, const T *srcV, int
       dstU, dstV, srcU, srcUPitch, srcV, srcVPitch, width);
 }
 
-// Which neighbours an up row reads; an edge stands in for the missing one.
-enum class Edge { First, Last, Interior };
-
 // Both destination rows of one block, written after every source row is read.
-template <Edge E, class T>
+template <CentredEdge E, class T>
 inline void UpBlock(T *dst, int64_t dstPitch, const T *src, int64_t srcPitch) {
   using L = Lanes<T>;
   const __m128i a = L::Read(src);
-  const __m128i p = E == Edge::First ? a : L::Read(Advance(src, -srcPitch));
-  const __m128i n = E == Edge::Last ? a : L::Read(Advance(src, srcPitch));
+  const __m128i p = E == CentredEdge::First ? a : L::Read(Advance(src, -srcPitch));
+  const __m128i n = E == CentredEdge::Last ? a : L::Read(Advance(src, srcPitch));
   const __m128i upper = Merge31<T>(a, p), lower = Merge31<T>(a, n);
   L::Write(dst, upper);
   L::Write(Advance(dst, dstPitch), lower);
 }
 
-template <auto kTwin, Edge E, class T>
-void Up(T *dstU, int64_t dstUPitch, T *dstV, int64_t dstVPitch, const T *srcU, int64_t srcUPitch,
-        const T *srcV, int64_t srcVPitch, int32_t width) {
+template <auto kTwin, CentredEdge E, class T>
+void CentredUp(T *dstU, int64_t dstUPitch, T *dstV, int64_t dstVPitch, const T *srcU,
+               int64_t srcUPitch, const T *srcV, int64_t srcVPitch, int32_t width) {
   x86::InBlocksOf<kTwin, kBlock<T>>(
       [=](T *u, T *v, const T *su, const T *sv) {
         UpBlock<E>(u, dstUPitch, su, srcUPitch);
@@ -86,31 +83,6 @@ void Up(T *dstU, int64_t dstUPitch, T *dstV, int64_t dstVPitch, const T *srcU, i
 
 }  // namespace
 
-void YUV422_2_YUV420_UV_Centred_Row(uint8_t *dstU, uint8_t *dstV, const uint8_t *srcU,
-                                    int64_t srcUPitch, const uint8_t *srcV, int64_t srcVPitch,
-                                    int32_t width) {
-  Down<&portable::YUV422_2_YUV420_UV_Centred_Row>(dstU, dstV, srcU, srcUPitch, srcV, srcVPitch,
-                                                  width);
-}
-void YUV422_16_2_YUV420_16_UV_Centred_Row(uint16_t *dstU, uint16_t *dstV, const uint16_t *srcU,
-                                          int64_t srcUPitch, const uint16_t *srcV,
-                                          int64_t srcVPitch, int32_t width) {
-  Down<&portable::YUV422_16_2_YUV420_16_UV_Centred_Row>(dstU, dstV, srcU, srcUPitch, srcV,
-                                                        srcVPitch, width);
-}
-
-#define TQCS_CENTRED_UP(name, edge, T)                                                       \
-  void name(T *dstU, int64_t dstUPitch, T *dstV, int64_t dstVPitch, const T *srcU,           \
-            int64_t srcUPitch, const T *srcV, int64_t srcVPitch, int32_t width) {            \
-    Up<&portable::name, Edge::edge>(dstU, dstUPitch, dstV, dstVPitch, srcU, srcUPitch, srcV, \
-                                    srcVPitch, width);                                       \
-  }
-TQCS_CENTRED_UP(YUV420_2_YUV422_UV_Centred_FirstRow, First, uint8_t)
-TQCS_CENTRED_UP(YUV420_2_YUV422_UV_Centred_LastRow, Last, uint8_t)
-TQCS_CENTRED_UP(YUV420_2_YUV422_UV_Centred_Row, Interior, uint8_t)
-TQCS_CENTRED_UP(YUV420_16_2_YUV422_16_UV_Centred_FirstRow, First, uint16_t)
-TQCS_CENTRED_UP(YUV420_16_2_YUV422_16_UV_Centred_LastRow, Last, uint16_t)
-TQCS_CENTRED_UP(YUV420_16_2_YUV422_16_UV_Centred_Row, Interior, uint16_t)
-#undef TQCS_CENTRED_UP
+TQCS_CHROMA_PROGRESSIVE_ROUTINES(TQCS_DEFINE_CENTRED)
 
 }  // namespace tqcs::sse2
