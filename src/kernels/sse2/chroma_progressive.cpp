@@ -1,10 +1,10 @@
 // SSE2 chroma resampling with the chroma sited on the frame (see
 // kernels/chroma_progressive.hpp for the filters and arguments).
 //
-// Both filters are unsigned rounding averages: (a + b + 1) >> 1 is one, and
+// (a + b + 1) >> 1 is the unsigned rounding average. In bytes,
 // (3a + b + 2) >> 2 == rd(a, fl(a, b)) with fl the floor average, which is the
 // rounding average on complements: fl(a, b) == ~rd(~a, ~b). 10-bit samples
-// are averaged as sample >> 6 in 16-bit lanes and shifted back.
+// are weighed as sample >> 6 in 16-bit lanes and shifted back.
 #include "kernels/chroma_progressive.hpp"
 
 #include "kernels/x86/in_blocks_of.hpp"
@@ -36,11 +36,16 @@ struct Lanes<uint16_t> {
 
 inline __m128i Not(__m128i x) { return _mm_xor_si128(x, _mm_set1_epi32(-1)); }
 
-// (3a + b + 2) >> 2.
+// (3a + b + 2) >> 2. Byte lanes have no room for the sum: a chain of
+// averages. 10-bit values in 16-bit lanes have (4 * 1023 + 2 < 2^16): the sum.
 template <class T>
 inline __m128i Merge31(__m128i a, __m128i b) {
-  using L = Lanes<T>;
-  return L::Avg(a, Not(L::Avg(Not(a), Not(b))));
+  if constexpr (sizeof(T) == 1) {
+    return _mm_avg_epu8(a, Not(_mm_avg_epu8(Not(a), Not(b))));
+  } else {
+    const __m128i a3b = _mm_add_epi16(_mm_add_epi16(a, _mm_add_epi16(a, a)), b);
+    return _mm_srli_epi16(_mm_add_epi16(a3b, _mm_set1_epi16(2)), 2);
+  }
 }
 
 template <auto kTwin, class T>
