@@ -50,6 +50,7 @@ const char *SitingText(const FormatInfo &f) {
     case Siting::None:
       break;
   }
+  if (f.chromaShiftX == 2) return "horizontally co-sited with the first of every four luma columns";
   return f.chromaShiftX != 0 ? "horizontally co-sited with the even luma column" : "every pixel";
 }
 
@@ -102,7 +103,8 @@ std::string Memory(const FormatInfo &f) {
              "(128 bytes): give such a file the pitch ((w + 47) / 48) * 128.";
     case Packing::EightPlus2:
       return "The samples of a row in Y0 U Y1 V order (two a pixel) go in runs of 32: first the "
-             "32 high bytes (value >> 2), then 8 bytes of 2-bit low parts, sample k's in bits "
+             "32 high bytes (the 10-bit value >> 2), then 8 bytes of 2-bit low parts, sample k's "
+             "at bit "
              "2 (k % 4) of low byte k / 4. A last run of n < 32 samples has n high bytes and "
              "ceil(n / 4) low bytes. Plane 0 only.";
     case Packing::Reserved:
