@@ -8,13 +8,13 @@
 #include <TQColorSpace/TQColorSpace.h>
 
 #include <cstdio>
-#include <fstream>
 #include <iostream>
-#include <iterator>
 #include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "doc_file.hpp"
 
 namespace {
 
@@ -166,21 +166,6 @@ bool Generate(std::string &text) {
 }  // namespace
 
 int main(int argc, char **argv) {
-  const bool check = argc == 3 && std::string_view(argv[1]) == "--check";
-  if (argc != 2 && !check) {
-    std::cerr << "usage: tqcs_api_doc [--check] FILE\n";
-    return 2;
-  }
-  const char *path = argv[argc - 1];
-  std::string text;
-  if (!Generate(text)) return 1;
-  if (check) {
-    std::ifstream file(path, std::ios::binary);
-    const std::string committed{std::istreambuf_iterator<char>(file), {}};
-    if (committed == text) return 0;
-    std::cerr << path << " differs from the slot lists: rebuild the target api_doc\n";
-    return 1;
-  }
-  std::ofstream(path, std::ios::binary) << text;
-  return 0;
+  return tqcs::tools::WriteOrCheckDoc(argc, argv, "tqcs_api_doc", "the slot lists", "api_doc",
+                                      Generate);
 }

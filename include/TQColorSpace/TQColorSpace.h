@@ -41,6 +41,57 @@ enum {
   TCS_FORMAT_ALPHA = 10      /* one 8-bit key plane */
 };
 
+/* The extended format space of the descriptor forms (general table slots 16
+ * to 18): codes 0 to 10 above, and the deep-colour, semi-planar and
+ * progressive layouts below. "16-bit" samples hold 10 significant bits in
+ * bits 6 to 15 (value = sample >> 6). 4:2:0 layouts site their chroma per
+ * field unless named _FRAME (sited on the frame: vertically centred between
+ * the two rows it covers, as progressive material is). docs/formats.md gives
+ * every layout byte by byte. Widths: V210 takes multiples of 6, planar 4:1:1
+ * multiples of 4, the other layouts from code 11 on with chroma subsampling
+ * multiples of 2, RGB48 and RGB64 any width; for any other width the
+ * descriptor forms return 0 and write nothing. Reserved codes name no layout;
+ * the descriptor forms refuse them. */
+enum {
+  TCS_FORMAT_YUV420_FRAME = 11,       /* planar 4:2:0, 8-bit, chroma sited on the frame */
+  TCS_FORMAT_YUV16_10BIT = 12,        /* packed 4:2:2, 16-bit Y0 U Y1 V */
+  TCS_FORMAT_YUV16_10BIT_SWAP = 13,   /* packed 4:2:2, 16-bit U Y0 V Y1 */
+  TCS_FORMAT_V210 = 14,               /* 4:2:2, three 10-bit samples a 32-bit word */
+  TCS_FORMAT_YUV420_10BIT = 15,       /* planar 4:2:0, 16-bit, chroma sited per field */
+  TCS_FORMAT_YUV420_10BIT_FRAME = 16, /* planar 4:2:0, 16-bit, chroma sited on the frame */
+  TCS_FORMAT_NV16 = 17,               /* Y plane, interleaved U V plane, 4:2:2, 8-bit */
+  TCS_FORMAT_NV12 = 18,               /* Y plane, interleaved U V plane, 4:2:0 per field */
+  TCS_FORMAT_NV12_FRAME = 19,         /* as NV12, chroma sited on the frame */
+  TCS_FORMAT_P210 = 20,               /* Y plane, interleaved U V plane, 4:2:2, 16-bit */
+  TCS_FORMAT_P010 = 21,               /* as P210, 4:2:0 per field */
+  TCS_FORMAT_P010_FRAME = 22,         /* as P010, chroma sited on the frame */
+  TCS_FORMAT_YUV16_8PLUS2 = 23,       /* packed 4:2:2 Y0 U Y1 V, 10-bit, 8+2 runs */
+  TCS_FORMAT_YUV411 = 1013,           /* planar 4:1:1, 8-bit (a source only) */
+  TCS_FORMAT_RESERVED_1014 = 1014,
+  TCS_FORMAT_RESERVED_1015 = 1015,
+  TCS_FORMAT_RGB64 = 1016,      /* 8 bytes a pixel: B, G, R, A in 16-bit samples */
+  TCS_FORMAT_RGB64_SWAP = 1017, /* 8 bytes a pixel: R, G, B, A in 16-bit samples */
+  TCS_FORMAT_RESERVED_1018 = 1018,
+  TCS_FORMAT_RESERVED_1019 = 1019,
+  TCS_FORMAT_RESERVED_1020 = 1020,
+  TCS_FORMAT_RGB48 = 1021,      /* 6 bytes a pixel: B, G, R in 16-bit samples */
+  TCS_FORMAT_RGB48_SWAP = 1022, /* 6 bytes a pixel: R, G, B in 16-bit samples */
+  TCS_FORMAT_RESERVED_1023 = 1023,
+  TCS_FORMAT_RESERVED_1024 = 1024,
+  TCS_FORMAT_RESERVED_1025 = 1025,
+  TCS_FORMAT_RESERVED_1026 = 1026,
+  TCS_FORMAT_RESERVED_1027 = 1027,
+  TCS_FORMAT_RESERVED_1028 = 1028,
+  TCS_FORMAT_RESERVED_1029 = 1029,
+  TCS_FORMAT_RESERVED_1030 = 1030,
+  TCS_FORMAT_RESERVED_1031 = 1031,
+  TCS_FORMAT_RESERVED_1032 = 1032,
+  TCS_FORMAT_YUV422_10BIT = 1033, /* planar 4:2:2, 16-bit */
+  TCS_FORMAT_RESERVED_1034 = 1034,
+  TCS_FORMAT_RESERVED_1035 = 1035,
+  TCS_FORMAT_RESERVED_1036 = 1036
+};
+
 /* Matrix selectors. Drivers accept every value below 4; 2 and negative values
  * pass the check but select no coefficient set, and a conversion that needs
  * one then writes nothing (as the planar 4:2:2 destinations of RGB sources do
