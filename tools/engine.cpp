@@ -151,6 +151,7 @@ void Engine::TenBitTo8(const Image &input, Image &src) const {
   // The library's 10-bit to 8-bit planar drivers store bits 6 to 13 of a
   // sample (a shift right by 6 kept for compatibility): the tool moves the
   // 10-bit value from the low bits up by 4 so that they keep its top 8 bits.
+  // See docs/compatibility.md.
   const int32_t w = input.width, h = input.height;
   std::vector<uint16_t> samples(input.data.size() / 2);
   std::memcpy(samples.data(), input.data.data(), input.data.size());

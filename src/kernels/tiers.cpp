@@ -64,7 +64,7 @@ List PortableList() {
 List SSE2List() {
   return Listed({
       // The SSE2 set leaves three kernels as the empty stub: on levels 1 to 4
-      // those operations do nothing. Kept for compatibility.
+      // those operations do nothing. Kept for compatibility. See docs/compatibility.md.
       Stub<K::UYVY_Key_2_YUVA_Row>(), Stub<K::YUVA_2_UYVY_Key_Row>(),
       Stub<K::RGB24_2_RGB48_Expand_Row>(),
 

@@ -31,7 +31,7 @@ inline uint8_t *Offset(uint8_t *p, int64_t bytes) {
 
 // A product formed in 32 bits and sign-extended, as the counts and offsets of
 // several operations here are: kept for compatibility, so values past the
-// signed 32-bit range wrap.
+// signed 32-bit range wrap. See docs/compatibility.md.
 inline int32_t Mul32(int64_t a, int64_t b) {
   return static_cast<int32_t>(static_cast<uint32_t>(a) * static_cast<uint32_t>(b));
 }

@@ -57,7 +57,7 @@ constexpr Scaling kByFormat[] = {{Way::kPixels32, &kRGB},   {Way::kPixels32, &kR
 void Scale(bool expand, uint8_t *dst, int64_t dstPitch, const uint8_t *src, int64_t srcPitch,
            int32_t format, int32_t width, int32_t height, uint8_t flip) {
   // Silent checks. The pitches are compared with the width in pixels, not in
-  // bytes: kept for compatibility.
+  // bytes: kept for compatibility. See docs/compatibility.md.
   if (!dst || dstPitch < width || !src || srcPitch < width || format == INT32_MAX || width < 1 ||
       height <= 0)
     return;

@@ -36,7 +36,7 @@ struct Raw16 {
 // Raw 16-bit samples to bytes. Kept for compatibility: the weighted raw sample
 // is shifted by 5 in all (3 for the weights, 2 more), not by 3 + 8, so the
 // result can reach 16383 and the stored byte is its low 8 bits (a plain
-// truncating cast), not the top 8 bits of the 10-bit value.
+// truncating cast), not the top 8 bits of the 10-bit value. See docs/compatibility.md.
 struct Raw16To8 {
   using Src = uint16_t;
   using Dst = uint8_t;
@@ -165,6 +165,7 @@ void YUV420_10Bit_2_YUV422_UV_Row(uint8_t *dstU, int64_t dstUPitch, uint8_t *dst
 
 // The interior rule on raw 16-bit samples. Kept for compatibility: the low six
 // bits take part in the weighting and the result keeps whatever they give.
+// See docs/compatibility.md.
 void YUV420_10Bit_2_YUV422_10Bit_UV_Row(uint16_t *dstU, int64_t dstUPitch, uint16_t *dstV,
                                         int64_t dstVPitch, const uint16_t *srcU, int64_t srcUPitch,
                                         const uint16_t *srcV, int64_t srcVPitch, int32_t width) {
@@ -185,7 +186,7 @@ void YUV422_16_2_YUV420_16_UV_Row(uint16_t *dstU, uint16_t *dstV, const uint16_t
 }
 
 // Two packed 4:2:2 rows to 4:2:0. The 8-bit kernels round the chroma merge;
-// the 16-bit-source kernels do not (kept for compatibility).
+// the 16-bit-source kernels do not (kept for compatibility). See docs/compatibility.md.
 void YUYV_2_YUV420_UV_Row(uint8_t *dstY, int64_t dstYPitch, uint8_t *dstU, uint8_t *dstV,
                           const uint8_t *src, int64_t srcPitch, int32_t count) {
   PackedTo420<YUYV, 0, 2>(dstY, dstYPitch, dstU, dstV, src, srcPitch, count);

@@ -6,7 +6,7 @@
 // 10-bit values live in bits 6-15. Kept for compatibility: the 10-bit-to-byte
 // kernels 48, 49 (>> 2) and 51 (>> 6) shift by the amounts they always have and
 // store the low 8 bits of the shifted sample (a plain truncating cast), so a
-// shifted value above 255 wraps instead of saturating.
+// shifted value above 255 wraps instead of saturating. See docs/compatibility.md.
 #include "kernels/kernel_slots.hpp"
 #include "kernels/portable/pixels.hpp"
 
@@ -31,7 +31,7 @@ void ShiftSamples(D *dst, const S *src, int64_t samples) {
 
 }  // namespace
 
-// 10-bit planes to 8-bit packed (see the compatibility note above).
+// 10-bit planes to 8-bit packed (see the compatibility note above). See docs/compatibility.md.
 void YUV422_10Bit_2_YUYV_Row(uint8_t *dst, const uint16_t *srcY, const uint16_t *srcU,
                              const uint16_t *srcV, int32_t count) {
   MovePairs<kDown2>(PackedWriter<YUYV>{dst}, PlanarReader{srcY, srcU, srcV}, count);

@@ -57,6 +57,7 @@ void UYVY_2_YUVA_Row(uint8_t *dst, const uint8_t *src, int32_t count, uint8_t al
   Pairs422ToYUVA<1>(dst, PackedReader<UYVY>{src}, ConstAlpha{alpha}, count);
 }
 // The key variants halve without the rounding one; kept for compatibility.
+// See docs/compatibility.md.
 void YUYV_Key_2_YUVA_Row(uint8_t *dst, const uint8_t *src, const uint8_t *key, int32_t count) {
   Pairs422ToYUVA<0>(dst, PackedReader<YUYV>{src}, KeyAlpha{key}, count);
 }

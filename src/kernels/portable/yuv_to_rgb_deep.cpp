@@ -85,6 +85,7 @@ void Yuv411ToRgb32(uint8_t *dst, const uint8_t *srcY, const uint8_t *srcU, const
 
 // 16-bit outputs carry the constant alpha 0xFFA0 (packed sources) or 0xFC00
 // (planar sources); 8-bit outputs 255. Kept as they stand for compatibility.
+// See docs/compatibility.md.
 template <bool kBgr, uint32_t kAlpha, class Out, class Reader>
 void Yuv10ToRgb(Out *dst, Reader src, int32_t count, const int16_t *coefA, const int16_t *coefB) {
   Yuv422_10ToRgb(RgbaSink<Out, 10, kBgr, kAlpha>{dst}, src, count, MatrixOf(coefA, coefB));

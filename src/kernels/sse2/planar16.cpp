@@ -9,7 +9,7 @@
 // Kept for compatibility: the 10-bit-to-byte kernels shift right (by 2 for
 // the packed rows, by 6 for the single plane) and the byte stored is the low
 // 8 bits of the shifted sample, so a value above 255 wraps. The lanes are
-// masked to their low byte before any saturating pack.
+// masked to their low byte before any saturating pack. See docs/compatibility.md.
 #include "kernels/kernel_slots.hpp"
 #include "kernels/x86/in_blocks.hpp"
 #include "kernels/x86/row.hpp"
@@ -178,7 +178,7 @@ void ShiftPlane(D *dst, const S *src, int32_t count) {
 
 namespace tqcs {
 
-// 10-bit planes to 8-bit packed (see the compatibility note above).
+// 10-bit planes to 8-bit packed (see the compatibility note above). See docs/compatibility.md.
 void sse2::YUV422_10Bit_2_YUYV_Row(uint8_t *dst, const uint16_t *srcY, const uint16_t *srcU,
                                    const uint16_t *srcV, int32_t count) {
   PlanarToPacked<K::YUV422_10Bit_2_YUYV_Row, false, -2>(dst, srcY, srcU, srcV, count);
