@@ -55,6 +55,14 @@ inline constexpr typename SlotFn<kSlot>::Type kPortableTwin = nullptr;
   inline constexpr SlotFn<K::name>::Type kPortableTwin<K::name> = &portable::name;
 TCS_KERNEL_SLOTS(TQCS_PORTABLE_TWIN)
 #undef TQCS_PORTABLE_TWIN
+// The same as a callable, the form the loop takes a twin in.
+template <K kSlot>
+struct SlotTwin {
+  template <class... A>
+  void operator()(A... args) const {
+    kPortableTwin<kSlot>(args...);
+  }
+};
 
 // The portable object's operation of each name, called without virtual
 // dispatch (the SSE2 object derives from the portable one).
@@ -229,7 +237,7 @@ struct BlockRow<Facts, void (*)(A...)> {
 template <K kSlot, int kBlock, int kKeep = 0, class Body, class... A>
 inline void InBlocks(const Body &body, A... args) {
   using Row = BlockRow<SlotFacts<kSlot>>;
-  Row::template Run<kBlock, kKeep>(body, kPortableTwin<kSlot>, typename Row::Args(args...));
+  Row::template Run<kBlock, kKeep>(body, SlotTwin<kSlot>{}, typename Row::Args(args...));
 }
 
 // The same after a head of `head` pixels (0 <= head <= count) given to the
@@ -237,8 +245,7 @@ inline void InBlocks(const Body &body, A... args) {
 template <K kSlot, int kBlock, int kKeep = 0, class Body, class... A>
 inline void InBlocksAfter(int32_t head, const Body &body, A... args) {
   using Row = BlockRow<SlotFacts<kSlot>>;
-  Row::template RunAfter<kBlock, kKeep>(head, body, kPortableTwin<kSlot>,
-                                        typename Row::Args(args...));
+  Row::template RunAfter<kBlock, kKeep>(head, body, SlotTwin<kSlot>{}, typename Row::Args(args...));
 }
 
 // The row of operation kOp of a kernel object: whole blocks by `body`, the
