@@ -58,25 +58,36 @@ constexpr RowExtent V210Words() { return {0, 0, 0, 0, 0, 4}; }
 constexpr RowExtent Blocked8Plus2() { return {1, 0, 0, 0, 0, 0, 1}; }
 }  // namespace extent
 
-// One slot: the extent of every pointer argument other than coefficient rows,
-// in argument order. A pointer followed by a pitch is one of several rows: a
-// source spans `srcRowsBefore` rows before it and one after, a destination
-// one after. Sources are exactly as long as the portable routine reads them;
-// destinations at least as long as it writes them.
-struct SlotExtents {
+// One slot (of the kernel table, or an operation of the kernel objects,
+// object_extents.hpp): the extent of every pointer argument other than
+// coefficient rows, in argument order. A pointer followed by a pitch is one of
+// several rows: a source spans `srcRowsBefore` rows before it and
+// `srcRowsAfter` after, a destination one after. Sources are exactly as long
+// as the portable routine reads them; destinations at least as long as it
+// writes them.
+struct RowsAfter {
+  int rows = 1;
+};
+
+template <class Slot>
+struct Extents {
   static constexpr size_t kMaxRows = 4;
-  K slot{};
+  Slot slot{};
   std::array<RowExtent, kMaxRows> rows{};
   size_t rowCount = 0;
-  int srcRowsBefore = 0;
+  int srcRowsBefore = 0, srcRowsAfter = 1;
   bool inPlace = false;  // the first source may be the first destination
 
-  constexpr SlotExtents(K s, std::initializer_list<RowExtent> r, int before = 0, bool same = false)
+  constexpr Extents(Slot s, std::initializer_list<RowExtent> r, int before = 0, bool same = false)
       : slot(s), rowCount(r.size()), srcRowsBefore(before), inPlace(same) {
     size_t k = 0;
     for (const RowExtent &e : r) rows[k++] = e;
   }
+  constexpr Extents(Slot s, std::initializer_list<RowExtent> r, RowsAfter after) : Extents(s, r) {
+    srcRowsAfter = after.rows;
+  }
 };
+using SlotExtents = Extents<K>;
 
 namespace detail {
 constexpr auto MakeSlotExtents() {

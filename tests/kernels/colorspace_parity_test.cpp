@@ -13,62 +13,24 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <map>
 #include <random>
 #include <string>
-#include <string_view>
 
 #include "kernels/colorspace.hpp"
+#include "kernels/object_extents.hpp"
 #include "support/kernel_shapes.hpp"
 #include "support/page_guard.hpp"
 
 namespace tqcs::test {
 namespace {
 
-// The extents of one operation's pointer arguments in order, and how many rows
-// after the given one a pitched source spans.
-struct Extents {
-  std::vector<RowSize> rows;
-  int srcRowsAfter = 1;
-};
-
-const Extents *ExtentsOf(std::string_view op) {
-  const RowSize p1 = Pairs(1), p2 = Pairs(2), p4 = Pairs(4), p8 = Pairs(8);
-  static const std::map<std::string_view, Extents> kExtents = {
-      {"YUV411_2_YUYV", {{Quads(8), Quads(4), Quads(1), Quads(1)}}},
-      {"YUV411_2_UYVY", {{Quads(8), Quads(4), Quads(1), Quads(1)}}},
-      {"V210_2_YUV422", {{p2, p1, p1, V210Words()}}},
-      {"YUV422_2_V210", {{V210Words(), p2, p1, p1}}},
-      {"V210_2_YUV420", {{p2, p1, p1, V210Words()}}},
-      {"RGB_2_YUV_Matrix", {{Px(1), Px(4)}}},
-      {"YUYV_2_YUV422_16", {{p4, p2, p2, p4}}},
-      {"UYVY_2_YUV422_16", {{p4, p2, p2, p4}}},
-      {"Scale_Q14", {{Px(1), Px(1)}}},
-      {"RGB48_2_YUYV16_Matrix", {{CeilPairs(8), Px(6)}}},
-      {"RGB48_2_UYVY16_Matrix", {{CeilPairs(8), Px(6)}}},
-      {"YUV422_2_YUV420_UV_Avg", {{Px(1), Px(1)}}},
-      {"YUV422_16_2_YUV420_16_UV_Avg", {{Px(2), Px(2)}}},
-      {"UV_Interpolate_4Tap", {{Px(1), Px(1)}, 3}},
-      {"UV_Interpolate_4Tap_16", {{Px(2), Px(2)}, 3}},
-      {"YUYV_2_YUV420_Avg", {{p2, p1, p1, p4}}},
-      {"UYVY_2_YUV420_Avg", {{p2, p1, p1, p4}}},
-      {"YUYV16_2_YUV420_16_Avg", {{p4, p2, p2, p8}}},
-      {"UYVY16_2_YUV420_16_Avg", {{p4, p2, p2, p8}}},
-      {"YUYV_2_YUV420_16", {{p4, p2, p2, p4}}},
-      {"UYVY_2_YUV420_16", {{p4, p2, p2, p4}}},
-      {"YUYV16_2_YUV420", {{p2, p1, p1, p8}}},
-      {"UYVY16_2_YUV420", {{p2, p1, p1, p8}}},
-  };
-  const auto it = kExtents.find(op);
-  return it == kExtents.end() ? nullptr : &it->second;
-}
-
-// One operation: its name, a caller of its member, its extents and the
-// layout of its arguments, read from the member's signature.
+// One operation: its name, a caller of its member, its extents (the
+// library's table) and the layout of its arguments, read from the member's
+// signature.
 struct OpCase {
   const char *name;
   void (*call)(ColorSpace &, const CallArgs &);
-  const Extents *extents;
+  const OpExtents *extents;
   std::vector<bool> written, pitched;
 };
 
@@ -85,15 +47,15 @@ struct Op<kOp> {
   static void Call(ColorSpace &cs, const CallArgs &a) {
     Call(cs, a, std::index_sequence_for<A...>{});
   }
-  static OpCase Case(const char *name) {
+  static OpCase Case(const char *name, ColorSpaceOp op) {
     using Signature = detail::Caller<void (*)(A...)>;
-    return {name, &Call, ExtentsOf(name), Signature::Written(), Signature::Pitched()};
+    return {name, &Call, &ExtentsOf(op), Signature::Written(), Signature::Pitched()};
   }
 };
 
 // Every operation of the kernel objects, in their order.
 std::vector<OpCase> Ops() {
-#define TQCS_OP_CASE(name, ret, params) Op<&ColorSpace::name>::Case(#name),
+#define TQCS_OP_CASE(name, ret, params) Op<&ColorSpace::name>::Case(#name, ColorSpaceOp::name),
   return {TQCS_COLORSPACE_OPS(TQCS_OP_CASE)};
 #undef TQCS_OP_CASE
 }
@@ -128,11 +90,10 @@ class ColorSpaceParity : public ::testing::TestWithParam<OpCase> {
 
   void Check(int32_t count, const Variant &v) {
     const OpCase &op = GetParam();
-    ASSERT_NE(op.extents, nullptr) << op.name << " has no extents listed here";
-    const std::vector<RowSize> &rows = op.extents->rows;
-    ASSERT_EQ(rows.size(), op.written.size()) << op.name;
+    const OpExtents &extents = *op.extents;
+    ASSERT_EQ(extents.rowCount, op.written.size()) << op.name;
     std::mt19937 rng(static_cast<uint32_t>(count) * 7919u + static_cast<uint32_t>(v.pattern));
-    const size_t n = rows.size();
+    const size_t n = extents.rowCount;
     // Per pointer: row bytes, rows after the given one, pitch, region size.
     std::vector<size_t> bytes(n), size(n), rowAt(n);
     std::vector<int64_t> pitch(n, 0);
@@ -140,12 +101,14 @@ class ColorSpaceParity : public ::testing::TestWithParam<OpCase> {
     std::vector<size_t> source(n, 0);
     std::vector<std::vector<uint8_t>> start(n);
     for (size_t r = 0; r < n; ++r) {
-      bytes[r] = rows[r].Bytes(count);
-      const int after = op.pitched[r] ? (op.written[r] ? 1 : op.extents->srcRowsAfter) : 0;
+      bytes[r] = extents.rows[r].Bytes(count);
+      const bool pitchedSource = op.pitched[r] && !op.written[r];
+      const int before = pitchedSource ? extents.srcRowsBefore : 0;
+      const int after = op.pitched[r] ? (pitchedSource ? extents.srcRowsAfter : 1) : 0;
       const int64_t step = static_cast<int64_t>(bytes[r]) + kGap;
       pitch[r] = op.pitched[r] ? v.pitchSign * step : 0;
-      size[r] = bytes[r] + static_cast<size_t>(after * step);
-      rowAt[r] = v.pitchSign < 0 ? static_cast<size_t>(after * step) : 0;
+      size[r] = bytes[r] + static_cast<size_t>((before + after) * step);
+      rowAt[r] = static_cast<size_t>((v.pitchSign < 0 ? after : before) * step);
       if (op.written[r]) {
         start[r].resize(size[r] + 2 * kMargin + 16);
         Fill(start[r].data(), start[r].size(), 0, rng);

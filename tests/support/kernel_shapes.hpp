@@ -18,16 +18,6 @@
 
 namespace tqcs::test {
 
-// Row extents come from the library's table (kernels/slot_extents.hpp); the
-// names below let a test describe rows of its own (the kernel object's
-// operations) the same way.
-using RowSize = RowExtent;
-using extent::CeilPairs;
-using extent::Pairs;
-using extent::Px;
-using extent::Quads;
-using extent::V210Words;
-
 // What a call is made of. Rows are the pointer arguments in order; pitches
 // belong to the pointer before them.
 struct CallArgs {

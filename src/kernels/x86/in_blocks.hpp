@@ -20,7 +20,15 @@
 // blocks read the pair or group after them and whose last pair or group has
 // its own rule there. A body given as Prepare(make) is made by make() once,
 // and only when at least one block runs (constants read from coefficient
-// rows, say).
+// rows, say). A body given as AllBlocks(run) is called once, with the row
+// pointers and the number of whole blocks (at least one), for a routine of the
+// tier that loops over its blocks itself.
+//
+// The kernel objects' operations run through the same loop, keyed by the
+// operation, with the portable object as the twin (object_extents.hpp holds
+// their extents):
+//
+//   x86::InBlocks<ColorSpaceOp::V210_2_YUV422, 24>(*this, body, dstY, ...);
 #pragma once
 
 #include <array>
@@ -30,7 +38,9 @@
 #include <type_traits>
 #include <utility>
 
+#include "kernels/colorspace.hpp"
 #include "kernels/kernel_slots.hpp"
+#include "kernels/object_extents.hpp"
 #include "kernels/slot_extents.hpp"
 #include "kernels/x86/row.hpp"
 
@@ -45,33 +55,73 @@ inline constexpr typename SlotFn<kSlot>::Type kPortableTwin = nullptr;
   inline constexpr SlotFn<K::name>::Type kPortableTwin<K::name> = &portable::name;
 TCS_KERNEL_SLOTS(TQCS_PORTABLE_TWIN)
 #undef TQCS_PORTABLE_TWIN
-
-template <class Make>
-struct Prepared {
-  Make make;
+// The same as a callable, the form the loop takes a twin in.
+template <K kSlot>
+struct SlotTwin {
+  template <class... A>
+  void operator()(A... args) const {
+    kPortableTwin<kSlot>(args...);
+  }
 };
-template <class Make>
-Prepared(Make) -> Prepared<Make>;
-template <class Make>
-inline Prepared<Make> Prepare(Make make) {
-  return Prepared<Make>{make};
-}
-template <class Body>
-inline constexpr bool kIsPrepared = false;
-template <class Make>
-inline constexpr bool kIsPrepared<Prepared<Make>> = true;
 
-template <K kSlot, class Fn = typename SlotFn<kSlot>::Type>
-struct SlotRow;
+// The portable object's operation of each name, called without virtual
+// dispatch (the SSE2 object derives from the portable one).
+template <ColorSpaceOp kOp>
+struct PortableOp;
+#define TQCS_PORTABLE_OP(name, ret, params)             \
+  template <>                                           \
+  struct PortableOp<ColorSpaceOp::name> {               \
+    template <class... A>                               \
+    static ret Call(ColorSpaceC &portable, A... args) { \
+      return portable.ColorSpaceC::name(args...);       \
+    }                                                   \
+  };
+TQCS_COLORSPACE_OPS(TQCS_PORTABLE_OP)
+#undef TQCS_PORTABLE_OP
 
-template <K kSlot, class... A>
-struct SlotRow<kSlot, void (*)(A...)> {
-  using Args = std::tuple<A...>;
-  static constexpr size_t kArgs = sizeof...(A);
-  static constexpr std::array<ArgKind, kArgs> kKinds{KindOf<A>()...};
+// What the loop knows of a row routine: its signature and its extents.
+template <K kSlot>
+struct SlotFacts {
+  using Fn = typename SlotFn<kSlot>::Type;
   static_assert(ExtentsIndex(kSlot) < kSlotExtents.size(),
                 "a SIMD slot needs its row extents in slot_extents.hpp");
   static constexpr SlotExtents kExtents = kSlotExtents[ExtentsIndex(kSlot)];
+};
+template <ColorSpaceOp kOp>
+struct OpFacts {
+  using Fn = typename OpFn<kOp>::Type;
+  static constexpr OpExtents kExtents = ExtentsOf(kOp);
+};
+
+// A body with a rule of its own: made once before the first block
+// (Prepare), or run over all the blocks in one call (AllBlocks).
+enum class BodyRule { Prepared, AllBlocks };
+template <BodyRule kRule, class Fn>
+struct RuledBody {
+  Fn fn;
+};
+template <class Make>
+inline RuledBody<BodyRule::Prepared, Make> Prepare(Make make) {
+  return {make};
+}
+template <class Run>
+inline RuledBody<BodyRule::AllBlocks, Run> AllBlocks(Run run) {
+  return {run};
+}
+template <class Body, BodyRule kRule>
+inline constexpr bool kHasRule = false;
+template <BodyRule kRule, class Fn>
+inline constexpr bool kHasRule<RuledBody<kRule, Fn>, kRule> = true;
+
+template <class Facts, class Fn = typename Facts::Fn>
+struct BlockRow;
+
+template <class Facts, class... A>
+struct BlockRow<Facts, void (*)(A...)> {
+  using Args = std::tuple<A...>;
+  static constexpr size_t kArgs = sizeof...(A);
+  static constexpr std::array<ArgKind, kArgs> kKinds{KindOf<A>()...};
+  static constexpr auto kExtents = Facts::kExtents;
 
   static constexpr size_t kRows = [] {
     size_t n = 0;
@@ -136,9 +186,10 @@ struct SlotRow<kSlot, void (*)(A...)> {
       return std::get<I>(args);
     }
   }
-  template <size_t... I>
-  static void Twin(const Args &args, int32_t count, std::index_sequence<I...>) {
-    kPortableTwin<kSlot>(Head<I>(args, count)...);
+  template <class Twin, size_t... I>
+  static void TwinHead(const Twin &twin, const Args &args, int32_t count,
+                       std::index_sequence<I...>) {
+    twin(Head<I>(args, count)...);
   }
 
   template <int kBlock, class Block, size_t... R>
@@ -148,31 +199,36 @@ struct SlotRow<kSlot, void (*)(A...)> {
       block(Advance(std::get<kRowAt[R]>(args),
                     b * std::integral_constant<int64_t, BlockStep<kBlock>(R)>{})...);
   }
+  template <class Whole, size_t... R>
+  static void All(const Whole &run, const Args &args, int64_t blocks, std::index_sequence<R...>) {
+    run(std::get<kRowAt[R]>(args)..., blocks);
+  }
 
-  template <int kBlock, int kKeep, class Body>
-  static void Run(const Body &body, const Args &args) {
+  template <int kBlock, int kKeep, class Body, class Twin>
+  static void Run(const Body &body, const Twin &twin, const Args &args) {
     static_assert(WholeGroups<kBlock>(),
                   "a block must hold whole groups of every row (pairs, V210 words, 8+2 runs)");
     const int64_t count = std::get<kCountAt>(args);
     const int64_t blocks = count - kKeep >= kBlock ? (count - kKeep) / kBlock : 0;
     if (blocks > 0) {
-      if constexpr (kIsPrepared<Body>) {
-        Loop<kBlock>(body.make(), args, blocks, std::make_index_sequence<kRows>{});
+      if constexpr (kHasRule<Body, BodyRule::Prepared>) {
+        Loop<kBlock>(body.fn(), args, blocks, std::make_index_sequence<kRows>{});
+      } else if constexpr (kHasRule<Body, BodyRule::AllBlocks>) {
+        All(body.fn, args, blocks, std::make_index_sequence<kRows>{});
       } else {
         Loop<kBlock>(body, args, blocks, std::make_index_sequence<kRows>{});
       }
     }
     // A count below 1 writes nothing, so a row without pixels left needs no call.
     if (count > blocks * kBlock)
-      std::apply(kPortableTwin<kSlot>,
-                 MovedAll(args, blocks * kBlock, std::make_index_sequence<kArgs>{}));
+      std::apply(twin, MovedAll(args, blocks * kBlock, std::make_index_sequence<kArgs>{}));
   }
 
-  template <int kBlock, int kKeep, class Body>
-  static void RunAfter(int32_t head, const Body &body, const Args &args) {
+  template <int kBlock, int kKeep, class Body, class Twin>
+  static void RunAfter(int32_t head, const Body &body, const Twin &twin, const Args &args) {
     static_assert(PerPixel(), "a head of any length needs rows of whole pixels");
-    if (head > 0) Twin(args, head, std::make_index_sequence<kArgs>{});
-    Run<kBlock, kKeep>(body, MovedAll(args, head, std::make_index_sequence<kArgs>{}));
+    if (head > 0) TwinHead(twin, args, head, std::make_index_sequence<kArgs>{});
+    Run<kBlock, kKeep>(body, twin, MovedAll(args, head, std::make_index_sequence<kArgs>{}));
   }
 };
 
@@ -180,16 +236,26 @@ struct SlotRow<kSlot, void (*)(A...)> {
 // kKeep pixels) by `body`, the rest by the portable routine.
 template <K kSlot, int kBlock, int kKeep = 0, class Body, class... A>
 inline void InBlocks(const Body &body, A... args) {
-  using Row = SlotRow<kSlot>;
-  Row::template Run<kBlock, kKeep>(body, typename Row::Args(args...));
+  using Row = BlockRow<SlotFacts<kSlot>>;
+  Row::template Run<kBlock, kKeep>(body, SlotTwin<kSlot>{}, typename Row::Args(args...));
 }
 
 // The same after a head of `head` pixels (0 <= head <= count) given to the
 // portable routine first, for bodies that need an aligned destination.
 template <K kSlot, int kBlock, int kKeep = 0, class Body, class... A>
 inline void InBlocksAfter(int32_t head, const Body &body, A... args) {
-  using Row = SlotRow<kSlot>;
-  Row::template RunAfter<kBlock, kKeep>(head, body, typename Row::Args(args...));
+  using Row = BlockRow<SlotFacts<kSlot>>;
+  Row::template RunAfter<kBlock, kKeep>(head, body, SlotTwin<kSlot>{}, typename Row::Args(args...));
+}
+
+// The row of operation kOp of a kernel object: whole blocks by `body`, the
+// rest by the portable object's operation of the same name.
+template <ColorSpaceOp kOp, int kBlock, int kKeep = 0, class Body, class... A>
+inline void InBlocks(ColorSpaceC &portable, const Body &body, A... args) {
+  using Row = BlockRow<OpFacts<kOp>>;
+  Row::template Run<kBlock, kKeep>(
+      body, [&portable](auto... a) { PortableOp<kOp>::Call(portable, a...); },
+      typename Row::Args(args...));
 }
 
 // The bytes of row pointer `row` of slot kSlot for `count` pixels.
