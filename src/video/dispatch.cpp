@@ -159,30 +159,6 @@ int ImageCount(Form form) { return form == Form::kFrame ? 2 : 3; }
 int Outputs(Form form) { return form == Form::kSplit ? 2 : 1; }
 int SlotOffset(Form form) { return form == Form::kFrame ? 0 : form == Form::kSplit ? 1 : 2; }
 
-int32_t Value(Extra e, const Job &j) {
-  switch (e) {
-    case Extra::kMatrix:
-      return j.matrix;
-    case Extra::kOrderOfSrc:
-      return BlueFirst(j.srcCode);
-    case Extra::kOrderOfDst:
-      return BlueFirst(j.dstCode);
-    case Extra::kPackingOfSrc:
-      return j.srcCode == kYUV16Swap;
-    case Extra::kPackingOfDst:
-      return j.dstCode == kYUV16Swap;
-    case Extra::kSwap:
-      return BlueFirst(j.srcCode) != BlueFirst(j.dstCode);
-    case Extra::kNoSwap:
-      return 0;
-    case Extra::kAlpha:
-      return 255;
-    case Extra::kAlphaChannel:
-      return 3;
-  }
-  return 0;
-}
-
 // Planes `first` to `last` of every image, image by image: a split hands on
 // field 1's Y, U, V, then field 2's, then the source's; a compose the frame's,
 // then field 1's, then field 2's. This follows the drivers' signatures, which
@@ -194,7 +170,7 @@ void CallDriver(int table, int slot, const Job &j, int first, int last,
   for (int i = 0; i < ImageCount(j.form); ++i)
     for (int k = first; k <= last && k < j.images[i].count; ++k)
       c.planes[c.planeCount++] = j.images[i].planes[k];
-  for (Extra e : extras) c.extras[c.extraCount++] = Value(e, j);
+  for (Extra e : extras) c.extras[c.extraCount++] = OptionValue(e, j.srcCode, j.dstCode, j.matrix);
   c.width = j.width;
   c.height = j.height;
   c.flip = j.flip;

@@ -47,6 +47,31 @@ enum class Extra : uint8_t {
   kAlphaChannel,  // 3, the alpha byte of a 32-bit pixel
 };
 
+// The value an option takes for a pair of codes and the caller's matrix.
+constexpr int32_t OptionValue(Extra e, int32_t srcCode, int32_t dstCode, int32_t matrix) {
+  switch (e) {
+    case Extra::kMatrix:
+      return matrix;
+    case Extra::kOrderOfSrc:
+      return BlueFirst(srcCode);
+    case Extra::kOrderOfDst:
+      return BlueFirst(dstCode);
+    case Extra::kPackingOfSrc:
+      return srcCode == kYUV16Swap;
+    case Extra::kPackingOfDst:
+      return dstCode == kYUV16Swap;
+    case Extra::kSwap:
+      return BlueFirst(srcCode) != BlueFirst(dstCode);
+    case Extra::kNoSwap:
+      return 0;
+    case Extra::kAlpha:
+      return 255;
+    case Extra::kAlphaChannel:
+      return 3;
+  }
+  return 0;
+}
+
 struct Route {
   Kind kind = Kind::kRefuse;
   int8_t table = 0;  // position of the driver's sub-table in the root

@@ -167,38 +167,11 @@ void Fill(Form f, std::vector<Image> &io, const Shape &z) {
 // The refused pairs write nothing.
 void Nothing(Form, std::vector<Image> &, const Shape &) {}
 
-// What each option of a route means for a pair of codes: codes 0 and 3 hold
-// B, G, R; code 7 is UYVY.
-int64_t ValueOf(Extra e, int s, int d, int32_t m) {
-  const int orderS = s == 0 || s == 3, orderD = d == 0 || d == 3;
-  switch (e) {
-    case Extra::kMatrix:
-      return m;
-    case Extra::kOrderOfSrc:
-      return orderS;
-    case Extra::kOrderOfDst:
-      return orderD;
-    case Extra::kPackingOfSrc:
-      return s == 7;
-    case Extra::kPackingOfDst:
-      return d == 7;
-    case Extra::kSwap:
-      return orderS != orderD;
-    case Extra::kNoSwap:
-      return 0;
-    case Extra::kAlpha:
-      return 255;
-    case Extra::kAlphaChannel:
-      return 3;
-  }
-  ADD_FAILURE() << "unknown option";
-  return 0;
-}
-
 Ref Reached(int s, int d, int32_t m) {
   const Route &r = tqcs::video::kRoutes[s][d];
   std::vector<int64_t> options;
-  for (uint8_t i = 0; i < r.extraCount; ++i) options.push_back(ValueOf(r.extras[i], s, d, m));
+  for (uint8_t i = 0; i < r.extraCount; ++i)
+    options.push_back(tqcs::video::OptionValue(r.extras[i], s, d, m));
   switch (r.kind) {
     case Kind::kRefuse:
       return Nothing;
@@ -268,6 +241,33 @@ TEST_P(Pairs, EveryFormMatchesTheDirectCallOfWhatThePairMustReach) {
 
 INSTANTIATE_TEST_SUITE_P(Codes, Pairs,
                          ::testing::Combine(::testing::Range(0, 11), ::testing::Range(0, 11)));
+
+// What a route's options mean, worked out by hand from the slot list: codes 0
+// and 3 hold B, G, R (channel order 1), code 7 is UYVY (packing 1); a swap is
+// asked between codes of different orders.
+TEST(RouteOptions, MeanWhatTheSlotListSays) {
+  using tqcs::video::OptionValue;
+  struct Case {
+    Extra e;
+    int s, d;
+    int32_t m, want;
+  };
+  const Case cases[] = {
+      {Extra::kMatrix, 0, 2, -1, -1},      {Extra::kMatrix, 9, 3, 3, 3},
+      {Extra::kOrderOfSrc, 0, 6, 0, 1},    {Extra::kOrderOfSrc, 1, 6, 0, 0},
+      {Extra::kOrderOfSrc, 3, 2, 0, 1},    {Extra::kOrderOfSrc, 4, 2, 0, 0},
+      {Extra::kOrderOfDst, 8, 0, 0, 1},    {Extra::kOrderOfDst, 8, 4, 0, 0},
+      {Extra::kPackingOfSrc, 7, 0, 0, 1},  {Extra::kPackingOfSrc, 6, 0, 0, 0},
+      {Extra::kPackingOfDst, 3, 7, 0, 1},  {Extra::kPackingOfDst, 3, 6, 0, 0},
+      {Extra::kSwap, 0, 4, 0, 1},          {Extra::kSwap, 0, 3, 0, 0},
+      {Extra::kSwap, 1, 4, 0, 0},          {Extra::kSwap, 4, 0, 0, 1},
+      {Extra::kNoSwap, 2, 5, 0, 0},        {Extra::kAlpha, 5, 0, 0, 255},
+      {Extra::kAlphaChannel, 0, 10, 0, 3},
+  };
+  for (const Case &c : cases)
+    EXPECT_EQ(OptionValue(c.e, c.s, c.d, c.m), c.want)
+        << "option " << int(c.e) << " for " << c.s << " to " << c.d;
+}
 
 // ---- Refusals ------------------------------------------------------------------------
 
