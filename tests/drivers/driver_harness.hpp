@@ -88,16 +88,27 @@ inline std::vector<SlotRef> AllSlots() {
   // The functions are read from the live table only when called, so the list
   // can be built before the library state is.
   auto add = [&](int table, auto fnOf, const char *name, int slot) {
-    using Shape = SlotShape<decltype(fnOf())>;
-    out.push_back({name, table, slot,
-                   [fnOf, name](const std::vector<PlaneArg> &planes, int32_t w, int32_t h,
-                                const std::vector<int64_t> &options) {
-                     if constexpr (kByRole<decltype(fnOf())>)
-                       InvokeWithPlanes(fnOf(), planes, w, h, options);
-                     else
-                       ADD_FAILURE() << name << " is not called by planes and options";
-                   },
-                   Shape::kPlanes, Shape::kOptions + Shape::kFrameShaped, Shape::kFrameShaped});
+    using Sig = decltype(fnOf());
+    using Shape = SlotShape<Sig>;
+    SlotRef ref{name,
+                table,
+                slot,
+                nullptr,
+                Shape::kPlanes,
+                Shape::kOptions + Shape::kFrameShaped,
+                Shape::kFrameShaped};
+    if constexpr (kByRole<Sig>) {
+      ref.call = [fnOf](const std::vector<PlaneArg> &planes, int32_t w, int32_t h,
+                        const std::vector<int64_t> &options) {
+        InvokeWithPlanes(fnOf(), planes, w, h, options);
+      };
+    } else {
+      ref.call = [name](const std::vector<PlaneArg> &, int32_t, int32_t,
+                        const std::vector<int64_t> &) {
+        ADD_FAILURE() << name << " is not called by planes and options";
+      };
+    }
+    out.push_back(std::move(ref));
   };
 #define TQCS_ADD(tableIndex, field)                                                  \
   [&](int n, const char *name, auto member) {                                        \
