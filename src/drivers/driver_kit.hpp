@@ -5,7 +5,8 @@
 // the whole image goes through one kernel call, what an odd height does in the
 // field forms, and how its options pick a row operation. The adapters below
 // turn such a struct into the three C functions of its table slots, with the
-// exact signatures of the public slot list; the walkers do the rest.
+// exact signatures of the public slot list, and into the description of their
+// images (slot_layouts.hpp); the walkers do the rest.
 #pragma once
 
 #include <TQColorSpace/TQColorSpace.h>
@@ -25,6 +26,7 @@
 #include "base/slot_shape.hpp"
 #include "base/state.hpp"
 #include "base/table_entries.hpp"
+#include "drivers/slot_layouts.hpp"
 #include "frame/views.hpp"
 
 namespace tqcs::drivers {
@@ -35,40 +37,46 @@ using frame::FitsOneCall;
 using Rows = uint8_t *const *;
 
 // ---------------------------------------------------------------------------
-// Image layouts: how many planes, and the natural row length of each plane.
+// Image layouts: how many planes, the row bytes of each plane for a width and
+// its rows for a height (slot_layouts.hpp).
+
+template <PlaneLayout... kPlane>
+struct Layout {
+  static constexpr int kPlanes = sizeof...(kPlane);
+  static constexpr ImageLayout kImage{kPlanes, {kPlane...}};
+  static constexpr int64_t RowBytes(int plane, int32_t width) {
+    return kImage.plane[plane].RowBytes(width);
+  }
+};
+
+// A plane of one row for every luma row, of width samples; a 4:2:2 chroma
+// plane (width / 2 samples, rounded down); a 4:2:0 one (also height / 2 rows).
+constexpr PlaneLayout Whole(int32_t sampleBytes) { return {sampleBytes}; }
+constexpr PlaneLayout Chroma422(int32_t sampleBytes) { return {sampleBytes, true}; }
+constexpr PlaneLayout Chroma420(int32_t sampleBytes) { return {sampleBytes, true, true}; }
 
 template <int32_t kBytes>
-struct Packed {
-  static constexpr int kPlanes = 1;
-  static int64_t RowBytes(int, int32_t width) { return int64_t{kBytes} * width; }
-};
+using Packed = Layout<Whole(kBytes)>;
 
 // Packed 4:2:2: 2 bytes a pixel.
 using PackedYUV16 = Packed<2>;
 
-// Planar 4:2:2 with 8-bit (kSample = 1) or 16-bit samples: chroma rows hold
-// width / 2 samples, rounded down.
+// Planar 4:2:2 and 4:2:0 with 8-bit (kSample = 1) or 16-bit samples.
 template <int32_t kSample>
-struct Planar422 {
-  static constexpr int kPlanes = 3;
-  static int64_t RowBytes(int plane, int32_t width) {
-    return int64_t{kSample} * (plane == 0 ? width : width / 2);
-  }
-};
+using Planar422 = Layout<Whole(kSample), Chroma422(kSample), Chroma422(kSample)>;
+template <int32_t kSample>
+using Planar420 = Layout<Whole(kSample), Chroma420(kSample), Chroma420(kSample)>;
 
 // Hue (16-bit), saturation and value planes.
-struct HSVPlanes {
-  static constexpr int kPlanes = 3;
-  static int64_t RowBytes(int plane, int32_t width) {
-    return plane == 0 ? 2 * int64_t{width} : width;
-  }
-};
+using HSVPlanes = Layout<Whole(2), Whole(1), Whole(1)>;
 
 // The two chroma planes of planar 4:2:2 or 4:2:0.
-struct ChromaPlanes {
-  static constexpr int kPlanes = 2;
-  static int64_t RowBytes(int, int32_t width) { return width / 2; }
-};
+using ChromaPlanes422 = Layout<Chroma422(1), Chroma422(1)>;
+using ChromaPlanes420 = Layout<Chroma420(1), Chroma420(1)>;
+
+// Three arrays of 256 32-bit counts.
+inline constexpr PlaneLayout kCounts{4, false, false, 256};
+using HistogramCounts = Layout<kCounts, kCounts, kCounts>;
 
 // ---------------------------------------------------------------------------
 // Parameter checks.
@@ -92,11 +100,6 @@ inline constexpr Rule kSilentRule{Style::kSilent};
 
 enum class Side { kSource, kDestination };
 enum class Fast { kNone, kNatural, kNaturalEvenWidth };
-enum class Odd {
-  kDrop,          // the last row of an odd height is not converted
-  kCopyToField2,  // converted into field 1, then copied into field 2
-  kField1Only,    // converted into (or from) field 1 only
-};
 
 struct Names {
   const char16_t *frame;
@@ -125,6 +128,26 @@ struct Defaults {
     return true;
   }
 };
+
+// What the conversions with a 4:2:0 walk of their own share (frame::WalkTo420,
+// frame::WalkFrom420): each field is an image of its own rows, field 1 taking
+// the extra row of an odd height.
+struct Defaults420 : Defaults {
+  static constexpr Odd kOdd = Odd::kField1Only;
+};
+
+// A triple that exists only as a name: its layouts are those the public
+// header gives its images. TQCS_NAME_ONLY(base, source layout, destination
+// layout[, defaults]) declares its struct.
+template <class SrcLayout, class DstLayout, class Base = Defaults>
+struct NameOnly : Base {
+  using Src = SrcLayout;
+  using Dst = DstLayout;
+};
+#define TQCS_NAME_ONLY(base, ...)                        \
+  struct base : ::tqcs::drivers::NameOnly<__VA_ARGS__> { \
+    TQCS_DRIVER_NAMES(base);                             \
+  }
 
 // The matrix test of the checks: a signed comparison with 4, so 2 and negative
 // values pass and select no coefficient set.
@@ -331,10 +354,7 @@ template <class Conv, Form F, class Sig, class Tuple>
 void Run(const Tuple &args) {
   using Shape = SlotShape<Sig>;
   static_assert(Shape::kFrameShaped);
-  constexpr size_t ND = F == Form::kSplit ? Shape::kDestinations / 2 : Shape::kDestinations;
-  constexpr size_t NS = F == Form::kCompose ? Shape::kSources / 2 : Shape::kSources;
-  static_assert(ND == Conv::Dst::kPlanes && NS == Conv::Src::kPlanes,
-                "the conversion's layouts are not its slot's planes");
+  constexpr size_t ND = Conv::Dst::kPlanes, NS = Conv::Src::kPlanes;
   const int32_t width = std::get<Shape::kWidth>(args);
   const int32_t height = std::get<Shape::kHeight>(args);
   const auto opts = Slice<Shape::kFirstOption, Shape::kFlip>(args);
@@ -396,12 +416,12 @@ struct Adapter<Conv, F, Ret (*)(A...)> {
 };
 
 // A slot whose operation exists only as a name: one "Not Implemented" record.
-template <const Names &kNames, Form F, class Sig>
+template <class Conv, Form F, class Sig>
 struct NotImplementedAdapter;
-template <const Names &kNames, Form F, class... A>
-struct NotImplementedAdapter<kNames, F, void (*)(A...)> {
+template <class Conv, Form F, class... A>
+struct NotImplementedAdapter<Conv, F, void (*)(A...)> {
   static void Call(A...) {
-    WriteRecord(log::kInvalid, log::unit::kVideoColor, NameOf(kNames, F),
+    WriteRecord(log::kInvalid, log::unit::kVideoColor, NameOf(Conv::kNames, F),
                 log::msg::kNotImplemented);
   }
 };
@@ -415,38 +435,68 @@ int32_t SlotOf(M Table::*member) {
       sizeof(Fn));
 }
 
-template <class Conv, Form F, class Table, class M>
-SlotEntry Entry(M Table::*member) {
-  return {SlotOf(member), Erase(&Adapter<Conv, F, M>::Call)};
+// One line of a unit's slot table: the entry start-up stores and the layout
+// of the slot's images, from the conversion the line names.
+struct DriverSlot {
+  SlotEntry entry;
+  SlotLayout layout;
+};
+
+template <class Conv, Form F, class Sig>
+constexpr SlotLayout LayoutOf() {
+  using Shape = SlotShape<Sig>;
+  using Dst = typename Conv::Dst;
+  using Src = typename Conv::Src;
+  static_assert(Shape::kDestinations == (F == Form::kSplit ? 2 : 1) * size_t{Dst::kPlanes} &&
+                    Shape::kSources == (F == Form::kCompose ? 2 : 1) * size_t{Src::kPlanes},
+                "the conversion's layouts are not its slot's planes");
+  Odd odd = Odd::kCopyToField2;
+  if constexpr (requires { Conv::kOdd; }) odd = Conv::kOdd;
+  return {F == Form::kSingle ? Form::kFrame : F, Dst::kImage, Src::kImage, odd};
 }
 
-template <const Names &kNames, Form F, class Table, class M>
-SlotEntry NotImplementedEntry(M Table::*member) {
-  return {SlotOf(member), Erase(&NotImplementedAdapter<kNames, F, M>::Call)};
+template <class Conv, Form F, class Table, class M>
+DriverSlot Entry(M Table::*member) {
+  return {{SlotOf(member), Erase(&Adapter<Conv, F, M>::Call)}, LayoutOf<Conv, F, M>()};
+}
+
+template <class Conv, Form F, class Table, class M>
+DriverSlot NotImplementedEntry(M Table::*member) {
+  return {{SlotOf(member), Erase(&NotImplementedAdapter<Conv, F, M>::Call)},
+          LayoutOf<Conv, F, M>()};
+}
+
+// A unit's slot table, split into the entries start-up stores and their
+// layouts, index by index.
+template <size_t N>
+struct SlotTable {
+  std::array<SlotEntry, N> entries;
+  std::array<SlotLayout, N> layouts;
+};
+
+template <size_t N>
+SlotTable<N> TableOf(const DriverSlot (&slots)[N]) {
+  SlotTable<N> t{};
+  for (size_t i = 0; i < N; ++i) {
+    t.entries[i] = slots[i].entry;
+    t.layouts[i] = slots[i].layout;
+  }
+  return t;
 }
 
 // The three slots of a conversion triple, named after its base:
 // TQCS_TRIPLE(TCS_RGB24Table, RGB24_2_YUV16) stores TCS_RGB24_2_YUV16_Frame,
 // _Split and _Compose, all carried by the conversion struct RGB24_2_YUV16.
-#define TQCS_TRIPLE(Table, base)                                                      \
-  ::tqcs::drivers::Entry<base, ::tqcs::Form::kFrame>(&Table::TCS_##base##_Frame),     \
-      ::tqcs::drivers::Entry<base, ::tqcs::Form::kSplit>(&Table::TCS_##base##_Split), \
-      ::tqcs::drivers::Entry<base, ::tqcs::Form::kCompose>(&Table::TCS_##base##_Compose)
+#define TQCS_TRIPLE_OF(Table, base, entry)                                            \
+  ::tqcs::drivers::entry<base, ::tqcs::Form::kFrame>(&Table::TCS_##base##_Frame),     \
+      ::tqcs::drivers::entry<base, ::tqcs::Form::kSplit>(&Table::TCS_##base##_Split), \
+      ::tqcs::drivers::entry<base, ::tqcs::Form::kCompose>(&Table::TCS_##base##_Compose)
+#define TQCS_TRIPLE(Table, base) TQCS_TRIPLE_OF(Table, base, Entry)
+
+// The same for a triple that exists only as a name (a NameOnly struct).
+#define TQCS_NOT_IMPLEMENTED(Table, base) TQCS_TRIPLE_OF(Table, base, NotImplementedEntry)
 
 #define TQCS_SINGLE(Table, name) \
   ::tqcs::drivers::Entry<name, ::tqcs::Form::kSingle>(&Table::TCS_##name)
-
-#define TQCS_NOT_IMPLEMENTED(Table, base)                                         \
-  ::tqcs::drivers::NotImplementedEntry<base##_Names, ::tqcs::Form::kFrame>(       \
-      &Table::TCS_##base##_Frame),                                                \
-      ::tqcs::drivers::NotImplementedEntry<base##_Names, ::tqcs::Form::kSplit>(   \
-          &Table::TCS_##base##_Split),                                            \
-      ::tqcs::drivers::NotImplementedEntry<base##_Names, ::tqcs::Form::kCompose>( \
-          &Table::TCS_##base##_Compose)
-
-#define TQCS_NAMES_OF(base)                                                        \
-  inline constexpr ::tqcs::drivers::Names base##_Names {                           \
-    u"TCS_" #base "_Frame()", u"TCS_" #base "_Split()", u"TCS_" #base "_Compose()" \
-  }
 
 }  // namespace tqcs::drivers

@@ -4,6 +4,7 @@
 #include <span>
 
 #include "base/table_entries.hpp"
+#include "drivers/slot_layouts.hpp"
 
 namespace tqcs::drivers {
 
@@ -14,5 +15,14 @@ std::span<const SlotEntry> YUV16Drivers();
 std::span<const SlotEntry> YUV422Drivers();
 std::span<const SlotEntry> YUV420Drivers();
 std::span<const SlotEntry> YUVDrivers();
+
+// The layouts of each unit's slot table, index by index with its entries.
+std::span<const SlotLayout> RGB32Layouts();
+std::span<const SlotLayout> RGB24Layouts();
+std::span<const SlotLayout> YUVALayouts();
+std::span<const SlotLayout> YUV16Layouts();
+std::span<const SlotLayout> YUV422Layouts();
+std::span<const SlotLayout> YUV420Layouts();
+std::span<const SlotLayout> YUVLayouts();
 
 }  // namespace tqcs::drivers

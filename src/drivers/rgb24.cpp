@@ -89,7 +89,7 @@ struct RGB24_2_YUV420 : RgbToYUV420<RGB24_2_YUV420> {
 };
 
 // 15-17: present in the table, not implemented.
-TQCS_NAMES_OF(RGB24_2_YUV);
+TQCS_NAME_ONLY(RGB24_2_YUV, Packed<3>, Packed<3>);
 
 // 18-20: to hue (16-bit), saturation and value planes; silent, pitches untested.
 // The kernel stores hues as 16-bit values: a hue row at an odd address (an odd
@@ -137,6 +137,8 @@ struct RGB24_2_Gray : Generic<RGB24_2_Gray> {
 // 24: per-channel histograms that accumulate; with the channel-order flag set
 // the first and third arrays are exchanged so each array counts one colour.
 struct RGB24_Histogram {
+  using Dst = HistogramCounts;
+  using Src = Packed<3>;
   static void Single(uint32_t *hist0, uint32_t *hist1, uint32_t *hist2, const uint8_t *src,
                      int64_t srcPitch, int32_t width, int32_t height, uint8_t order) {
     if (!hist0 || !hist1 || !hist2 || !src || width < 1 || height < 1) return;
@@ -151,16 +153,21 @@ struct RGB24_Histogram {
   }
 };
 
-const SlotEntry kEntries[] = {
-    TQCS_TRIPLE(TCS_RGB24Table, RGB24_SwapRB),    TQCS_TRIPLE(TCS_RGB24Table, RGB24_2_YUVA),
-    TQCS_TRIPLE(TCS_RGB24Table, RGB24_2_YUV16),   TQCS_TRIPLE(TCS_RGB24Table, RGB24_2_YUV422),
-    TQCS_TRIPLE(TCS_RGB24Table, RGB24_2_YUV420),  TQCS_NOT_IMPLEMENTED(TCS_RGB24Table, RGB24_2_YUV),
-    TQCS_TRIPLE(TCS_RGB24Table, RGB24_2_HSV),     TQCS_TRIPLE(TCS_RGB24Table, RGB24_2_Gray),
+const auto kTable = TableOf({
+    TQCS_TRIPLE(TCS_RGB24Table, RGB24_SwapRB),
+    TQCS_TRIPLE(TCS_RGB24Table, RGB24_2_YUVA),
+    TQCS_TRIPLE(TCS_RGB24Table, RGB24_2_YUV16),
+    TQCS_TRIPLE(TCS_RGB24Table, RGB24_2_YUV422),
+    TQCS_TRIPLE(TCS_RGB24Table, RGB24_2_YUV420),
+    TQCS_NOT_IMPLEMENTED(TCS_RGB24Table, RGB24_2_YUV),
+    TQCS_TRIPLE(TCS_RGB24Table, RGB24_2_HSV),
+    TQCS_TRIPLE(TCS_RGB24Table, RGB24_2_Gray),
     TQCS_SINGLE(TCS_RGB24Table, RGB24_Histogram),
-};
+});
 
 }  // namespace
 
-std::span<const SlotEntry> RGB24Drivers() { return kEntries; }
+std::span<const SlotEntry> RGB24Drivers() { return kTable.entries; }
+std::span<const SlotLayout> RGB24Layouts() { return kTable.layouts; }
 
 }  // namespace tqcs::drivers

@@ -95,14 +95,18 @@ struct RGB32_2_Gray : Generic<RGB32_2_Gray, SilentRGB32> {
   }
 };
 
-const SlotEntry kEntries[] = {
-    TQCS_TRIPLE(TCS_RGB32Table, RGB32_SwapRB),   TQCS_TRIPLE(TCS_RGB32Table, RGB32_2_YUVA),
-    TQCS_TRIPLE(TCS_RGB32Table, RGB32_2_YUV16),  TQCS_TRIPLE(TCS_RGB32Table, RGB32_2_YUV422),
-    TQCS_TRIPLE(TCS_RGB32Table, RGB32_2_YUV420), TQCS_TRIPLE(TCS_RGB32Table, RGB32_2_Gray),
-};
+const auto kTable = TableOf({
+    TQCS_TRIPLE(TCS_RGB32Table, RGB32_SwapRB),
+    TQCS_TRIPLE(TCS_RGB32Table, RGB32_2_YUVA),
+    TQCS_TRIPLE(TCS_RGB32Table, RGB32_2_YUV16),
+    TQCS_TRIPLE(TCS_RGB32Table, RGB32_2_YUV422),
+    TQCS_TRIPLE(TCS_RGB32Table, RGB32_2_YUV420),
+    TQCS_TRIPLE(TCS_RGB32Table, RGB32_2_Gray),
+});
 
 }  // namespace
 
-std::span<const SlotEntry> RGB32Drivers() { return kEntries; }
+std::span<const SlotEntry> RGB32Drivers() { return kTable.entries; }
+std::span<const SlotLayout> RGB32Layouts() { return kTable.layouts; }
 
 }  // namespace tqcs::drivers

@@ -12,8 +12,8 @@
 namespace tqcs::drivers {
 
 template <class Conv>
-struct RgbToYUV420 : Defaults {
-  using Dst = Planar422<1>;  // Y, U, V; the chroma planes hold height / 2 rows
+struct RgbToYUV420 : Defaults420 {
+  using Dst = Planar420<1>;
   static constexpr Rule RuleFor(Form) { return {Style::kLogReturn, true, true, 1, 2}; }
   static bool OptionsPass(Form, int32_t matrix, uint8_t) { return MatrixBelow4(matrix); }
 

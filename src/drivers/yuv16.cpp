@@ -16,6 +16,8 @@ struct FromYUV16 : Defaults {
 
 // 0: delegated whole to TQMemProc's frame swap; no check of its own.
 struct YUV16_Swap_Frame {
+  using Dst = PackedYUV16;
+  using Src = PackedYUV16;
   static void Single(uint8_t *dst, int64_t dstPitch, const uint8_t *src, int64_t srcPitch,
                      int32_t width, int32_t height, uint8_t flip) {
     g_pMemProcRoot->pMem->TMP_YUV16_Swap_Frame(dst, dstPitch, src, srcPitch, width, height, flip);
@@ -107,9 +109,9 @@ struct YUV16_2_YUV422 : Generic<YUV16_2_YUV422, FromYUV16> {
 
 // 15-17: to planar 4:2:0 without a working buffer: one kernel call reads two
 // source rows of one field and writes both luma rows and the merged chroma row.
-struct YUV16_2_YUV420 : Defaults {
+struct YUV16_2_YUV420 : Defaults420 {
   TQCS_DRIVER_NAMES(YUV16_2_YUV420);
-  using Dst = Planar422<1>;
+  using Dst = Planar420<1>;
   using Src = PackedYUV16;
   static constexpr Rule RuleFor(Form) { return {Style::kLogReturn, true, true, 1, 2}; }
 
@@ -130,9 +132,10 @@ struct YUV16_2_YUV420 : Defaults {
   }
 };
 
-TQCS_NAMES_OF(YUV16_2_YUV);
+// 18-20: present in the table, not implemented.
+TQCS_NAME_ONLY(YUV16_2_YUV, PackedYUV16, Packed<3>);
 
-const SlotEntry kEntries[] = {
+const auto kTable = TableOf({
     Entry<YUV16_Swap_Frame, Form::kSingle>(&TCS_YUV16Table::TCS_YUV16_Swap_Frame),
     Entry<YUV16_Swap, Form::kSplit>(&TCS_YUV16Table::TCS_YUV16_Swap_Split),
     Entry<YUV16_Swap, Form::kCompose>(&TCS_YUV16Table::TCS_YUV16_Swap_Compose),
@@ -142,10 +145,11 @@ const SlotEntry kEntries[] = {
     TQCS_TRIPLE(TCS_YUV16Table, YUV16_2_YUV422),
     TQCS_TRIPLE(TCS_YUV16Table, YUV16_2_YUV420),
     TQCS_NOT_IMPLEMENTED(TCS_YUV16Table, YUV16_2_YUV),
-};
+});
 
 }  // namespace
 
-std::span<const SlotEntry> YUV16Drivers() { return kEntries; }
+std::span<const SlotEntry> YUV16Drivers() { return kTable.entries; }
+std::span<const SlotLayout> YUV16Layouts() { return kTable.layouts; }
 
 }  // namespace tqcs::drivers

@@ -19,8 +19,8 @@ const uint16_t *Samples(const uint8_t *p) { return reinterpret_cast<const uint16
 // The colour conversions from 4:2:0: at least eight rows; the working buffer's
 // failure is written with Self::kScratchFailure.
 template <class Self>
-struct FromYUV420 : Defaults {
-  using Src = Planar422<1>;
+struct FromYUV420 : Defaults420 {
+  using Src = Planar420<1>;
   static constexpr Rule RuleFor(Form) { return {Style::kLogReturn, true, true, 1, 8}; }
   static constexpr const char16_t *kScratchFailure = log::msg::kOutOfMemory;
   static size_t ScratchBytes(int32_t width) { return 2 * static_cast<size_t>(width); }
@@ -98,8 +98,9 @@ struct YUV420_2_RGB24 : FromYUV420<YUV420_2_RGB24> {
   }
 };
 
-TQCS_NAMES_OF(YUV420_2_YUVA);
-TQCS_NAMES_OF(YUV420_2_YUV);
+// 6-8 and 15-17: present in the table, not implemented.
+TQCS_NAME_ONLY(YUV420_2_YUVA, Planar420<1>, Packed<4>, Defaults420);
+TQCS_NAME_ONLY(YUV420_2_YUV, Planar420<1>, Packed<3>, Defaults420);
 
 // 9-11: to packed 4:2:2. A failed working buffer is written as "Invalid Input
 // Parameters" at level 3, unlike the other allocating drivers: kept so.
@@ -123,7 +124,7 @@ struct YUV420_2_YUV16 : FromYUV420<YUV420_2_YUV16> {
 struct YUV420_10Bit_2_YUV16 : FromYUV420<YUV420_10Bit_2_YUV16> {
   TQCS_DRIVER_NAMES(YUV420_10Bit_2_YUV16);
   using Dst = PackedYUV16;
-  using Src = Planar422<2>;
+  using Src = Planar420<2>;
   static constexpr const char16_t *kUnit = log::unit::kYUV420;
   static constexpr const char16_t *kScratchFailure = log::msg::kInvalidParams;
   static size_t ScratchBytes(int32_t width) { return 3 * static_cast<size_t>(width); }
@@ -149,10 +150,10 @@ struct YUV420_10Bit_2_YUV16 : FromYUV420<YUV420_10Bit_2_YUV16> {
 // destination planes. With bit 1 of the height set, the two remaining rows
 // repeat the rows the last upsampling call wrote, as the colour drivers reuse
 // their working rows.
-struct YUV420_2_YUV422_UV : Defaults {
+struct YUV420_2_YUV422_UV : Defaults420 {
   TQCS_DRIVER_NAMES(YUV420_2_YUV422_UV);
-  using Dst = ChromaPlanes;
-  using Src = ChromaPlanes;
+  using Dst = ChromaPlanes422;
+  using Src = ChromaPlanes420;
   static constexpr Rule RuleFor(Form) { return {Style::kLogReturn, true, true, 2, 8}; }
 
   template <Form F, class Images>
@@ -177,6 +178,8 @@ struct YUV420_2_YUV422_UV : Defaults {
 // 21: 10-bit planes to 8-bit planes by kernel 51, one chroma row for every two
 // luma rows; silent. Flip writes every destination plane bottom-up.
 struct YUV420_10Bit_2_YUV420_Frame {
+  using Dst = Planar420<1>;
+  using Src = Planar420<2>;
   static void Single(uint8_t *dstY, int64_t dstYPitch, uint8_t *dstU, int64_t dstUPitch,
                      uint8_t *dstV, int64_t dstVPitch, const uint16_t *srcY, int64_t srcYPitch,
                      const uint16_t *srcU, int64_t srcUPitch, const uint16_t *srcV,
@@ -199,6 +202,8 @@ struct YUV420_10Bit_2_YUV420_Frame {
 // second (bottom) field, whose chroma is sited towards its lower row: its rows
 // are walked upwards, as the frame walks walk the bottom field.
 struct YUV420_2_YUV422_UV_Field {
+  using Dst = ChromaPlanes422;
+  using Src = ChromaPlanes420;
   static constexpr const char16_t *kUnit = log::unit::kVideoColor;
   static void Single(uint8_t *dstU, int64_t dstUPitch, uint8_t *dstV, int64_t dstVPitch,
                      const uint8_t *srcU, int64_t srcUPitch, const uint8_t *srcV, int64_t srcVPitch,
@@ -220,7 +225,7 @@ struct YUV420_2_YUV422_UV_Field {
   }
 };
 
-const SlotEntry kEntries[] = {
+const auto kTable = TableOf({
     TQCS_TRIPLE(TCS_YUV420Table, YUV420_2_RGB32),
     TQCS_TRIPLE(TCS_YUV420Table, YUV420_2_RGB24),
     TQCS_NOT_IMPLEMENTED(TCS_YUV420Table, YUV420_2_YUVA),
@@ -230,10 +235,11 @@ const SlotEntry kEntries[] = {
     TQCS_TRIPLE(TCS_YUV420Table, YUV420_2_YUV422_UV),
     TQCS_SINGLE(TCS_YUV420Table, YUV420_10Bit_2_YUV420_Frame),
     TQCS_SINGLE(TCS_YUV420Table, YUV420_2_YUV422_UV_Field),
-};
+});
 
 }  // namespace
 
-std::span<const SlotEntry> YUV420Drivers() { return kEntries; }
+std::span<const SlotEntry> YUV420Drivers() { return kTable.entries; }
+std::span<const SlotLayout> YUV420Layouts() { return kTable.layouts; }
 
 }  // namespace tqcs::drivers

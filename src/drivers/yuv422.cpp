@@ -88,10 +88,10 @@ struct YUV422_10Bit_2_YUV16 : Generic<YUV422_10Bit_2_YUV16, From422> {
 // 18-20: chroma planes only, 4:2:2 to 4:2:0 (the luma plane is already the
 // 4:2:0 one). Rows are paired within each field, three to one towards the
 // outer row, without a working buffer.
-struct YUV422_2_YUV420_UV : Defaults {
+struct YUV422_2_YUV420_UV : Defaults420 {
   TQCS_DRIVER_NAMES(YUV422_2_YUV420_UV);
-  using Dst = ChromaPlanes;
-  using Src = ChromaPlanes;
+  using Dst = ChromaPlanes420;
+  using Src = ChromaPlanes422;
   static constexpr Rule RuleFor(Form f) {
     return {f == Form::kCompose ? Style::kSilent : Style::kLogReturn, true, true, 2, 2};
   }
@@ -110,6 +110,8 @@ struct YUV422_2_YUV420_UV : Defaults {
 // 21: 10-bit planes to 8-bit planes, each sample shifted right by 6; tests only
 // its six pointers; flip writes the destination planes bottom-up.
 struct YUV422_10Bit_2_YUV422_Frame {
+  using Dst = Planar422<1>;
+  using Src = Planar422<2>;
   static void Single(uint8_t *dstY, int64_t dstYPitch, uint8_t *dstU, int64_t dstUPitch,
                      uint8_t *dstV, int64_t dstVPitch, const uint16_t *srcY, int64_t srcYPitch,
                      const uint16_t *srcU, int64_t srcUPitch, const uint16_t *srcV,
@@ -130,6 +132,8 @@ struct YUV422_10Bit_2_YUV422_Frame {
 // A non-zero first flag marks the second (bottom) field, whose pairs are
 // weighted towards their lower row, as the frame walks weight it.
 struct YUV422_2_YUV420_UV_Field {
+  using Dst = ChromaPlanes420;
+  using Src = ChromaPlanes422;
   static void Single(uint8_t *dstU, int64_t dstUPitch, uint8_t *dstV, int64_t dstVPitch,
                      const uint8_t *srcU, int64_t srcUPitch, const uint8_t *srcV, int64_t srcVPitch,
                      int32_t width, int32_t height, uint8_t secondField, uint8_t flip) {
@@ -145,7 +149,7 @@ struct YUV422_2_YUV420_UV_Field {
   }
 };
 
-const SlotEntry kEntries[] = {
+const auto kTable = TableOf({
     TQCS_TRIPLE(TCS_YUV422Table, YUV422_2_RGB32),
     TQCS_TRIPLE(TCS_YUV422Table, YUV422_2_RGB24),
     TQCS_TRIPLE(TCS_YUV422Table, YUV422_2_YUVA),
@@ -154,10 +158,11 @@ const SlotEntry kEntries[] = {
     TQCS_TRIPLE(TCS_YUV422Table, YUV422_2_YUV420_UV),
     TQCS_SINGLE(TCS_YUV422Table, YUV422_10Bit_2_YUV422_Frame),
     TQCS_SINGLE(TCS_YUV422Table, YUV422_2_YUV420_UV_Field),
-};
+});
 
 }  // namespace
 
-std::span<const SlotEntry> YUV422Drivers() { return kEntries; }
+std::span<const SlotEntry> YUV422Drivers() { return kTable.entries; }
+std::span<const SlotLayout> YUV422Layouts() { return kTable.layouts; }
 
 }  // namespace tqcs::drivers

@@ -6,22 +6,23 @@
 namespace tqcs::drivers {
 namespace {
 
-TQCS_NAMES_OF(YUV_2_RGB32);
-TQCS_NAMES_OF(YUV_2_RGB24);
-TQCS_NAMES_OF(YUV_2_YUV16);
-TQCS_NAMES_OF(YUV_2_YUV422);
-TQCS_NAMES_OF(YUV_2_YUV420);
+TQCS_NAME_ONLY(YUV_2_RGB32, Packed<3>, Packed<4>);
+TQCS_NAME_ONLY(YUV_2_RGB24, Packed<3>, Packed<3>);
+TQCS_NAME_ONLY(YUV_2_YUV16, Packed<3>, PackedYUV16);
+TQCS_NAME_ONLY(YUV_2_YUV422, Packed<3>, Planar422<1>);
+TQCS_NAME_ONLY(YUV_2_YUV420, Packed<3>, Planar420<1>);
 
-const SlotEntry kEntries[] = {
+const auto kTable = TableOf({
     TQCS_NOT_IMPLEMENTED(TCS_YUVTable, YUV_2_RGB32),
     TQCS_NOT_IMPLEMENTED(TCS_YUVTable, YUV_2_RGB24),
     TQCS_NOT_IMPLEMENTED(TCS_YUVTable, YUV_2_YUV16),
     TQCS_NOT_IMPLEMENTED(TCS_YUVTable, YUV_2_YUV422),
     TQCS_NOT_IMPLEMENTED(TCS_YUVTable, YUV_2_YUV420),
-};
+});
 
 }  // namespace
 
-std::span<const SlotEntry> YUVDrivers() { return kEntries; }
+std::span<const SlotEntry> YUVDrivers() { return kTable.entries; }
+std::span<const SlotLayout> YUVLayouts() { return kTable.layouts; }
 
 }  // namespace tqcs::drivers

@@ -74,15 +74,16 @@ struct YUVA_2_YUV422 : Generic<YUVA_2_YUV422, FromYUVA> {
   }
 };
 
-const SlotEntry kEntries[] = {
+const auto kTable = TableOf({
     TQCS_TRIPLE(TCS_YUVATable, YUVA_2_RGB32),
     TQCS_TRIPLE(TCS_YUVATable, YUVA_2_RGB24),
     TQCS_TRIPLE(TCS_YUVATable, YUVA_2_YUV16),
     TQCS_TRIPLE(TCS_YUVATable, YUVA_2_YUV422),
-};
+});
 
 }  // namespace
 
-std::span<const SlotEntry> YUVADrivers() { return kEntries; }
+std::span<const SlotEntry> YUVADrivers() { return kTable.entries; }
+std::span<const SlotLayout> YUVALayouts() { return kTable.layouts; }
 
 }  // namespace tqcs::drivers

@@ -6,44 +6,8 @@
 namespace tqcs::test {
 
 std::vector<SlotRef> AllDriverSlots() {
-  std::vector<SlotRef> out;
-  // The functions are read from the live table only when called, so the list
-  // can be built before the library state is.
-  auto add = [&](int table, auto fnOf, const char *name, int slot) {
-    using Shape = SlotShape<decltype(fnOf())>;
-    out.push_back({name, table, slot,
-                   [fnOf](const std::vector<PlaneArg> &planes, int32_t w, int32_t h,
-                          const std::vector<int64_t> &options) {
-                     InvokeWithPlanes(fnOf(), planes, w, h, options);
-                   },
-                   Shape::kPlanes, Shape::kOptions + Shape::kFrameShaped});
-  };
-#define TQCS_ADD(tableIndex, field)                                                  \
-  [&](int n, const char *name, auto member) {                                        \
-    add(                                                                             \
-        tableIndex, [member] { return g_pColorSpaceAPI->field->*member; }, name, n); \
-  }
-  const auto rgb32 = TQCS_ADD(1, pRGB32);
-  const auto rgb24 = TQCS_ADD(2, pRGB24);
-  const auto yuva = TQCS_ADD(3, pYUVA);
-  const auto yuv16 = TQCS_ADD(4, pYUV16);
-  const auto yuv422 = TQCS_ADD(5, pYUV422);
-  const auto yuv420 = TQCS_ADD(6, pYUV420);
-  const auto yuv = TQCS_ADD(7, pYUV);
-#define TQCS_RGB32_ENTRY(n, name, ret, params) rgb32(n, #name, &TCS_RGB32Table::name);
-#define TQCS_RGB24_ENTRY(n, name, ret, params) rgb24(n, #name, &TCS_RGB24Table::name);
-#define TQCS_YUVA_ENTRY(n, name, ret, params) yuva(n, #name, &TCS_YUVATable::name);
-#define TQCS_YUV16_ENTRY(n, name, ret, params) yuv16(n, #name, &TCS_YUV16Table::name);
-#define TQCS_YUV422_ENTRY(n, name, ret, params) yuv422(n, #name, &TCS_YUV422Table::name);
-#define TQCS_YUV420_ENTRY(n, name, ret, params) yuv420(n, #name, &TCS_YUV420Table::name);
-#define TQCS_YUV_ENTRY(n, name, ret, params) yuv(n, #name, &TCS_YUVTable::name);
-  TCS_RGB32_SLOTS(TQCS_RGB32_ENTRY)
-  TCS_RGB24_SLOTS(TQCS_RGB24_ENTRY)
-  TCS_YUVA_SLOTS(TQCS_YUVA_ENTRY)
-  TCS_YUV16_SLOTS(TQCS_YUV16_ENTRY)
-  TCS_YUV422_SLOTS(TQCS_YUV422_ENTRY)
-  TCS_YUV420_SLOTS(TQCS_YUV420_ENTRY)
-  TCS_YUV_SLOTS(TQCS_YUV_ENTRY)
+  std::vector<SlotRef> out = AllSlots();
+  std::erase_if(out, [](const SlotRef &s) { return s.table == 0; });
   return out;
 }
 

@@ -2,16 +2,17 @@
 // and heights, both flips, tight and padded (odd) pitches, with every plane
 // ending at an unreadable page and then starting right after one: a byte read
 // or written outside the planes the caller described faults, and the canaries
-// in the pitch padding must survive. The plane layouts are those the public
-// header gives: a packed 4:2:2 row of odd width is 2 x width bytes, a field
-// holds (height + 1) / 2 or height / 2 rows as its family says.
+// in the pitch padding must survive. The plane layouts are the library's own
+// description of each slot (drivers/slot_layouts.hpp): a packed 4:2:2 row of
+// odd width is 2 x width bytes, a field holds (height + 1) / 2 or height / 2
+// rows as its conversion says.
 #include <gtest/gtest.h>
 
 #include <cstdio>
 #include <cstring>
 
 #include "drivers/driver_harness.hpp"
-#include "drivers/slot_layouts.hpp"
+#include "drivers/slot_calls.hpp"
 #include "support/guarded_planes.hpp"
 #include "support/log_capture.hpp"
 
@@ -20,7 +21,7 @@ namespace {
 
 ::testing::Environment *const kLoaded = ::testing::AddGlobalTestEnvironment(new LoadedLibrary);
 
-using namespace layouts;
+using namespace calls;
 
 constexpr int32_t kWidths[] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 16, 17, 31, 33, 40};
 constexpr size_t kBuffers = 9, kCapacity = 4 * 4096;
@@ -33,11 +34,9 @@ TEST_P(GuardSweep, NoByteOutsideThePlanesIsTouched) {
     slot.call({}, 0, 0, {});
     return;
   }
-  const auto [form, base] = FormOf(slot.name);
-  const auto found = Entries().find(base);
-  ASSERT_NE(found, Entries().end()) << slot.name << " has no layout in the sweep";
-  const Entry &e = found->second;
-  const bool histogram = e.dst == L::kHist;
+  const SlotLayout *layout = LayoutOf(slot);
+  ASSERT_NE(layout, nullptr) << slot.name << " has no layout in the library";
+  const bool histogram = !slot.hasFlip;
   ReportSweepFaults();
   LogCapture log;  // refusals and "Not Implemented" stay off stderr
   for (Guard guard : {Guard::After, Guard::Before}) {
@@ -52,23 +51,21 @@ TEST_P(GuardSweep, NoByteOutsideThePlanesIsTouched) {
                           guard == Guard::After ? "after" : "before");
             std::vector<PlaneArg> planes;
             std::vector<size_t> outputs;
-            for (const ImagePlan &image : ImagesOf(e, form, h)) {
-              for (const PlaneShape &shape : Shapes(image.layout, w, image.luma, image.chroma)) {
+            for (const CallImage &image : layout->Images(h)) {
+              for (const PlaneShape &shape : Shapes(image, w)) {
                 const size_t k = planes.size();
                 const int64_t pitch =
                     std::max<int64_t>(shape.rowBytes, 1) + (padded ? 3 + 2 * int64_t(k) : 0);
                 std::vector<Span> spans;
                 AddRows(spans, 0, pitch, shape.rowBytes, shape.rows);
                 planes.push_back({set.Place(k, spans, w * 131 + h * 7 + uint32_t(k)), pitch});
-                if (image.output) outputs.push_back(k);
+                if (image.written) outputs.push_back(k);
               }
             }
             // The histogram takes three arrays and one source pitch: the
             // harness hands out pitches in order, so the source's goes first.
             if (histogram) planes[0].pitch = planes[3].pitch;
-            std::vector<int64_t> options = e.options;
-            if (!histogram) options.push_back(flip);
-            slot.call(planes, w, h, options);
+            slot.call(planes, w, h, OptionsWithFlip(slot, flip));
             for (size_t k : outputs)
               if (!histogram && !set.CanariesIntact(k)) {
                 ADD_FAILURE() << g_sweepCase << ": plane " << k << " written outside its rows";

@@ -10,7 +10,7 @@
 #include <thread>
 
 #include "drivers/driver_harness.hpp"
-#include "drivers/slot_layouts.hpp"
+#include "drivers/slot_calls.hpp"
 #include "support/log_capture.hpp"
 
 namespace tqcs::test {
@@ -23,8 +23,8 @@ using Job = std::function<std::vector<uint8_t>()>;
 // One driver slot on fresh images: the output planes' bytes, then whether the
 // pads around them are intact.
 Job DriverJob(const SlotRef &slot, int32_t w, int32_t h, int64_t flip) {
-  if (!layouts::LayoutOf(slot)) return nullptr;
-  return [&slot, w, h, flip] { return layouts::RunOnFreshImages(slot, w, h, flip); };
+  if (!calls::LayoutOf(slot)) return nullptr;
+  return [&slot, w, h, flip] { return calls::RunOnFreshImages(slot, w, h, flip); };
 }
 
 // One dispatcher call between two codes in one of its forms, on buffers large

@@ -13,7 +13,7 @@
 
 #include "base/state.hpp"
 #include "drivers/driver_harness.hpp"
-#include "drivers/slot_layouts.hpp"
+#include "drivers/slot_calls.hpp"
 #include "support/kernel_shapes.hpp"
 #include "support/log_capture.hpp"
 
@@ -30,13 +30,13 @@ uint64_t Fnv(uint64_t h, const std::vector<uint8_t> &bytes) {
 // Widths and heights cover odd sizes, single rows and the SIMD bodies' tails.
 void HashDrivers() {
   for (const SlotRef &slot : AllDriverSlots()) {
-    if (!layouts::LayoutOf(slot)) continue;
+    if (!calls::LayoutOf(slot)) continue;
     uint64_t h = kFnvBasis;
     uint32_t seed = 1;
     for (int32_t w : {1, 2, 7, 16, 33, 70})
       for (int32_t rows : {1, 2, 5, 8})
         for (int64_t flip = 0; flip < 2; ++flip)
-          h = Fnv(h, layouts::RunOnFreshImages(slot, w, rows, flip, seed += 3));
+          h = Fnv(h, calls::RunOnFreshImages(slot, w, rows, flip, seed += 3));
     std::printf("driver %s %016" PRIx64 "\n", slot.name.c_str(), h);
   }
 }

@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "support/guarded_planes.hpp"
+#include "video/routes.hpp"
 #include "video/video_harness.hpp"
 
 namespace {
@@ -21,11 +22,8 @@ using tqcs::test::GuardedSet;
 using tqcs::test::ReportSweepFaults;
 using tqcs::test::Span;
 
-bool Planar(int code) { return code == 8 || code == 9; }
-int64_t RowBytes(int code, int64_t w) {
-  constexpr int64_t kBytes[11] = {4, 4, 4, 3, 3, 3, 2, 2, 1, 1, 1};
-  return kBytes[code] * w;
-}
+using tqcs::video::Planar;
+int64_t RowBytes(int code, int64_t w) { return tqcs::video::kBytesPerPixel[code] * w; }
 
 // Luma rows of each image: the frame's height; half of it in a planar field
 // buffer; a packed field has room for the odd row ((height + 1) / 2 rows) in

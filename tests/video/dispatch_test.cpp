@@ -2,25 +2,28 @@
 // 18). Every one of the 121 code pairs runs in all three forms, at several
 // sizes, flips, pitches and matrices, three times on equal buffers: through the
 // dispatcher, through the descriptor form with every plane in a buffer of its
-// own, and by calling, by name, the driver or operation the pair must reach
-// with the options it must receive. Outputs, results and log records must
-// agree. Then the refusals, the odd-height planar layout and the field round
-// trip.
+// own, and by calling directly the driver or operation that the library's
+// route table (video/routes.hpp) names for the pair, with the options it
+// lists. Outputs, results and log records must agree. Then the refusals, the
+// odd-height planar layout and the field round trip.
 #include <functional>
 #include <iterator>
 #include <optional>
 
+#include "video/routes.hpp"
 #include "video/video_harness.hpp"
 
 namespace {
 
 using namespace tqcs::video_test;
+using tqcs::video::Extra;
+using tqcs::video::Kind;
+using tqcs::video::Planar;
+using tqcs::video::Route;
 
-bool Planar(int code) { return code == 8 || code == 9; }
 // Bytes a pixel, or a sample of a planar code's planes (4 for unknown codes).
 int32_t BytesOf(int code) {
-  constexpr int32_t kBytes[11] = {4, 4, 4, 3, 3, 3, 2, 2, 1, 1, 1};
-  return code >= 0 && code <= 10 ? kBytes[code] : 4;
+  return tqcs::video::Known(code) ? tqcs::video::kBytesPerPixel[code] : 4;
 }
 
 // One image of a format in its own buffer, planes placed for `rows` luma rows
@@ -114,18 +117,17 @@ uint64_t DispatchEx(Form f, const std::vector<TCS_FrameDesc> &x, const Shape &z)
   return g.TCS_ColorConvComposeEx(&x[0], &x[1], &x[2], z.matrix, z.w, z.h, z.flip);
 }
 
-// ---- What each pair must reach, called directly -------------------------------------
+// ---- What each pair's route names, called directly ---------------------------------
 
 using Ref = std::function<void(Form, std::vector<Image> &, const Shape &)>;
 
-// A driver triple, handed planes first to 2 of every image.
-template <class Fr, class Sp, class Co>
-Ref Driver(Fr fr, Sp sp, Co co, std::vector<int64_t> options = {}, size_t first = 0) {
+// The triple at `slot` of root sub-table `table` (slot, slot + 1 for the
+// split, slot + 2 to compose), handed planes first to 2 of every image.
+Ref Driver(int table, int slot, std::vector<int64_t> options = {}, size_t first = 0) {
   return [=](Form f, std::vector<Image> &io, const Shape &z) {
-    const auto pl = PlanesOf(io, first, 2);
-    if (f == kFrame) CallSlot(fr, pl, z.w, z.h, options, z.flip);
-    if (f == kSplit) CallSlot(sp, pl, z.w, z.h, options, z.flip);
-    if (f == kCompose) CallSlot(co, pl, z.w, z.h, options, z.flip);
+    std::vector<int64_t> withFlip = options;
+    withFlip.push_back(z.flip);
+    tqcs::test::SlotAt(table, slot + f).call(PlanesOf(io, first, 2), z.w, z.h, withFlip);
   };
 }
 
@@ -147,11 +149,10 @@ Ref Copy(int code) {
 }
 
 // Luma copied, chroma through a _UV triple.
-template <class Fr, class Sp, class Co>
-Ref LumaChroma(Fr fr, Sp sp, Co co) {
+Ref LumaChroma(int table, int slot) {
   return [=](Form f, std::vector<Image> &io, const Shape &z) {
     CopyPlane(f, io, 0, z.w, z.h, 1, z.flip);
-    Driver(fr, sp, co, {}, 1)(f, io, z);
+    Driver(table, slot, {}, 1)(f, io, z);
   };
 }
 
@@ -163,77 +164,28 @@ void Fill(Form f, std::vector<Image> &io, const Shape &z) {
       std::fill_n(io[i].Row(y), z.w, 255);
 }
 
-// The empty-stub pairs and the refused ones write nothing.
+// The refused pairs write nothing.
 void Nothing(Form, std::vector<Image> &, const Shape &) {}
 
-#define TRIPLE(table, base) \
-  api.table->TCS_##base##_Frame, api.table->TCS_##base##_Split, api.table->TCS_##base##_Compose
-
 Ref Reached(int s, int d, int32_t m) {
-  const TCS_APIStu &api = *g_pColorSpaceAPI;
-  const int orderS = s == 0 || s == 3, orderD = d == 0 || d == 3;
-  const int packS = s == 7, packD = d == 7, swap = orderS != orderD;
-  const bool toRGB32 = d <= 1, toRGB24 = d == 3 || d == 4, toYUV16 = d == 6 || d == 7;
-  if (s == d) return Copy(s);
-  if (s == 10) return Nothing;
-  if (d == 10) return s <= 2 ? Driver(TRIPLE(pGeneral, Cr32_Split_Channel), {3}) : Fill;
-  switch (s) {
-    case 0:
-    case 1:
-      if (toRGB32) return Driver(TRIPLE(pRGB32, RGB32_SwapRB));
-      if (d == 2) return Driver(TRIPLE(pRGB32, RGB32_2_YUVA), {m, orderS});
-      if (toRGB24) return Driver(TRIPLE(pGeneral, Cr32_2_Cr24), {swap});
-      if (d == 5) return Nothing;
-      if (toYUV16) return Driver(TRIPLE(pRGB32, RGB32_2_YUV16), {m, packD, orderS});
-      if (d == 8) return Driver(TRIPLE(pRGB32, RGB32_2_YUV422), {m, orderS});
-      return Driver(TRIPLE(pRGB32, RGB32_2_YUV420), {m, orderS});
-    case 2:
-      if (toRGB32) return Driver(TRIPLE(pYUVA, YUVA_2_RGB32), {m, orderD});
-      if (toRGB24) return Driver(TRIPLE(pYUVA, YUVA_2_RGB24), {m, orderD});
-      if (d == 5) return Driver(TRIPLE(pGeneral, Cr32_2_Cr24), {0});
-      if (toYUV16) return Driver(TRIPLE(pYUVA, YUVA_2_YUV16), {packD});
-      if (d == 8) return Driver(TRIPLE(pYUVA, YUVA_2_YUV422));
+  const Route &r = tqcs::video::kRoutes[s][d];
+  std::vector<int64_t> options;
+  for (uint8_t i = 0; i < r.extraCount; ++i)
+    options.push_back(tqcs::video::OptionValue(r.extras[i], s, d, m));
+  switch (r.kind) {
+    case Kind::kRefuse:
       return Nothing;
-    case 3:
-    case 4:
-      if (toRGB32) return Driver(TRIPLE(pGeneral, Cr24_2_Cr32), {swap, 255});
-      if (d == 2) return Driver(TRIPLE(pRGB24, RGB24_2_YUVA), {m, orderS, 255});
-      if (toRGB24) return Driver(TRIPLE(pRGB24, RGB24_SwapRB));
-      if (d == 5) return Driver(TRIPLE(pRGB24, RGB24_2_YUV), {m, orderS});
-      if (toYUV16) return Driver(TRIPLE(pRGB24, RGB24_2_YUV16), {m, packD, orderS});
-      if (d == 8) return Driver(TRIPLE(pRGB24, RGB24_2_YUV422), {m, orderS});
-      return Driver(TRIPLE(pRGB24, RGB24_2_YUV420), {m, orderS});
-    case 5:
-      if (toRGB32) return Driver(TRIPLE(pYUV, YUV_2_RGB32), {m, orderD, 255});
-      if (d == 2) return Driver(TRIPLE(pGeneral, Cr24_2_Cr32), {0, 255});
-      if (toRGB24) return Driver(TRIPLE(pYUV, YUV_2_RGB24), {m, orderD});
-      if (toYUV16) return Driver(TRIPLE(pYUV, YUV_2_YUV16), {packD});
-      if (d == 8) return Driver(TRIPLE(pYUV, YUV_2_YUV422));
-      return Driver(TRIPLE(pYUV, YUV_2_YUV420));
-    case 6:
-    case 7:
-      if (toRGB32) return Driver(TRIPLE(pYUV16, YUV16_2_RGB32), {m, orderD, packS, 255});
-      if (d == 2) return Driver(TRIPLE(pYUV16, YUV16_2_YUVA), {packS, 255});
-      if (toRGB24) return Driver(TRIPLE(pYUV16, YUV16_2_RGB24), {m, orderD, packS});
-      if (d == 5) return Driver(TRIPLE(pYUV16, YUV16_2_YUV), {packS});
-      if (toYUV16) return Driver(TRIPLE(pYUV16, YUV16_Swap));
-      if (d == 8) return Driver(TRIPLE(pYUV16, YUV16_2_YUV422), {packS});
-      return Driver(TRIPLE(pYUV16, YUV16_2_YUV420), {packS});
-    case 8:
-      if (toRGB32) return Driver(TRIPLE(pYUV422, YUV422_2_RGB32), {m, orderD, 255});
-      if (d == 2) return Driver(TRIPLE(pYUV422, YUV422_2_YUVA), {255});
-      if (toRGB24) return Driver(TRIPLE(pYUV422, YUV422_2_RGB24), {m, orderD});
-      if (d == 5) return Nothing;
-      if (toYUV16) return Driver(TRIPLE(pYUV422, YUV422_2_YUV16), {packD});
-      return LumaChroma(TRIPLE(pYUV422, YUV422_2_YUV420_UV));
-    default:
-      if (toRGB32) return Driver(TRIPLE(pYUV420, YUV420_2_RGB32), {m, orderD, 255});
-      if (d == 2) return Driver(TRIPLE(pYUV420, YUV420_2_YUVA), {255});
-      if (toRGB24) return Driver(TRIPLE(pYUV420, YUV420_2_RGB24), {m, orderD});
-      if (d == 5) return Driver(TRIPLE(pYUV420, YUV420_2_YUV));
-      if (toYUV16) return Driver(TRIPLE(pYUV420, YUV420_2_YUV16), {packD});
-      return LumaChroma(TRIPLE(pYUV420, YUV420_2_YUV422_UV));
+    case Kind::kCopy:
+      return Copy(s);
+    case Kind::kFill:
+      return Fill;
+    case Kind::kDriver:
+      return Driver(r.table, r.slot, options);
+    case Kind::kLumaChroma:
+      return LumaChroma(r.table, r.slot);
   }
+  ADD_FAILURE() << "unknown route";
+  return Nothing;
 }
 
 // Field buffers of a planar code have room for height / 2 rows: with an odd
@@ -289,6 +241,33 @@ TEST_P(Pairs, EveryFormMatchesTheDirectCallOfWhatThePairMustReach) {
 
 INSTANTIATE_TEST_SUITE_P(Codes, Pairs,
                          ::testing::Combine(::testing::Range(0, 11), ::testing::Range(0, 11)));
+
+// What a route's options mean, worked out by hand from the slot list: codes 0
+// and 3 hold B, G, R (channel order 1), code 7 is UYVY (packing 1); a swap is
+// asked between codes of different orders.
+TEST(RouteOptions, MeanWhatTheSlotListSays) {
+  using tqcs::video::OptionValue;
+  struct Case {
+    Extra e;
+    int s, d;
+    int32_t m, want;
+  };
+  const Case cases[] = {
+      {Extra::kMatrix, 0, 2, -1, -1},      {Extra::kMatrix, 9, 3, 3, 3},
+      {Extra::kOrderOfSrc, 0, 6, 0, 1},    {Extra::kOrderOfSrc, 1, 6, 0, 0},
+      {Extra::kOrderOfSrc, 3, 2, 0, 1},    {Extra::kOrderOfSrc, 4, 2, 0, 0},
+      {Extra::kOrderOfDst, 8, 0, 0, 1},    {Extra::kOrderOfDst, 8, 4, 0, 0},
+      {Extra::kPackingOfSrc, 7, 0, 0, 1},  {Extra::kPackingOfSrc, 6, 0, 0, 0},
+      {Extra::kPackingOfDst, 3, 7, 0, 1},  {Extra::kPackingOfDst, 3, 6, 0, 0},
+      {Extra::kSwap, 0, 4, 0, 1},          {Extra::kSwap, 0, 3, 0, 0},
+      {Extra::kSwap, 1, 4, 0, 0},          {Extra::kSwap, 4, 0, 0, 1},
+      {Extra::kNoSwap, 2, 5, 0, 0},        {Extra::kAlpha, 5, 0, 0, 255},
+      {Extra::kAlphaChannel, 0, 10, 0, 3},
+  };
+  for (const Case &c : cases)
+    EXPECT_EQ(OptionValue(c.e, c.s, c.d, c.m), c.want)
+        << "option " << int(c.e) << " for " << c.s << " to " << c.d;
+}
 
 // ---- Refusals ------------------------------------------------------------------------
 
