@@ -49,7 +49,7 @@ struct PathTables {
     if (!dst || !src || width <= 0 || height <= 0 || channel < 0 || channel > 3) return;
     Orient(dst, dstPitch, height, flip);
     for (int32_t y = 0; y < height; ++y, dst += dstPitch, src += srcPitch)
-      kRows.ExtractChannel_Row(dst, src, static_cast<int32_t>(width), channel);
+      kRows.ExtractChannel_Row.fn(dst, src, static_cast<int32_t>(width), channel);
   }
 
   static void SwapFrame(uint8_t *dst, int64_t dstPitch, const uint8_t *src, int64_t srcPitch,
@@ -57,7 +57,7 @@ struct PathTables {
     if (!dst || !src || width <= 0 || height <= 0) return;
     Orient(dst, dstPitch, height, flip);
     for (int32_t y = 0; y < height; ++y, dst += dstPitch, src += srcPitch)
-      kRows.YUV16_Swap_Row(dst, src, static_cast<int32_t>(width));
+      kRows.YUV16_Swap_Row.fn(dst, src, static_cast<int32_t>(width));
   }
 
   static void ScaleRows(uint8_t *dst, int64_t dstPitch, const uint8_t *src, int64_t srcPitch,
@@ -65,7 +65,7 @@ struct PathTables {
                         int32_t height, uint8_t flip) {
     Orient(dst, dstPitch, height, flip);
     for (int32_t y = 0; y < height; ++y, dst += dstPitch, src += srcPitch)
-      kRows.Scale_Row(dst, src, gain, offset, rowBytes);
+      kRows.Scale_Row.fn(dst, src, gain, offset, rowBytes);
   }
 
   static void Scale32(uint8_t *dst, int64_t dstPitch, const uint8_t *src, int64_t srcPitch,
@@ -75,11 +75,11 @@ struct PathTables {
   }
 
   static inline constinit TMP_MemTable mem = {
-      MemCopy, {},        PlaneCopy,           kRows.ExtractChannel_Row, ExtractChannelPlane,
-      nullptr, SwapFrame, kRows.YUV16_Swap_Row};
+      MemCopy, {},        PlaneCopy,           kRows.ExtractChannel_Row.fn, ExtractChannelPlane,
+      nullptr, SwapFrame, kRows.YUV16_Swap_Row.fn};
   static inline constinit TMP_FillTable fill = {{}, PlaneFill};
   static inline constinit TMP_PixelTable pixel = {
-      {}, ScaleRows, nullptr, Scale32, {}, kRows.RGB32_2_RGB24_Row, {}, kRows.Scale_Run};
+      {}, ScaleRows, nullptr, Scale32, {}, kRows.RGB32_2_RGB24_Row.fn, {}, kRows.Scale_Run.fn};
   static inline constinit TMP_APIStu root = {&mem,    nullptr, &fill, nullptr,
                                              nullptr, nullptr, &pixel};
 };

@@ -9,9 +9,20 @@
 
 namespace tqmp {
 
-// One routine per row slot; null where a tier adds nothing.
+// A tier's routine for one row slot, or none. `listed` says which, so that
+// choosing between tiers stays a constant expression even where comparing a
+// function's address with null is not one (the sanitizer builds).
+template <class F>
+struct Entry {
+  constexpr Entry() = default;
+  constexpr Entry(F *routine) : fn(routine), listed(true) {}
+  F *fn = nullptr;
+  bool listed = false;
+};
+
+// One entry per row slot; unlisted where a tier adds nothing.
 struct RowSet {
-#define TQMP_ROW_MEMBER(name, ret, params) ret(*name) params = nullptr;
+#define TQMP_ROW_MEMBER(name, ret, params) Entry<ret params> name;
   TQMP_ROW_SLOTS(TQMP_ROW_MEMBER)
 #undef TQMP_ROW_MEMBER
 };
@@ -57,7 +68,7 @@ constexpr RowSet RowsOfPath(int path) {
   RowSet rows;
   for (int tier = 0; tier <= path; ++tier) {
 #define TQMP_ROW_TAKE(name, ret, params) \
-  if (kTierRows[tier].name) rows.name = kTierRows[tier].name;
+  if (kTierRows[tier].name.listed) rows.name = kTierRows[tier].name;
     TQMP_ROW_SLOTS(TQMP_ROW_TAKE)
 #undef TQMP_ROW_TAKE
   }

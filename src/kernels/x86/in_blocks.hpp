@@ -47,22 +47,21 @@
 namespace tqcs::x86 {
 namespace {
 
-// The portable routine of each slot, the twin that takes a SIMD body's tail.
+// The portable routine of each slot as a callable, the twin that takes a SIMD
+// body's tail. Only a twin that a tier calls is named in its unit's code, so
+// slots without a portable routine (the whole-plane ones) cost nothing here.
 template <K kSlot>
-inline constexpr typename SlotFn<kSlot>::Type kPortableTwin = nullptr;
+struct SlotTwin;
 #define TQCS_PORTABLE_TWIN(n, name, ret, params) \
   template <>                                    \
-  inline constexpr SlotFn<K::name>::Type kPortableTwin<K::name> = &portable::name;
+  struct SlotTwin<K::name> {                     \
+    template <class... A>                        \
+    void operator()(A... args) const {           \
+      portable::name(args...);                   \
+    }                                            \
+  };
 TCS_KERNEL_SLOTS(TQCS_PORTABLE_TWIN)
 #undef TQCS_PORTABLE_TWIN
-// The same as a callable, the form the loop takes a twin in.
-template <K kSlot>
-struct SlotTwin {
-  template <class... A>
-  void operator()(A... args) const {
-    kPortableTwin<kSlot>(args...);
-  }
-};
 
 // The portable object's operation of each name, called without virtual
 // dispatch (the SSE2 object derives from the portable one).
