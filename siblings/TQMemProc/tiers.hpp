@@ -22,7 +22,7 @@ struct Entry {
 
 // One entry per row slot; unlisted where a tier adds nothing.
 struct RowSet {
-#define TQMP_ROW_MEMBER(name, ret, params) Entry<ret params> name;
+#define TQMP_ROW_MEMBER(name, ret, params) Entry<ret params> name{};
   TQMP_ROW_SLOTS(TQMP_ROW_MEMBER)
 #undef TQMP_ROW_MEMBER
 };
