@@ -122,12 +122,21 @@ void scalePlanar(const TCS_FrameDesc &dst, const TCS_FrameDesc &src, bool expand
 // The pairs of format codes the library converts in all three forms, found
 // once by converting a small frame of each pair: a pair it refuses (result 0
 // or a log record) or leaves unwritten (kept for compatibility) is not taken.
+// A pair is converted in bands of rows only where two bands gave the bytes of
+// one call (a frame whose rows touch in memory is one run of pixels to the
+// library, and some kernels read the next pair of pixels across a row end).
 constexpr int kCodes = TCS_FORMAT_ALPHA;  // the colour codes 0 to 9
 class Routes {
  public:
   Routes() {
     for (int s = 0; s < kCodes; ++s)
-      for (int d = 0; d < kCodes; ++d) ok_[s][d] = probe(s, d);
+      for (int d = 0; d < kCodes; ++d) {
+        ok_[s][d] = probe(s, d);
+        bandable_[s][d] = ok_[s][d] && bandsMatch(s, d);
+      }
+  }
+  bool bandable(int32_t s, int32_t d) const {
+    return s == d || (s >= 0 && d >= 0 && s < kCodes && d < kCodes && bandable_[s][d]);
   }
   // The shortest chain of codes from s to d, lossless intermediates first.
   std::vector<int32_t> path(int32_t s, int32_t d) const {
@@ -193,9 +202,24 @@ class Routes {
     }
     return true;
   }
+  static bool bandsMatch(int32_t s, int32_t d) {
+    const TCS_GeneralTable *g = TCS_GetAPIStuPtr()->pGeneral;
+    std::vector<uint8_t> src(kSize * kSize * 4), one(src.size()), two(src.size());
+    uint32_t seed = 21;
+    for (uint8_t &b : src) b = uint8_t((seed = seed * 1103515245u + 12345u) >> 16);
+    const TCS_FrameDesc sd = image(src, s), od = image(one, d), td = image(two, d);
+    const int32_t half = kSize / 2;
+    g->TCS_ColorConvFrameEx(&od, &sd, TCS_MATRIX_HD, kSize, kSize, 0);
+    for (int32_t row = 0; row < kSize; row += half) {
+      const TCS_FrameDesc bd = band(td, row), bs = band(sd, row);
+      g->TCS_ColorConvFrameEx(&bd, &bs, TCS_MATRIX_HD, kSize, half, 0);
+    }
+    return one == two;
+  }
   static constexpr int64_t kSize = 16;
   static constexpr uint8_t kCanary = 0xEE;
   bool ok_[kCodes][kCodes];
+  bool bandable_[kCodes][kCodes];
 };
 
 const Routes &routes() {
@@ -293,9 +317,10 @@ bool Plan::runStep(const Step &step, const std::vector<TCS_FrameDesc> &images,
     const TCS_FrameDesc f1 = field(dst, 0), f2 = field(dst, 1);
     return api->pGeneral->TCS_ColorConvSplitEx(&f1, &f2, &src, options.matrix, w, h, 0) != 0;
   }
-  // Every other step treats each row on its own, so bands of rows give the
-  // bytes of one call; 4:2:0 conversions filter rows and stay one call.
-  const bool rowLocal = !c420 || dst.format == src.format || step.op != Op::Convert;
+  // Range scaling and grey treat each pixel on its own; conversions are cut
+  // into bands where that was seen to give the bytes of one call.
+  const bool rowLocal = step.op != Op::Convert || dst.format == kGrayCode ||
+                        (!c420 && routes().bandable(src.format, dst.format));
   const unsigned parts = rowLocal ? std::max(1u, std::min(options.nThreads, unsigned(h / 2))) : 1;
   const int32_t rowsPerPart = parts == 1 ? h : ((h + int32_t(parts) - 1) / int32_t(parts) + 1) & ~1;
   std::atomic<bool> ok{true};
