@@ -290,13 +290,16 @@ std::string Plan::build(const Side &in, const Side &out, int32_t width, int32_t 
     return "4:2:0 needs a height that is a multiple of 4 (two fields of whole chroma rows)";
   // Steps run with the source as image 0 and the destination as image 1.
   temps_.reserve(4);
+  // Between two YUV layouts of one range the samples are resampled or
+  // repacked as they are: no scaling, so repacks stay lossless.
+  const bool scale = !(isYuv(in_) && isYuv(out_) && in.limited == out.limited);
   int cur = 0;
-  if (in.limited && isYuv(in_)) {
+  if (scale && in.limited && isYuv(in_)) {
     cur = addTemp(in_);
     addScale(Op::Expand, cur, 0);
   }
   if (!addConvert(1, cur)) return "the library has no route between these formats";
-  if (out.limited && isYuv(out_)) addScale(Op::Compress, 1, 1);
+  if (scale && out.limited && isYuv(out_)) addScale(Op::Compress, 1, 1);
   return {};
 }
 
