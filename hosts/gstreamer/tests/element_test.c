@@ -207,6 +207,60 @@ GST_START_TEST(limited_range_is_expanded) {
 }
 GST_END_TEST;
 
+/* The output caps carry the colorimetry written; the properties stand for the
+ * caps they override. */
+static gchar *negotiated_colorimetry(const char *launch, const gchar *in_caps,
+                                     const gchar *out_caps) {
+  GstHarness *h = gst_harness_new_parse(launch);
+  gst_harness_set_sink_caps_str(h, out_caps);
+  gst_harness_set_src_caps_str(h, in_caps);
+  GstCaps *caps = gst_pad_get_current_caps(h->sinkpad);
+  gchar *c =
+      caps ? g_strdup(gst_structure_get_string(gst_caps_get_structure(caps, 0), "colorimetry"))
+           : NULL;
+  if (caps) gst_caps_unref(caps);
+  gst_harness_teardown(h);
+  return c;
+}
+GST_START_TEST(colorimetry_written_and_overridden) {
+  static const struct {
+    const char *launch, *in, *in_extra, *out, *written;
+  } cases[] = {{"tqcsconvert", "I420", "colorimetry=bt601", "UYVY", "bt601"},
+               {"tqcsconvert", "BGRA", NULL, "I420", "bt709"},
+               {"tqcsconvert matrix=uhd output-range=full", "BGRA", NULL, "Y42B", "1:6:5:1"}};
+  for (guint i = 0; i < COUNT(cases); ++i) {
+    gchar *in_caps = caps_of(cases[i].in, 1280, 720, cases[i].in_extra);
+    gchar *out_caps = g_strdup_printf("video/x-raw,format=%s", cases[i].out);
+    gchar *written = negotiated_colorimetry(cases[i].launch, in_caps, out_caps);
+    fail_unless(g_strcmp0(written, cases[i].written) == 0, "%s: wrote %s", cases[i].launch,
+                written);
+    g_free(written);
+    g_free(in_caps);
+    g_free(out_caps);
+  }
+  /* matrix=sd on bt709 caps converts as bt601 caps do; input-range=full as
+   * full-range caps. */
+  static const char *overrides[][3] = {
+      {"tqcsconvert matrix=sd", "colorimetry=bt709", "colorimetry=bt601"},
+      {"tqcsconvert input-range=full", "colorimetry=bt709", "colorimetry=1:3:5:1"}};
+  for (guint i = 0; i < COUNT(overrides); ++i) {
+    gchar *a = caps_of("UYVY", 64, 48, overrides[i][1]);
+    gchar *b = caps_of("UYVY", 64, 48, overrides[i][2]);
+    gchar *out_caps = caps_of("BGRA", 64, 48, NULL);
+    GstBuffer *in = make_frame(a, NULL, NULL);
+    GstBuffer *x = convert(overrides[i][0], a, out_caps, in, NULL, NULL);
+    GstBuffer *y = convert("tqcsconvert", b, out_caps, in, NULL, NULL);
+    fail_unless(x && y && same_bytes(x, y), "%s differs from the caps", overrides[i][0]);
+    gst_buffer_unref(x);
+    gst_buffer_unref(y);
+    gst_buffer_unref(in);
+    g_free(a);
+    g_free(b);
+    g_free(out_caps);
+  }
+}
+GST_END_TEST;
+
 /* n-threads gives the bytes of one thread, for conversions it bands and for
  * those it leaves whole, at a height no band count divides. */
 GST_START_TEST(threads_change_no_byte) {
@@ -376,6 +430,7 @@ static Suite *tqcsconvert_suite(void) {
   tcase_add_test(tc, same_caps_pass_through);
   tcase_add_test(tc, frames_equal_the_library_table);
   tcase_add_test(tc, limited_range_is_expanded);
+  tcase_add_test(tc, colorimetry_written_and_overridden);
   tcase_add_test(tc, threads_change_no_byte);
   tcase_add_test(tc, fields_keep_their_chroma);
   tcase_add_test(tc, bad_caps_are_refused);
