@@ -20,6 +20,8 @@ command -v taskset >/dev/null && taskset_cmd=(taskset -c 0)
 TCB_CPU_LEVEL=0 "${taskset_cmd[@]}" ./build/release/bench/tqcs_frames_bench "${common[@]}" \
   --benchmark_filter='/tqcs$|/tqcs/' >"$out/frames_portable.json"
 "${taskset_cmd[@]}" ./build/release/bench/tqcs_kernels_bench "${common[@]}" >"$out/kernels.json"
+# The tqcsconvert element against videoconvert (no table without GStreamer: one line says so).
+scripts/bench_gst.sh >"$out/gst.md"
 python3 scripts/perf_report.py "$out/frames.json" "$out/frames_portable.json" "$out/kernels.json" \
-  docs/performance_notes.md >docs/performance.md
+  docs/performance_notes.md "$out/gst.md" >docs/performance.md
 echo "wrote docs/performance.md"
