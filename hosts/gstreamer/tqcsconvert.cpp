@@ -11,8 +11,8 @@
 #include <mutex>
 #include <string>
 
+#include "../../tools/thread_pool.hpp"  // the command-line tool's pool, shared
 #include "engine.hpp"
-#include "pool.hpp"
 
 GST_DEBUG_CATEGORY_STATIC(tqcs_debug);
 #define GST_CAT_DEFAULT tqcs_debug
@@ -102,8 +102,7 @@ struct _GstTqcsConvert {
   const FormatEntry *in, *out;
   int32_t matrix;
   tqgst::Plan *plan;
-  tqgst::Pool *pool;
-  guint poolThreads;
+  tqcs::ThreadPool *pool;
 };
 
 G_DEFINE_TYPE(GstTqcsConvert, gst_tqcs_convert, GST_TYPE_VIDEO_FILTER)
@@ -112,6 +111,10 @@ enum { PROP_0, PROP_FIELDS, PROP_MATRIX, PROP_INPUT_RANGE, PROP_OUTPUT_RANGE, PR
 
 namespace {
 
+GType enumType(GType *type, const char *name, const GEnumValue *values) {
+  if (g_once_init_enter(type)) g_once_init_leave(type, g_enum_register_static(name, values));
+  return *type;
+}
 GType fieldsType() {
   static GType type = 0;
   static const GEnumValue values[] = {
@@ -119,9 +122,7 @@ GType fieldsType() {
       {FIELDS_PROGRESSIVE, "Every frame as one picture", "progressive"},
       {FIELDS_INTERLACED, "Every frame as two fields", "interlaced"},
       {0, nullptr, nullptr}};
-  if (g_once_init_enter(&type))
-    g_once_init_leave(&type, g_enum_register_static("GstTqcsFields", values));
-  return type;
+  return enumType(&type, "GstTqcsFields", values);
 }
 GType matrixType() {
   static GType type = 0;
@@ -130,9 +131,7 @@ GType matrixType() {
                                       {MATRIX_HD, "HD (BT.709)", "hd"},
                                       {MATRIX_UHD, "UHD (BT.2020)", "uhd"},
                                       {0, nullptr, nullptr}};
-  if (g_once_init_enter(&type))
-    g_once_init_leave(&type, g_enum_register_static("GstTqcsMatrix", values));
-  return type;
+  return enumType(&type, "GstTqcsMatrix", values);
 }
 GType rangeType() {
   static GType type = 0;
@@ -140,9 +139,7 @@ GType rangeType() {
                                       {RANGE_FULL, "Full range (0-255)", "full"},
                                       {RANGE_LIMITED, "Video range (16-235, 16-240)", "limited"},
                                       {0, nullptr, nullptr}};
-  if (g_once_init_enter(&type))
-    g_once_init_leave(&type, g_enum_register_static("GstTqcsRange", values));
-  return type;
+  return enumType(&type, "GstTqcsRange", values);
 }
 
 GstCaps *templateCaps(bool inputs) {
@@ -368,19 +365,18 @@ GstFlowReturn transformFrame(GstVideoFilter *filter, GstVideoFrame *inFrame,
       self, "%s frame%s", fields ? "interlaced" : "progressive",
       fields ? (GST_VIDEO_FRAME_IS_TFF(inFrame) ? ", top field first" : ", bottom field first")
              : "");
-  if (nThreads > 1 && (!self->pool || self->poolThreads != nThreads)) {
+  if (nThreads > 1 && (!self->pool || guint(self->pool->Size()) != nThreads)) {
     delete self->pool;
-    self->pool = new tqgst::Pool(nThreads - 1);
-    self->poolThreads = nThreads;
+    self->pool = new tqcs::ThreadPool(int(nThreads));
   }
   tqgst::Capture capture;
   bool ok;
   {
     tqgst::ScopedCapture scope(&capture);
     const tqgst::Runner runner = [&](unsigned parts, const std::function<void(unsigned)> &work) {
-      self->pool->run(parts, [&](unsigned part) {
+      self->pool->ParallelFor(parts, [&](size_t part) {
         tqgst::ScopedCapture worker(&capture);
-        work(part);
+        work(unsigned(part));
       });
     };
     ok = self->plan->run(describe(outFrame, *self->out), describe(inFrame, *self->in),
@@ -513,7 +509,6 @@ static void gst_tqcs_convert_init(GstTqcsConvert *self) {
   self->nThreads = 1;
   self->plan = new tqgst::Plan;
   self->pool = nullptr;
-  self->poolThreads = 0;
 }
 
 static gboolean pluginInit(GstPlugin *plugin) {
