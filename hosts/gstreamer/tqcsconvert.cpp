@@ -255,12 +255,40 @@ GstVideoColorimetry outputColorimetry(GstTqcsConvert *self, const GstVideoInfo &
   return c;
 }
 
+// The first format the peer of the source pad names that `s` allows.
+const gchar *downstreamFirst(GstBaseTransform *trans, const GstStructure *s) {
+  GstCaps *peer = gst_pad_peer_query_caps(GST_BASE_TRANSFORM_SRC_PAD(trans), nullptr);
+  const gchar *first = nullptr;
+  const GValue *allowed = gst_structure_get_value(s, "format");
+  for (guint i = 0; peer && allowed && !first && i < gst_caps_get_size(peer); ++i) {
+    const GstStructure *p = gst_caps_get_structure(peer, i);
+    if (!gst_structure_has_field(p, "format")) continue;
+    for (const FormatEntry *e : formatsOf(p)) {
+      GValue v = G_VALUE_INIT;
+      g_value_init(&v, G_TYPE_STRING);
+      g_value_set_static_string(&v, gst_video_format_to_string(e->gst));
+      const bool ok = gst_value_intersect(nullptr, &v, allowed);
+      g_value_unset(&v);
+      if (ok) {
+        first = gst_video_format_to_string(e->gst);
+        break;
+      }
+    }
+  }
+  if (peer) gst_caps_unref(peer);
+  return first;
+}
+
 GstCaps *fixateCaps(GstBaseTransform *trans, GstPadDirection direction, GstCaps *caps,
                     GstCaps *othercaps) {
   othercaps = gst_caps_make_writable(gst_caps_truncate(othercaps));
   GstStructure *s = gst_caps_get_structure(othercaps, 0);
-  // The downstream's first choice of format.
-  gst_structure_fixate_field(s, "format");
+  // The downstream's first choice of format (the intersection is in the
+  // element's order, the input's own format first).
+  if (const gchar *first = direction == GST_PAD_SINK ? downstreamFirst(trans, s) : nullptr)
+    gst_structure_fixate_field_string(s, "format", first);
+  else
+    gst_structure_fixate_field(s, "format");
   GstVideoInfo in;
   const FormatEntry *out = findFormat(gst_structure_get_string(s, "format"));
   if (direction == GST_PAD_SINK && out && gst_video_info_from_caps(&in, caps) &&

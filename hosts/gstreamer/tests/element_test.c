@@ -261,6 +261,29 @@ GST_START_TEST(colorimetry_written_and_overridden) {
 }
 GST_END_TEST;
 
+/* The downstream's first choice of format; with any format allowed, the
+ * input's own (passthrough). */
+GST_START_TEST(downstream_first_choice) {
+  static const char *cases[][3] = {{"video/x-raw,format={UYVY,BGRA}", "I420", "UYVY"},
+                                   {"video/x-raw,format={GRAY8,Y42B}", "I420", "Y42B"},
+                                   {"video/x-raw,format={BGRA,UYVY}", "I420", "BGRA"},
+                                   {"video/x-raw", "YUY2", "YUY2"}};
+  for (guint i = 0; i < COUNT(cases); ++i) {
+    gchar *in_caps = caps_of(cases[i][1], 64, 48, NULL);
+    GstHarness *h = gst_harness_new("tqcsconvert");
+    gst_harness_set_sink_caps_str(h, cases[i][0]);
+    gst_harness_set_src_caps_str(h, in_caps);
+    GstCaps *caps = gst_pad_get_current_caps(h->sinkpad);
+    fail_unless(caps != NULL);
+    fail_unless_equals_string(gst_structure_get_string(gst_caps_get_structure(caps, 0), "format"),
+                              cases[i][2]);
+    gst_caps_unref(caps);
+    gst_harness_teardown(h);
+    g_free(in_caps);
+  }
+}
+GST_END_TEST;
+
 /* n-threads gives the bytes of one thread, for conversions it bands and for
  * those it leaves whole, at a height no band count divides. */
 GST_START_TEST(threads_change_no_byte) {
@@ -298,18 +321,24 @@ static guint8 field_fill(int x, int y, int plane, const void *user) {
   const int colour = *flat >= 0 ? *flat : y % 2;
   return kFieldColour[colour][plane];
 }
+static GstBuffer *field_frame(const gchar *caps, const char *interlace, const int *colour) {
+  GstBuffer *buf = make_frame(caps, field_fill, colour);
+  /* Mixed caps: the buffer says whether it is interlaced. */
+  if (strcmp(interlace, "mixed") == 0) GST_BUFFER_FLAG_SET(buf, GST_VIDEO_BUFFER_FLAG_INTERLACED);
+  return buf;
+}
 static int rows_mixed(const char *launch, const char *out_format, const char *interlace) {
   gchar *extra = g_strdup_printf("colorimetry=bt601,interlace-mode=%s", interlace);
   gchar *in_caps = caps_of("I420", 64, 64, extra);
   gchar *out_caps = caps_of(out_format, 64, 64, extra);
   GstBuffer *flat[2];
   for (int c = 0; c < 2; ++c) {
-    GstBuffer *in = make_frame(in_caps, field_fill, &c);
+    GstBuffer *in = field_frame(in_caps, interlace, &c);
     flat[c] = convert(launch, in_caps, out_caps, in, NULL, NULL);
     gst_buffer_unref(in);
   }
   const int mixed_fill = -1;
-  GstBuffer *in = make_frame(in_caps, field_fill, &mixed_fill);
+  GstBuffer *in = field_frame(in_caps, interlace, &mixed_fill);
   GstBuffer *out = convert(launch, in_caps, out_caps, in, NULL, NULL);
   fail_unless(out && flat[0] && flat[1]);
   GstVideoInfo info;
@@ -347,7 +376,8 @@ static int rows_mixed(const char *launch, const char *out_format, const char *in
 GST_START_TEST(fields_keep_their_chroma) {
   const char *outputs[] = {"Y42B", "BGRA", "UYVY"};
   for (guint o = 0; o < COUNT(outputs); ++o) {
-    const int ours = rows_mixed("tqcsconvert", outputs[o], "interleaved");
+    const int ours = rows_mixed("tqcsconvert", outputs[o], "interleaved") +
+                     rows_mixed("tqcsconvert", outputs[o], "mixed");
     const int forced = rows_mixed("tqcsconvert fields=interlaced", outputs[o], "progressive");
     const int theirs = rows_mixed("videoconvert", outputs[o], "progressive");
     g_print(
@@ -428,6 +458,7 @@ static Suite *tqcsconvert_suite(void) {
   tcase_set_timeout(tc, 300);
   tcase_add_test(tc, every_pair_negotiates);
   tcase_add_test(tc, same_caps_pass_through);
+  tcase_add_test(tc, downstream_first_choice);
   tcase_add_test(tc, frames_equal_the_library_table);
   tcase_add_test(tc, limited_range_is_expanded);
   tcase_add_test(tc, colorimetry_written_and_overridden);
