@@ -350,11 +350,12 @@ gboolean setInfo(GstVideoFilter *filter, GstCaps *, GstVideoInfo *inInfo, GstCap
     } else {
       const tqgst::Side in{self->in->layout, limitedOf(*inInfo, *self->in, self->inRange)};
       const tqgst::Side out{self->out->layout, limitedOf(*outInfo, *self->out, self->outRange)};
-      reason =
-          self->plan->build(in, out, GST_VIDEO_INFO_WIDTH(inInfo), GST_VIDEO_INFO_HEIGHT(inInfo));
-      gst_base_transform_set_passthrough(GST_BASE_TRANSFORM(filter), reason.empty() &&
-                                                                         self->in == self->out &&
-                                                                         in.limited == out.limited);
+      // The same format in the same range passes through, whatever its size.
+      const bool same = self->in == self->out && in.limited == out.limited;
+      gst_base_transform_set_passthrough(GST_BASE_TRANSFORM(filter), same);
+      if (!same)
+        reason =
+            self->plan->build(in, out, GST_VIDEO_INFO_WIDTH(inInfo), GST_VIDEO_INFO_HEIGHT(inInfo));
     }
   }
   if (!reason.empty()) {
