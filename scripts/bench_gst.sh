@@ -3,8 +3,8 @@
 # tqcsconvert and with the framework's own videoconvert, at one thread and at
 # their thread settings, for the conversions a playout or capture chain runs
 # most; writes a markdown table to stdout. The fps are of the whole pipeline
-# (the test source draws every frame too), medians of a few runs of a fixed
-# number of buffers. TQCS_GST_BENCH_RUNS (default 3) and
+# (the test source draws every frame too) after start-up, medians of a few
+# runs of a fixed number of buffers. TQCS_GST_BENCH_RUNS (default 3) and
 # TQCS_GST_BENCH_SECONDS (default 2, the frames of each run are sized to it)
 # tune it.
 set -euo pipefail
@@ -31,12 +31,18 @@ seconds() { # in out width height buffers converter...
   end=$(date +%s%N)
   echo "$(((end - start) / 1000))"
 }
-# Median frames per second over the runs.
+# Median frames per second over the runs, start-up left out: the time of
+# one buffer is taken from the time of n.
 fps() { # in out width height buffers converter...
-  local n=$5 times=()
-  for _ in $(seq "$runs"); do times+=("$(seconds "$@")"); done
-  printf '%s\n' "${times[@]}" | sort -n | awk -v n="$n" '{t[NR] = $1} END {
-    printf "%.1f", n / (t[int((NR + 1) / 2)] / 1e6) }'
+  local n=$5 times=() firsts=()
+  for _ in $(seq "$runs"); do
+    times+=("$(seconds "$@")")
+    firsts+=("$(seconds "$1" "$2" "$3" "$4" 1 "${@:6}")")
+  done
+  local t1 tn
+  t1=$(printf '%s\n' "${firsts[@]}" | sort -n | awk '{t[NR] = $1} END {print t[int((NR + 1) / 2)]}')
+  tn=$(printf '%s\n' "${times[@]}" | sort -n | awk '{t[NR] = $1} END {print t[int((NR + 1) / 2)]}')
+  awk -v n="$n" -v a="$t1" -v b="$tn" 'BEGIN { printf "%.1f", (n - 1) / ((b - a) / 1e6) }'
 }
 
 echo "| conversion | size | videoconvert, 1 thread | tqcsconvert, 1 thread | ratio |" \
@@ -57,6 +63,7 @@ for pair in I420:BGRA UYVY:I420 BGRA:I420 YUY2:BGRA; do
   done
 done
 echo
-echo "Frames per second of the whole pipeline (the test source draws each frame too), medians" \
+echo "Frames per second of the whole pipeline (the test source draws each frame too) after" \
+  "start-up (the time of one buffer taken off), medians" \
   "of $runs runs of a fixed number of buffers ($((${TQCS_GST_BENCH_SECONDS:-2} * 60)) at 1080p," \
   "a quarter of that at 2160p); $threads cores; ratio: tqcsconvert over videoconvert at one thread."
