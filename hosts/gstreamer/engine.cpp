@@ -280,16 +280,11 @@ std::string Plan::build(const Side &in, const Side &out, int32_t width, int32_t 
   if (in_.sampling == Sampling::Gray) return "the library converts nothing from GRAY8";
   if (out_.sampling == Sampling::Gray && in_.sampling != Sampling::Rgb)
     return "the library converts only RGB to GRAY8";
-  const bool sub =
-      [](const Layout &l) {
-        return l.sampling == Sampling::C422 || l.sampling == Sampling::C420;
-      }(in_) ||
-      out_.sampling == Sampling::C422 || out_.sampling == Sampling::C420;
-  if (sub && width % 2) return "4:2:x chroma needs an even width";
+  if ((isSubsampled(in_) || isSubsampled(out_)) && width % 2)
+    return "4:2:x chroma needs an even width";
   if ((in_.sampling == Sampling::C420 || out_.sampling == Sampling::C420) && height % 4)
     return "4:2:0 needs a height that is a multiple of 4 (two fields of whole chroma rows)";
   // Steps run with the source as image 0 and the destination as image 1.
-  temps_.reserve(4);
   // Between two YUV layouts of one range the samples are resampled or
   // repacked as they are: no scaling, so repacks stay lossless.
   const bool scale = !(isYuv(in_) && isYuv(out_) && in.limited == out.limited);

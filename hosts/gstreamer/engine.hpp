@@ -50,6 +50,10 @@ class ScopedCapture {
   Capture *previous_;
 };
 
+inline bool isSubsampled(const Layout &l) {
+  return l.sampling == Sampling::C422 || l.sampling == Sampling::C420;
+}
+
 // One side of a conversion as negotiated.
 struct Side {
   Layout layout;
