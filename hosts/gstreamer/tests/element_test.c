@@ -393,6 +393,24 @@ GST_START_TEST(fields_keep_their_chroma) {
 }
 GST_END_TEST;
 
+/* The field order says which field comes first in time: no byte changes. */
+GST_START_TEST(field_order_changes_no_byte) {
+  gchar *tff = caps_of("I420", 64, 64, "interlace-mode=interleaved,field-order=top-field-first");
+  gchar *bff = caps_of("I420", 64, 64, "interlace-mode=interleaved,field-order=bottom-field-first");
+  gchar *out_caps = caps_of("BGRA", 64, 64, NULL);
+  GstBuffer *in = make_frame(tff, NULL, NULL);
+  GstBuffer *a = convert("tqcsconvert", tff, out_caps, in, NULL, NULL);
+  GstBuffer *b = convert("tqcsconvert", bff, out_caps, in, NULL, NULL);
+  fail_unless(a && b && same_bytes(a, b));
+  gst_buffer_unref(a);
+  gst_buffer_unref(b);
+  gst_buffer_unref(in);
+  g_free(tff);
+  g_free(bff);
+  g_free(out_caps);
+}
+GST_END_TEST;
+
 /* Refusals post an error naming both formats and the reason. */
 static gchar *error_text(GstBus *bus) {
   GstMessage *msg = gst_bus_pop_filtered(bus, GST_MESSAGE_ERROR);
@@ -467,6 +485,7 @@ static Suite *tqcsconvert_suite(void) {
   tcase_add_test(tc, colorimetry_written_and_overridden);
   tcase_add_test(tc, threads_change_no_byte);
   tcase_add_test(tc, fields_keep_their_chroma);
+  tcase_add_test(tc, field_order_changes_no_byte);
   tcase_add_test(tc, bad_caps_are_refused);
   tcase_add_test(tc, library_records_reach_the_debug_log);
   suite_add_tcase(s, tc);
