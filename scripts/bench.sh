@@ -30,6 +30,8 @@ if [ -n "${TQCS_BENCH_BASELINE:-}" ]; then
     >"$out/frames_baseline.json"
   baseline=("$out/frames_baseline.json")
 fi
+# The tqcsconvert element against videoconvert (no table without GStreamer: one line says so).
+scripts/bench_gst.sh >"$out/gst.md"
 python3 scripts/perf_report.py "$out/frames.json" "$out/frames_portable.json" "$out/kernels.json" \
-  docs/performance_notes.md "${baseline[@]}" >docs/performance.md
+  docs/performance_notes.md "$out/gst.md" "${baseline[@]}" >docs/performance.md
 echo "wrote docs/performance.md"

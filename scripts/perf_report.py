@@ -24,7 +24,27 @@ def medians(path):
     return out, data["context"]
 
 
-def main(frames_path, portable_path, kernels_path, notes_path, baseline_path=None):
+def gst_section(gst_path, missed):
+    """The table of scripts/bench_gst.sh, when GStreamer was there to measure."""
+    try:
+        with open(gst_path) as f:
+            table = f.read().strip()
+    except (FileNotFoundError, TypeError):
+        return
+    if not table.startswith("|"):
+        return
+    print("\n## In a GStreamer pipeline\n")
+    print("`scripts/bench_gst.sh`: the `tqcsconvert` element against the framework's "
+          "`videoconvert`. Target: at least its frames per second at one thread (ratio ≥ 1).\n")
+    print(table)
+    for line in table.splitlines():
+        cells = [c.strip() for c in line.strip("|").split("|")]
+        if len(cells) > 4 and cells[4].replace(".", "", 1).isdigit() and float(cells[4]) < 1:
+            missed.append(f"tqcsconvert {cells[0]} at {cells[1]}: {cells[4]} × videoconvert")
+
+
+def main(frames_path, portable_path, kernels_path, notes_path, gst_path=None,
+         baseline_path=None):
     frames, context = medians(frames_path)
     portable, _ = medians(portable_path)
     kernels, _ = medians(kernels_path)
@@ -104,6 +124,7 @@ def main(frames_path, portable_path, kernels_path, notes_path, baseline_path=Non
               f"{up:.1f} |" if base else f"| {slot} | {tier} | {t * 1e6:.0f} | – | – |")
     if baseline_path:
         baseline(frames, baseline_path)
+    gst_section(gst_path, missed)
     print("\n## Missed targets in this run\n")
     for m in missed + [f"slot {s}" for s in slow] or ["none"]:
         print(f"- {m}")
@@ -140,4 +161,4 @@ def baseline(frames, path):
 
 
 if __name__ == "__main__":
-    main(*sys.argv[1:6])
+    main(*sys.argv[1:7])

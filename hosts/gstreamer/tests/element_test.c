@@ -1,0 +1,495 @@
+/* The tqcsconvert element under GstHarness: negotiation of every pair it
+ * offers, passthrough, frames equal to the library's own conversion, ranges,
+ * threads, fields, refusals and the log. */
+#include <TQCPUBase.h>
+#include <TQColorSpace/TQColorSpace.h>
+#include <gst/check/gstcheck.h>
+#include <gst/check/gstharness.h>
+#include <gst/video/video.h>
+#include <string.h>
+#include <uchar.h>
+
+static const char *const kInputs[] = {"BGRA", "RGBA", "BGR",  "RGB", "YUY2",
+                                      "UYVY", "Y42B", "I420", "v308"};
+static const char *const kOutputs[] = {"BGRA", "RGBA", "BGR",  "RGB",  "YUY2",
+                                       "UYVY", "Y42B", "I420", "v308", "GRAY8"};
+#define COUNT(a) (sizeof(a) / sizeof((a)[0]))
+
+static gchar *caps_of(const char *format, int width, int height, const char *extra) {
+  return g_strdup_printf("video/x-raw,format=%s,width=%d,height=%d,framerate=25/1%s%s", format,
+                         width, height, extra ? "," : "", extra ? extra : "");
+}
+
+/* A frame of the caps filled by `fill(x, y, plane, user)` (or seeded noise). */
+typedef guint8 (*Fill)(int x, int y, int plane, const void *user);
+static GstBuffer *make_frame(const gchar *caps_str, Fill fill, const void *user) {
+  GstVideoInfo info;
+  GstCaps *caps = gst_caps_from_string(caps_str);
+  fail_unless(gst_video_info_from_caps(&info, caps));
+  gst_caps_unref(caps);
+  GstBuffer *buf = gst_buffer_new_allocate(NULL, GST_VIDEO_INFO_SIZE(&info), NULL);
+  GstVideoFrame frame;
+  fail_unless(gst_video_frame_map(&frame, &info, buf, GST_MAP_WRITE));
+  GRand *rand = g_rand_new_with_seed(21);
+  for (guint p = 0; p < GST_VIDEO_FRAME_N_PLANES(&frame); ++p) {
+    guint8 *data = GST_VIDEO_FRAME_PLANE_DATA(&frame, p);
+    const gint stride = GST_VIDEO_FRAME_PLANE_STRIDE(&frame, p);
+    const gint rows = GST_VIDEO_FRAME_COMP_HEIGHT(&frame, p);
+    for (gint y = 0; y < rows; ++y)
+      for (gint x = 0; x < stride; ++x)
+        data[y * stride + x] = fill ? fill(x, y, p, user) : (guint8)g_rand_int(rand);
+  }
+  g_rand_free(rand);
+  gst_video_frame_unmap(&frame);
+  return buf;
+}
+
+/* Pushes `in` through the element described by `launch` between the two caps;
+ * returns the output (NULL when the element refused), and the flow result. */
+static GstBuffer *convert(const char *launch, const gchar *in_caps, const gchar *out_caps,
+                          GstBuffer *in, GstFlowReturn *flow, GstBus **bus) {
+  GstHarness *h = gst_harness_new_parse(launch);
+  GstBus *b = gst_bus_new();
+  gst_element_set_bus(h->element, b);
+  gst_harness_set_sink_caps_str(h, out_caps);
+  gst_harness_set_src_caps_str(h, in_caps);
+  GstFlowReturn ret = gst_harness_push(h, gst_buffer_ref(in));
+  GstBuffer *out = ret == GST_FLOW_OK ? gst_harness_pull(h) : NULL;
+  if (flow) *flow = ret;
+  gst_harness_teardown(h);
+  if (bus)
+    *bus = b;
+  else
+    gst_object_unref(b);
+  return out;
+}
+
+static gboolean same_bytes(GstBuffer *a, GstBuffer *b) {
+  GstMapInfo ma, mb;
+  gst_buffer_map(a, &ma, GST_MAP_READ);
+  gst_buffer_map(b, &mb, GST_MAP_READ);
+  const gboolean same = ma.size == mb.size && memcmp(ma.data, mb.data, ma.size) == 0;
+  gst_buffer_unmap(a, &ma);
+  gst_buffer_unmap(b, &mb);
+  return same;
+}
+
+static gboolean is_yuv(const char *f) {
+  return !g_str_has_prefix(f, "BGR") && !g_str_has_prefix(f, "RGB") && strcmp(f, "GRAY8") != 0;
+}
+
+/* Every pair negotiates (grey only from RGB), in both ranges, progressive and
+ * interleaved, and a frame comes out. */
+GST_START_TEST(every_pair_negotiates) {
+  for (guint i = 0; i < COUNT(kInputs); ++i)
+    for (guint o = 0; o < COUNT(kOutputs); ++o)
+      for (int variant = 0; variant < 4; ++variant) {
+        const char *extra[] = {"colorimetry=bt709", "colorimetry=1:3:5:1",
+                               "colorimetry=bt601,interlace-mode=interleaved",
+                               "colorimetry=1:4:5:1,interlace-mode=mixed"};
+        gchar *in_caps = caps_of(kInputs[i], 64, 48, extra[variant]);
+        gchar *out_caps = caps_of(kOutputs[o], 64, 48, NULL);
+        GstBuffer *in = make_frame(in_caps, NULL, NULL);
+        GstFlowReturn flow;
+        GstBuffer *out = convert("tqcsconvert", in_caps, out_caps, in, &flow, NULL);
+        const gboolean offered = strcmp(kOutputs[o], "GRAY8") != 0 || !is_yuv(kInputs[i]);
+        if (offered)
+          fail_unless(out != NULL, "%s to %s (%s): flow %d", kInputs[i], kOutputs[o],
+                      extra[variant], flow);
+        else
+          fail_unless(out == NULL && flow == GST_FLOW_NOT_NEGOTIATED, "%s to GRAY8 offered",
+                      kInputs[i]);
+        if (out) gst_buffer_unref(out);
+        gst_buffer_unref(in);
+        g_free(in_caps);
+        g_free(out_caps);
+      }
+}
+GST_END_TEST;
+
+GST_START_TEST(same_caps_pass_through) {
+  /* Sizes the conversions refuse pass through as well. */
+  for (int width = 63; width <= 64; ++width) {
+    gchar *caps = caps_of("I420", width, 48, "colorimetry=bt709");
+    GstBuffer *in = make_frame(caps, NULL, NULL);
+    GstBuffer *out = convert("tqcsconvert", caps, caps, in, NULL, NULL);
+    fail_unless(out == in, "the same caps copied the frame");
+    gst_buffer_unref(out);
+    gst_buffer_unref(in);
+    g_free(caps);
+  }
+}
+GST_END_TEST;
+
+/* Full-range frames through the element give the bytes of one call of the
+ * library's descriptor table. */
+static TCS_FrameDesc describe(GstVideoFrame *frame, int32_t code) {
+  TCS_FrameDesc d;
+  memset(&d, 0, sizeof d);
+  d.format = code;
+  for (guint p = 0; p < GST_VIDEO_FRAME_N_PLANES(frame); ++p) {
+    d.plane[p].data = GST_VIDEO_FRAME_PLANE_DATA(frame, p);
+    d.plane[p].pitch = GST_VIDEO_FRAME_PLANE_STRIDE(frame, p);
+  }
+  return d;
+}
+
+GST_START_TEST(frames_equal_the_library_table) {
+  static const struct {
+    const char *in, *out;
+    int32_t in_code, out_code;
+  } pairs[] = {{"I420", "BGRA", TCS_FORMAT_YUV420, TCS_FORMAT_RGB32},
+               {"UYVY", "I420", TCS_FORMAT_YUV16_SWAP, TCS_FORMAT_YUV420},
+               {"BGRA", "I420", TCS_FORMAT_RGB32, TCS_FORMAT_YUV420},
+               {"YUY2", "RGBA", TCS_FORMAT_YUV16, TCS_FORMAT_RGB32_SWAP},
+               {"RGB", "Y42B", TCS_FORMAT_RGB24_SWAP, TCS_FORMAT_YUV422},
+               {"Y42B", "BGR", TCS_FORMAT_YUV422, TCS_FORMAT_RGB24}};
+  const TCS_APIStu *api = TCS_GetAPIStuPtr();
+  for (guint i = 0; i < COUNT(pairs); ++i) {
+    gchar *in_caps = caps_of(pairs[i].in, 96, 64, "colorimetry=1:3:5:1");
+    gchar *out_caps = caps_of(pairs[i].out, 96, 64, "colorimetry=1:3:5:1");
+    GstBuffer *in = make_frame(in_caps, NULL, NULL);
+    GstBuffer *out = convert("tqcsconvert", in_caps, out_caps, in, NULL, NULL);
+    fail_unless(out != NULL);
+    GstBuffer *expected = make_frame(out_caps, NULL, NULL);
+    GstVideoInfo in_info, out_info;
+    GstCaps *c = gst_caps_from_string(in_caps);
+    gst_video_info_from_caps(&in_info, c);
+    gst_caps_unref(c);
+    c = gst_caps_from_string(out_caps);
+    gst_video_info_from_caps(&out_info, c);
+    gst_caps_unref(c);
+    GstVideoFrame fi, fo;
+    gst_video_frame_map(&fi, &in_info, in, GST_MAP_READ);
+    gst_video_frame_map(&fo, &out_info, expected, GST_MAP_WRITE);
+    const TCS_FrameDesc s = describe(&fi, pairs[i].in_code), d = describe(&fo, pairs[i].out_code);
+    fail_unless(api->pGeneral->TCS_ColorConvFrameEx(&d, &s, TCS_MATRIX_HD, 96, 64, 0) == 1);
+    gst_video_frame_unmap(&fi);
+    gst_video_frame_unmap(&fo);
+    fail_unless(same_bytes(out, expected), "%s to %s differs from the library", pairs[i].in,
+                pairs[i].out);
+    gst_buffer_unref(expected);
+    gst_buffer_unref(out);
+    gst_buffer_unref(in);
+    g_free(in_caps);
+    g_free(out_caps);
+  }
+}
+GST_END_TEST;
+
+/* Video range in, full range out: black, white, mid grey and peak land where
+ * the range definitions put them, in luma and chroma (-1: not checked, on a
+ * rounding tie). */
+static const int kLevels[][3] = {{16, 0, -1}, {235, 255, 250}, {126, 128, 126}, {240, 255, 255}};
+static guint8 level_fill(int x, int y, int plane, const void *user) {
+  (void)x, (void)y, (void)plane;
+  return (guint8)(*(const int *)user);
+}
+GST_START_TEST(limited_range_is_expanded) {
+  const char *formats[] = {"I420", "Y42B", "UYVY", "v308"};
+  for (guint f = 0; f < COUNT(formats); ++f)
+    for (guint l = 0; l < COUNT(kLevels); ++l) {
+      gchar *in_caps = caps_of(formats[f], 64, 8, "colorimetry=bt709");
+      gchar *out_caps = caps_of("Y42B", 64, 8, "colorimetry=1:3:5:1");
+      GstBuffer *in = make_frame(in_caps, level_fill, &kLevels[l][0]);
+      GstBuffer *out = convert("tqcsconvert", in_caps, out_caps, in, NULL, NULL);
+      fail_unless(out != NULL);
+      GstMapInfo map;
+      gst_buffer_map(out, &map, GST_MAP_READ);
+      /* Y42B: 64 x 8 luma bytes, then the U plane. */
+      fail_unless(map.data[0] == kLevels[l][1], "%s: luma %d became %d", formats[f], kLevels[l][0],
+                  map.data[0]);
+      fail_unless(kLevels[l][2] < 0 || map.data[64 * 8] == kLevels[l][2], "%s: chroma %d became %d",
+                  formats[f], kLevels[l][0], map.data[64 * 8]);
+      gst_buffer_unmap(out, &map);
+      gst_buffer_unref(out);
+      gst_buffer_unref(in);
+      g_free(in_caps);
+      g_free(out_caps);
+    }
+}
+GST_END_TEST;
+
+/* The output caps carry the colorimetry written; the properties stand for the
+ * caps they override. */
+static gchar *negotiated_colorimetry(const char *launch, const gchar *in_caps,
+                                     const gchar *out_caps) {
+  GstHarness *h = gst_harness_new_parse(launch);
+  gst_harness_set_sink_caps_str(h, out_caps);
+  gst_harness_set_src_caps_str(h, in_caps);
+  GstCaps *caps = gst_pad_get_current_caps(h->sinkpad);
+  gchar *c =
+      caps ? g_strdup(gst_structure_get_string(gst_caps_get_structure(caps, 0), "colorimetry"))
+           : NULL;
+  if (caps) gst_caps_unref(caps);
+  gst_harness_teardown(h);
+  return c;
+}
+GST_START_TEST(colorimetry_written_and_overridden) {
+  static const struct {
+    const char *launch, *in, *in_extra, *out, *written;
+  } cases[] = {{"tqcsconvert", "I420", "colorimetry=bt601", "UYVY", "bt601"},
+               {"tqcsconvert", "BGRA", NULL, "I420", "bt709"},
+               {"tqcsconvert matrix=uhd output-range=full", "BGRA", NULL, "Y42B", "1:6:5:1"}};
+  for (guint i = 0; i < COUNT(cases); ++i) {
+    gchar *in_caps = caps_of(cases[i].in, 1280, 720, cases[i].in_extra);
+    gchar *out_caps = g_strdup_printf("video/x-raw,format=%s", cases[i].out);
+    gchar *written = negotiated_colorimetry(cases[i].launch, in_caps, out_caps);
+    fail_unless(g_strcmp0(written, cases[i].written) == 0, "%s: wrote %s", cases[i].launch,
+                written);
+    g_free(written);
+    g_free(in_caps);
+    g_free(out_caps);
+  }
+  /* matrix=sd on bt709 caps converts as bt601 caps do; input-range=full as
+   * full-range caps. */
+  static const char *overrides[][3] = {
+      {"tqcsconvert matrix=sd", "colorimetry=bt709", "colorimetry=bt601"},
+      {"tqcsconvert input-range=full", "colorimetry=bt709", "colorimetry=1:3:5:1"}};
+  for (guint i = 0; i < COUNT(overrides); ++i) {
+    gchar *a = caps_of("UYVY", 64, 48, overrides[i][1]);
+    gchar *b = caps_of("UYVY", 64, 48, overrides[i][2]);
+    gchar *out_caps = caps_of("BGRA", 64, 48, NULL);
+    GstBuffer *in = make_frame(a, NULL, NULL);
+    GstBuffer *x = convert(overrides[i][0], a, out_caps, in, NULL, NULL);
+    GstBuffer *y = convert("tqcsconvert", b, out_caps, in, NULL, NULL);
+    fail_unless(x && y && same_bytes(x, y), "%s differs from the caps", overrides[i][0]);
+    gst_buffer_unref(x);
+    gst_buffer_unref(y);
+    gst_buffer_unref(in);
+    g_free(a);
+    g_free(b);
+    g_free(out_caps);
+  }
+}
+GST_END_TEST;
+
+/* The downstream's first choice of format; with any format allowed, the
+ * input's own (passthrough). */
+GST_START_TEST(downstream_first_choice) {
+  static const char *cases[][3] = {{"video/x-raw,format={UYVY,BGRA}", "I420", "UYVY"},
+                                   {"video/x-raw,format={GRAY8,Y42B}", "I420", "Y42B"},
+                                   {"video/x-raw,format={BGRA,UYVY}", "I420", "BGRA"},
+                                   {"video/x-raw", "YUY2", "YUY2"}};
+  for (guint i = 0; i < COUNT(cases); ++i) {
+    gchar *in_caps = caps_of(cases[i][1], 64, 48, NULL);
+    GstHarness *h = gst_harness_new("tqcsconvert");
+    gst_harness_set_sink_caps_str(h, cases[i][0]);
+    gst_harness_set_src_caps_str(h, in_caps);
+    GstCaps *caps = gst_pad_get_current_caps(h->sinkpad);
+    fail_unless(caps != NULL);
+    fail_unless_equals_string(gst_structure_get_string(gst_caps_get_structure(caps, 0), "format"),
+                              cases[i][2]);
+    gst_caps_unref(caps);
+    gst_harness_teardown(h);
+    g_free(in_caps);
+  }
+}
+GST_END_TEST;
+
+/* n-threads gives the bytes of one thread, for conversions it bands and for
+ * those it leaves whole, at a height no band count divides. */
+GST_START_TEST(threads_change_no_byte) {
+  static const char *pairs[][2] = {{"YUY2", "BGRA"}, {"BGRA", "UYVY"}, {"I420", "BGRA"},
+                                   {"UYVY", "I420"}, {"v308", "RGB"},  {"Y42B", "I420"}};
+  for (guint i = 0; i < COUNT(pairs); ++i)
+    for (int interlaced = 0; interlaced < 2; ++interlaced) {
+      gchar *in_caps = caps_of(
+          pairs[i][0], 128, 100,
+          interlaced ? "colorimetry=bt709,interlace-mode=interleaved" : "colorimetry=bt709");
+      gchar *out_caps = caps_of(pairs[i][1], 128, 100, NULL);
+      GstBuffer *in = make_frame(in_caps, NULL, NULL);
+      GstBuffer *one = convert("tqcsconvert", in_caps, out_caps, in, NULL, NULL);
+      GstBuffer *three = convert("tqcsconvert n-threads=3", in_caps, out_caps, in, NULL, NULL);
+      fail_unless(one && three, "%s to %s: no frame", pairs[i][0], pairs[i][1]);
+      fail_unless(same_bytes(one, three), "%s to %s (%s): threads changed bytes", pairs[i][0],
+                  pairs[i][1], interlaced ? "interlaced" : "progressive");
+      gst_buffer_unref(one);
+      gst_buffer_unref(three);
+      gst_buffer_unref(in);
+      g_free(in_caps);
+      g_free(out_caps);
+    }
+}
+GST_END_TEST;
+
+/* Two fields of different saturated colours: converted field by field, no row
+ * takes chroma from the other field; the framework's own converter, told the
+ * frame is progressive, mixes them. Returns the rows that differ from their
+ * field's flat colour. */
+static const guint8 kFieldColour[2][3] = {{81, 90, 240}, {41, 240, 110}}; /* red, blue */
+static guint8 field_fill(int x, int y, int plane, const void *user) {
+  (void)x;
+  const int *flat = user; /* -1: field by field; else one colour everywhere */
+  const int colour = *flat >= 0 ? *flat : y % 2;
+  return kFieldColour[colour][plane];
+}
+static GstBuffer *field_frame(const gchar *caps, const char *interlace, const int *colour) {
+  GstBuffer *buf = make_frame(caps, field_fill, colour);
+  /* Mixed caps: the buffer says whether it is interlaced. */
+  if (strcmp(interlace, "mixed") == 0) GST_BUFFER_FLAG_SET(buf, GST_VIDEO_BUFFER_FLAG_INTERLACED);
+  return buf;
+}
+static int rows_mixed(const char *launch, const char *out_format, const char *interlace) {
+  gchar *extra = g_strdup_printf("colorimetry=bt601,interlace-mode=%s", interlace);
+  gchar *in_caps = caps_of("I420", 64, 64, extra);
+  gchar *out_caps = caps_of(out_format, 64, 64, extra);
+  GstBuffer *flat[2];
+  for (int c = 0; c < 2; ++c) {
+    GstBuffer *in = field_frame(in_caps, interlace, &c);
+    flat[c] = convert(launch, in_caps, out_caps, in, NULL, NULL);
+    gst_buffer_unref(in);
+  }
+  const int mixed_fill = -1;
+  GstBuffer *in = field_frame(in_caps, interlace, &mixed_fill);
+  GstBuffer *out = convert(launch, in_caps, out_caps, in, NULL, NULL);
+  fail_unless(out && flat[0] && flat[1]);
+  GstVideoInfo info;
+  GstCaps *caps = gst_caps_from_string(out_caps);
+  gst_video_info_from_caps(&info, caps);
+  gst_caps_unref(caps);
+  GstVideoFrame fo, f0, f1;
+  gst_video_frame_map(&fo, &info, out, GST_MAP_READ);
+  gst_video_frame_map(&f0, &info, flat[0], GST_MAP_READ);
+  gst_video_frame_map(&f1, &info, flat[1], GST_MAP_READ);
+  int mixed = 0;
+  for (guint p = 0; p < GST_VIDEO_FRAME_N_PLANES(&fo); ++p) {
+    const gint stride = GST_VIDEO_FRAME_PLANE_STRIDE(&fo, p);
+    const gint bytes = GST_VIDEO_FRAME_COMP_WIDTH(&fo, p) * GST_VIDEO_FRAME_COMP_PSTRIDE(&fo, p);
+    for (gint y = 0; y < GST_VIDEO_FRAME_COMP_HEIGHT(&fo, p); ++y) {
+      const GstVideoFrame *own = y % 2 ? &f1 : &f0;
+      if (memcmp((guint8 *)GST_VIDEO_FRAME_PLANE_DATA(&fo, p) + y * stride,
+                 (guint8 *)GST_VIDEO_FRAME_PLANE_DATA(own, p) + y * stride, bytes) != 0)
+        ++mixed;
+    }
+  }
+  gst_video_frame_unmap(&fo);
+  gst_video_frame_unmap(&f0);
+  gst_video_frame_unmap(&f1);
+  gst_buffer_unref(out);
+  gst_buffer_unref(in);
+  gst_buffer_unref(flat[0]);
+  gst_buffer_unref(flat[1]);
+  g_free(in_caps);
+  g_free(out_caps);
+  g_free(extra);
+  return mixed;
+}
+
+GST_START_TEST(fields_keep_their_chroma) {
+  const char *outputs[] = {"Y42B", "BGRA", "UYVY"};
+  for (guint o = 0; o < COUNT(outputs); ++o) {
+    const int ours = rows_mixed("tqcsconvert", outputs[o], "interleaved") +
+                     rows_mixed("tqcsconvert", outputs[o], "mixed");
+    const int forced = rows_mixed("tqcsconvert fields=interlaced", outputs[o], "progressive");
+    const int theirs = rows_mixed("videoconvert", outputs[o], "progressive");
+    g_print(
+        "I420 to %s, two coloured fields: rows mixed: tqcsconvert %d, with fields=interlaced "
+        "on progressive caps %d, videoconvert on progressive caps %d\n",
+        outputs[o], ours, forced, theirs);
+    fail_unless(ours == 0 && forced == 0, "%s: a field took chroma from the other", outputs[o]);
+    fail_unless(theirs > 0, "%s: the mixing converter did not mix", outputs[o]);
+  }
+}
+GST_END_TEST;
+
+/* The field order says which field comes first in time: no byte changes. */
+GST_START_TEST(field_order_changes_no_byte) {
+  gchar *tff = caps_of("I420", 64, 64, "interlace-mode=interleaved,field-order=top-field-first");
+  gchar *bff = caps_of("I420", 64, 64, "interlace-mode=interleaved,field-order=bottom-field-first");
+  gchar *out_caps = caps_of("BGRA", 64, 64, NULL);
+  GstBuffer *in = make_frame(tff, NULL, NULL);
+  GstBuffer *a = convert("tqcsconvert", tff, out_caps, in, NULL, NULL);
+  GstBuffer *b = convert("tqcsconvert", bff, out_caps, in, NULL, NULL);
+  fail_unless(a && b && same_bytes(a, b));
+  gst_buffer_unref(a);
+  gst_buffer_unref(b);
+  gst_buffer_unref(in);
+  g_free(tff);
+  g_free(bff);
+  g_free(out_caps);
+}
+GST_END_TEST;
+
+/* Refusals post an error naming both formats and the reason. */
+static gchar *error_text(GstBus *bus) {
+  GstMessage *msg = gst_bus_pop_filtered(bus, GST_MESSAGE_ERROR);
+  if (!msg) return NULL;
+  GError *err = NULL;
+  gchar *debug = NULL;
+  gst_message_parse_error(msg, &err, &debug);
+  gchar *text = g_strdup_printf("%s | %s", err->message, debug ? debug : "");
+  g_error_free(err);
+  g_free(debug);
+  gst_message_unref(msg);
+  return text;
+}
+GST_START_TEST(bad_caps_are_refused) {
+  static const struct {
+    const char *in, *in_extra, *out, *reason;
+  } cases[] = {{"I420", "colorimetry=bt709", "BGRA", "even width"},
+               {"UYVY", "colorimetry=smpte240m", "BGRA", "matrix"}};
+  for (guint i = 0; i < COUNT(cases); ++i) {
+    gchar *in_caps = caps_of(cases[i].in, 63 + (i > 0), 48, cases[i].in_extra);
+    gchar *out_caps = caps_of(cases[i].out, 63 + (i > 0), 48, NULL);
+    GstBuffer *in = make_frame(in_caps, NULL, NULL);
+    GstFlowReturn flow;
+    GstBus *bus;
+    GstBuffer *out = convert("tqcsconvert", in_caps, out_caps, in, &flow, &bus);
+    fail_unless(out == NULL && flow == GST_FLOW_NOT_NEGOTIATED, "case %u converted", i);
+    gchar *text = error_text(bus);
+    fail_unless(text && strstr(text, cases[i].in) && strstr(text, cases[i].out) &&
+                    strstr(text, cases[i].reason),
+                "error: %s", text ? text : "(none)");
+    g_free(text);
+    gst_object_unref(bus);
+    gst_buffer_unref(in);
+    g_free(in_caps);
+    g_free(out_caps);
+  }
+}
+GST_END_TEST;
+
+/* The library's records reach the tqcs debug category. */
+static gchar *seen;
+static void catch_log(GstDebugCategory *category, GstDebugLevel level, const gchar *file,
+                      const gchar *function, gint line, GObject *object, GstDebugMessage *message,
+                      gpointer user) {
+  (void)level, (void)file, (void)function, (void)line, (void)object, (void)user;
+  if (strcmp(gst_debug_category_get_name(category), "tqcs") == 0 && !seen)
+    seen = g_strdup(gst_debug_message_get(message));
+}
+GST_START_TEST(library_records_reach_the_debug_log) {
+  GstElement *e = gst_element_factory_make("tqcsconvert", NULL);
+  fail_unless(e != NULL);
+  gst_debug_set_threshold_for_name("tqcs", GST_LEVEL_WARNING);
+  gst_debug_add_log_function(catch_log, NULL, NULL);
+  TCB_WriteLog(1, u"TQVideoColorAPI", u"TCS_ColorConvFrame()", u"%s", u"Invalid Input Parameters");
+  gst_debug_remove_log_function(catch_log);
+  fail_unless(seen && strstr(seen, "TCS_ColorConvFrame()") &&
+              strstr(seen, "Invalid Input Parameters"));
+  g_free(seen);
+  gst_object_unref(e);
+}
+GST_END_TEST;
+
+static Suite *tqcsconvert_suite(void) {
+  Suite *s = suite_create("tqcsconvert");
+  TCase *tc = tcase_create("element");
+  tcase_set_timeout(tc, 300);
+  tcase_add_test(tc, every_pair_negotiates);
+  tcase_add_test(tc, same_caps_pass_through);
+  tcase_add_test(tc, downstream_first_choice);
+  tcase_add_test(tc, frames_equal_the_library_table);
+  tcase_add_test(tc, limited_range_is_expanded);
+  tcase_add_test(tc, colorimetry_written_and_overridden);
+  tcase_add_test(tc, threads_change_no_byte);
+  tcase_add_test(tc, fields_keep_their_chroma);
+  tcase_add_test(tc, field_order_changes_no_byte);
+  tcase_add_test(tc, bad_caps_are_refused);
+  tcase_add_test(tc, library_records_reach_the_debug_log);
+  suite_add_tcase(s, tc);
+  return s;
+}
+
+GST_CHECK_MAIN(tqcsconvert)
