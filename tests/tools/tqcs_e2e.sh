@@ -256,6 +256,11 @@ awk '/^## The command-line tool: tqcs/ { found = 1 } found && /^```sh$/ { inside
      inside && /^```$/ { exit } inside' "$source_dir/README.md" >readme-examples
 test "$(grep -c '^tqcs ' readme-examples)" -ge 10 || fail "the README's tqcs examples were not found"
 run_examples README <readme-examples
+# the README's round trip from an RGBA photo (the demo's pictures have alpha): colour compared
+(cd "$examples" && "$tqcs" convert pattern/pattern.png rgba444.y4m --to yuv444p >/dev/null &&
+  "$tqcs" convert rgba444.y4m rgba-back.png >/dev/null &&
+  "$tqcs" compare pattern/pattern.png rgba-back.png --max 5 | grep -q 'alpha not compared') ||
+  fail "compare of an RGBA picture with its RGB round trip"
 for command in "" convert demo bench info compare; do
   # shellcheck disable=SC2086
   "$tqcs" $command --help | sed -n '/^examples:/,$p' | grep -E '^  ' |
