@@ -224,7 +224,7 @@ int RunConvert(const Args &args) {
       return Fail(inPath + (skip > 0
                                 ? ": --start " + std::to_string(skip) + " is past the last frame"
                                 : std::string(": no frame in the file")));
-    pool.ParallelFor(count, [&](size_t i) {
+    const auto convertJob = [&](size_t i) {
       Job &job = jobs[i];
       if (compose) {
         Image frame(in.format, in.width, in.height);
@@ -237,7 +237,13 @@ int RunConvert(const Args &args) {
         job.field1 = job.field2 = Image(out, in.width, in.height / 2);
         engine.SplitFields(job.output, job.field1, job.field2);
       }
-    });
+    };
+    // The first frame on this thread: it makes the engine's probe conversions
+    // for the stream's one shape (they watch the process-wide log), so the
+    // other threads only read the routes it found.
+    const size_t first = done == 0 && count > 0 ? 1 : 0;
+    if (first) convertJob(0);
+    pool.ParallelFor(count - first, [&](size_t i) { convertJob(i + first); });
     for (size_t i = 0; i < count; ++i) {
       const Job &job = jobs[i];
       if (!job.error.empty()) return Fail(inPath + ": " + job.error);
