@@ -98,6 +98,10 @@ struct SlotShape<R (*)(P...)> {
   static constexpr size_t kFlip = kParams - 1;
   static constexpr std::array<Param, kParams> kRoles = kLayout.params;
 
+  // The argument positions of plane k's pointer and of its pitch.
+  static constexpr size_t PointerAt(size_t plane) { return Position(Role::kPointer, plane); }
+  static constexpr size_t PitchAt(size_t plane) { return Position(Role::kPitch, plane); }
+
   // Calls fn with every argument taken from `from`, by role: Pointer(plane)
   // (a byte address), Pitch(plane), Width(), Height(), Option(index) and
   // Flip().
@@ -108,6 +112,12 @@ struct SlotShape<R (*)(P...)> {
   }
 
  private:
+  static constexpr size_t Position(Role role, size_t index) {
+    for (size_t i = 0; i < kParams; ++i)
+      if (kRoles[i].role == role && kRoles[i].index == index) return i;
+    return kParams;
+  }
+
   template <size_t I, class From>
   static std::tuple_element_t<I, Params> Argument(const From &from) {
     using T = std::tuple_element_t<I, Params>;

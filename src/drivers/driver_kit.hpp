@@ -297,12 +297,12 @@ void WalkFields(std::array<Plane, NF> whole, const std::array<Plane, NG> &field1
 // ---------------------------------------------------------------------------
 // From C arguments to planes, options and flip.
 
-// Planes kFirst to kFirst + N - 1 of a frame-shaped slot's arguments.
-template <size_t kFirst, size_t N, class Tuple>
+// Planes kFirst to kFirst + N - 1 of a slot's arguments, placed by its shape.
+template <class Shape, size_t kFirst, size_t N, class Tuple>
 std::array<Plane, N> TakePlanes(const Tuple &args) {
   return [&]<size_t... I>(std::index_sequence<I...>) {
-    return std::array<Plane, N>{
-        Plane{Bytes(std::get<2 * (kFirst + I)>(args)), std::get<2 * (kFirst + I) + 1>(args)}...};
+    return std::array<Plane, N>{Plane{Bytes(std::get<Shape::PointerAt(kFirst + I)>(args)),
+                                      std::get<Shape::PitchAt(kFirst + I)>(args)}...};
   }
   (std::make_index_sequence<N>{});
 }
@@ -369,11 +369,13 @@ void Run(const Tuple &args) {
         opts);
   };
   if constexpr (F == Form::kFrame) {
-    go(TakePlanes<0, ND>(args), TakePlanes<ND, NS>(args));
+    go(TakePlanes<Shape, 0, ND>(args), TakePlanes<Shape, ND, NS>(args));
   } else if constexpr (F == Form::kSplit) {
-    go(TakePlanes<0, ND>(args), TakePlanes<ND, ND>(args), TakePlanes<2 * ND, NS>(args));
+    go(TakePlanes<Shape, 0, ND>(args), TakePlanes<Shape, ND, ND>(args),
+       TakePlanes<Shape, 2 * ND, NS>(args));
   } else {
-    go(TakePlanes<0, ND>(args), TakePlanes<ND, NS>(args), TakePlanes<ND + NS, NS>(args));
+    go(TakePlanes<Shape, 0, ND>(args), TakePlanes<Shape, ND, NS>(args),
+       TakePlanes<Shape, ND + NS, NS>(args));
   }
 }
 

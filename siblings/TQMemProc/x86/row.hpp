@@ -16,14 +16,14 @@ namespace {
 
 // Runs `block(dst, src)` over the whole blocks of `N` items of a row of
 // `count` items (In source and Out destination bytes each) and then
-// `rest(dst, src, items left)`, the portable routine. A block reads and writes
+// `rest(dst, src, items left)`, the portable routine, when items are left. A block reads and writes
 // only its own items, all of its reads before its writes, so rows that shrink
 // in place stay intact.
 template <int N, int In, int Out, class Block, class Rest>
 inline void ByBlocks(uint8_t *dst, const uint8_t *src, int32_t count, Block block, Rest rest) {
   const int32_t whole = count >= N ? count - count % N : 0;
   for (int64_t i = 0; i < whole; i += N) block(dst + Out * i, src + In * i);
-  rest(dst + int64_t{Out} * whole, src + int64_t{In} * whole, count - whole);
+  if (whole < count) rest(dst + int64_t{Out} * whole, src + int64_t{In} * whole, count - whole);
 }
 
 inline __m128i Load(const uint8_t *p) {

@@ -260,7 +260,7 @@ inline void InBlocks(ColorSpaceC &portable, const Body &body, A... args) {
 // The bytes of row pointer `row` of slot kSlot for `count` pixels.
 template <K kSlot>
 inline int64_t RowBytes(size_t row, int32_t count) {
-  return static_cast<int64_t>(ExtentsOf(kSlot)->rows[row].Bytes(count));
+  return static_cast<int64_t>(SlotFacts<kSlot>::kExtents.rows[row].Bytes(count));
 }
 
 }  // namespace
