@@ -100,10 +100,12 @@ Side ScratchSide(Job &j, const Side &like, int32_t code, const Side *lumaOf = nu
 // The planar 4:2:0 or 4:2:2 format of a side's depth and siting, in which its
 // chroma is resampled.
 int32_t Canonical(const Side &s, bool sub) {
-  if (!sub) return Deep(s) ? TCS_FORMAT_YUV422_10BIT : TCS_FORMAT_YUV422;
-  const bool field = s.f->siting == Siting::Field;
-  if (Deep(s)) return field ? TCS_FORMAT_YUV420_10BIT : TCS_FORMAT_YUV420_10BIT_FRAME;
-  return field ? TCS_FORMAT_YUV420 : TCS_FORMAT_YUV420_FRAME;
+  constexpr int32_t k422[2] = {TCS_FORMAT_YUV422, TCS_FORMAT_YUV422_10BIT};
+  constexpr int32_t k420Field[2] = {TCS_FORMAT_YUV420, TCS_FORMAT_YUV420_10BIT};
+  constexpr int32_t k420Frame[2] = {TCS_FORMAT_YUV420_FRAME, TCS_FORMAT_YUV420_10BIT_FRAME};
+  const int deep = Deep(s);
+  if (!sub) return k422[deep];
+  return s.f->siting == Siting::Field ? k420Field[deep] : k420Frame[deep];
 }
 
 // The frame-sited routines of one sample size.
