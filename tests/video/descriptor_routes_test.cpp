@@ -54,8 +54,15 @@ struct Img {
     }
     return out;
   }
-  uint16_t &At16(int k, int64_t y, int64_t i) {
-    return reinterpret_cast<uint16_t *>(planes[k]->data() + y * pitches[k])[i];
+  // Sample i of row y of plane k (planes need not be aligned).
+  uint16_t At16(int k, int64_t y, int64_t i) const {
+    uint16_t v;
+    std::memcpy(&v, planes[k]->data() + y * pitches[k] + 2 * i, 2);
+    return v;
+  }
+  void Set16(int k, int64_t y, int64_t i, uint32_t v) {
+    const auto s = static_cast<uint16_t>(v);
+    std::memcpy(planes[k]->data() + y * pitches[k] + 2 * i, &s, 2);
   }
   uint8_t &At8(int k, int64_t y, int64_t i) { return planes[k]->data()[y * pitches[k] + i]; }
 
@@ -88,8 +95,8 @@ Img Random16(int32_t code, int32_t width, int32_t rows, uint32_t seed, int bits 
   for (size_t k = 0; k < img.planes.size(); ++k)
     for (int64_t y = 0; y < img.planeRows[k]; ++y)
       for (int64_t i = 0; i < img.bytes[k] / 2; ++i)
-        img.At16(static_cast<int>(k), y, i) =
-            static_cast<uint16_t>((rng() & ((1u << bits) - 1)) << (16 - bits));
+        img.Set16(static_cast<int>(k), y, i,
+                  static_cast<uint16_t>((rng() & ((1u << bits) - 1)) << (16 - bits)));
   return img;
 }
 
@@ -134,7 +141,7 @@ TEST(DescriptorLayouts, TenBitToEightBitTruncates) {
   Img planar(TCS_FORMAT_YUV422_10BIT, 2, 1);
   const uint16_t values[] = {512, 1023, 3};  // Y, U, V
   for (int k = 0; k < 3; ++k)
-    for (int i = 0; i < (k ? 1 : 2); ++i) planar.At16(k, 0, i) = values[k] << 6;
+    for (int i = 0; i < (k ? 1 : 2); ++i) planar.Set16(k, 0, i, values[k] << 6);
   for (int32_t code :
        std::vector<int32_t>{TCS_FORMAT_YUV422, TCS_FORMAT_YUV16_SWAP, TCS_FORMAT_NV16}) {
     Img out(code, 2, 1);
@@ -271,11 +278,11 @@ TEST(DescriptorFields, SplitEqualsTheFrameFormOnEachField) {
 Img TwoFieldChroma(int32_t code, int32_t w, int32_t h) {
   Img img(code, w, h, 1);
   for (int64_t y = 0; y < h; ++y)
-    for (int64_t i = 0; i < w; ++i) img.At16(0, y, i) = 512 << 6;
+    for (int64_t i = 0; i < w; ++i) img.Set16(0, y, i, 512 << 6);
   for (int64_t c = 0; c < h / 2; ++c)
     for (int64_t i = 0; i < w / 2; ++i) {
-      img.At16(1, c, i) = (c & 1 ? 100 : 900) << 6;
-      img.At16(2, c, i) = (c & 1 ? 800 : 200) << 6;
+      img.Set16(1, c, i, (c & 1 ? 100 : 900) << 6);
+      img.Set16(2, c, i, (c & 1 ? 800 : 200) << 6);
     }
   return img;
 }
@@ -300,7 +307,7 @@ TEST(Descriptor420, FrameSitedChromaIsCentredBetweenItsRows) {
   const int chroma[] = {100, 500, 900};
   for (int64_t c = 0; c < 3; ++c)
     for (int k = 1; k < 3; ++k)
-      for (int64_t i = 0; i < 2; ++i) src.At16(k, c, i) = chroma[c] << 6;
+      for (int64_t i = 0; i < 2; ++i) src.Set16(k, c, i, chroma[c] << 6);
   Img planar(TCS_FORMAT_YUV422_10BIT, w, h);
   ASSERT_EQ(Frame(planar, src, w, h), 1u);
   // Row 2c + 1 lies a quarter row from chroma row c, towards row c + 1.
