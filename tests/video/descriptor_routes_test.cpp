@@ -246,6 +246,35 @@ TEST(DescriptorChains, PassOnlyThroughLayoutsOfAnyWidth) {
   EXPECT_EQ(yuyv.At16(0, 1, 1), uyvy.At16(0, 1, 0));
 }
 
+// The conversions hosts need most convert both ways in all three forms.
+TEST(DescriptorChains, TheCoreRoutesConvertInEveryForm) {
+  const std::vector<int32_t> v210 = {
+      TCS_FORMAT_YUV16_10BIT, TCS_FORMAT_YUV16, TCS_FORMAT_YUV16_SWAP, TCS_FORMAT_YUV422_10BIT,
+      TCS_FORMAT_YUV422,      TCS_FORMAT_RGB64, TCS_FORMAT_RGB64_SWAP, TCS_FORMAT_RGB48,
+      TCS_FORMAT_RGB48_SWAP,  TCS_FORMAT_RGB32};
+  const std::vector<int32_t> planar420 = {
+      TCS_FORMAT_YUV422_10BIT, TCS_FORMAT_YUV16_10BIT, TCS_FORMAT_RGB64, TCS_FORMAT_RGB32,
+      TCS_FORMAT_RGB32_SWAP,   TCS_FORMAT_RGB24,       TCS_FORMAT_YUV16, TCS_FORMAT_YUV16_SWAP,
+      TCS_FORMAT_YUV422,       TCS_FORMAT_YUV420};
+  const std::vector<int32_t> deepRgb = {TCS_FORMAT_YUV16_10BIT,  TCS_FORMAT_YUV16_10BIT_SWAP,
+                                        TCS_FORMAT_YUV422_10BIT, TCS_FORMAT_RGB24,
+                                        TCS_FORMAT_RGB24_SWAP,   TCS_FORMAT_RGB32};
+  std::vector<std::pair<int32_t, int32_t>> pairs;
+  for (int32_t c : v210) pairs.push_back({TCS_FORMAT_V210, c});
+  for (int32_t c : planar420) pairs.push_back({TCS_FORMAT_YUV420_10BIT, c});
+  for (int32_t rgb : {TCS_FORMAT_RGB48, TCS_FORMAT_RGB48_SWAP, TCS_FORMAT_RGB64})
+    for (int32_t c : deepRgb) pairs.push_back({rgb, c});
+  const int32_t w = 12, h = 8;
+  for (auto [a, b] : pairs)
+    for (auto [s, d] : {std::pair{a, b}, std::pair{b, a}}) {
+      const Img src(s, w, h, 1), f1(s, w, h / 2, 2), f2(s, w, h / 2, 3);
+      Img dst(d, w, h, 4), g1(d, w, h / 2, 5), g2(d, w, h / 2, 6);
+      EXPECT_EQ(Frame(dst, src, w, h), 1u) << s << " to " << d;
+      EXPECT_EQ(Split(g1, g2, src, w, h), 1u) << s << " to " << d;
+      EXPECT_EQ(Compose(dst, f1, f2, w, h), 1u) << s << " to " << d;
+    }
+}
+
 // A split writes into each field what the frame form writes for the frame of
 // that field's rows (packed and 4:2:2 layouts, where a field is its rows).
 TEST(DescriptorFields, SplitEqualsTheFrameFormOnEachField) {
