@@ -45,8 +45,8 @@ for f in pattern contact-sheet yuv420p gray hsv alpha; do
   test -s "demo/$f.png" || fail "demo wrote no $f.png"
 done
 grep -q "^yuv420p " demo.log || fail "demo prints no row for yuv420p"
-"$tqcs" --help | grep -q "yuv444packed" || fail "--help lists no formats"
-"$tqcs" convert --help | grep -q -- "--fields split" || fail "convert --help"
+"$tqcs" --help >help.txt && grep -q "yuv444packed" help.txt || fail "--help lists no formats"
+"$tqcs" convert --help >help.txt && grep -q -- "--fields split" help.txt || fail "convert --help"
 "$tqcs" info | grep -q "kernel tier" || fail "info"
 TCB_CPU_LEVEL=4 "$tqcs" info | grep -q "kernel tier: *sse41" || fail "info at level 4"
 
@@ -185,7 +185,9 @@ header composed.y4m | grep -q " It " || fail "composed frame: $(header composed.
 same tff.y4m composed.y4m "Y4M fields split and composed"
 head -c $((128 * 72 * 2 * 2)) /dev/zero >ten.yuv
 "$tqcs" convert ten.yuv ten.y4m --from yuv422p10le "${raw[@]}" >/dev/null
-header ten.y4m | grep -q " C422 " || fail "raw yuv422p10le to Y4M: $(header ten.y4m)"
+header ten.y4m | grep -q " C422p10 " || fail "raw yuv422p10le to Y4M: $(header ten.y4m)"
+"$tqcs" convert ten.yuv ten8.y4m --from yuv422p10le "${raw[@]}" --to yuv422p >/dev/null
+header ten8.y4m | grep -q " C422 " || fail "raw yuv422p10le to an 8-bit Y4M: $(header ten8.y4m)"
 "$tqcs" convert p.uyvy422 uyvy.y4m --from uyvy422 "${raw[@]}" >/dev/null
 header uyvy.y4m | grep -q " C422 " || fail "raw uyvy422 to Y4M: $(header uyvy.y4m)"
 head -c $((15 * 8 * 3)) p.rgb >odd.rgb
@@ -243,6 +245,10 @@ mkdir "$examples"
   head -c $((1920 * 1080 * 2)) /dev/zero >clip.yuv && cp clip.yuv cam.yuv
   head -c $((720 * 576 * 3 / 2)) /dev/zero >frame.yuv && cp frame.yuv a.yuv && cp frame.yuv b.yuv
   head -c $((2 * 3840 * 2160 * 3)) /dev/zero >in10.yuv
+  head -c $((5120 * 1080)) /dev/zero >cap.v210
+  head -c $((1920 * 1080 * 6)) /dev/zero >grade.rgb48
+  head -c $((1920 * 1080 * 3)) /dev/zero >film.yuv
+  "$tqcs" convert cap.v210 clip10.y4m --from v210 --size 1920x1080 >/dev/null
 )
 run_examples() { # WHERE: runs each example line read from stdin in the examples folder
   while IFS= read -r line; do
