@@ -269,6 +269,33 @@ TEST(EveryCombination, IsRefusedOrMatchesTheModel) {
   EXPECT_GT(converted, 2000);
 }
 
+// The library has no range operation for 10-bit samples: the tool scales
+// them at ten bits, luma 0-1023 to 64-940 and chroma 512 +- 512 to 512 +- 448,
+// to the nearest level, in every 16-bit YUV layout (bits 0-9 or 6-15).
+TEST(DeepRange, ScalesTenBitSamplesAtTenBits) {
+  const Engine engine(TCS_GetAPIStuPtr());
+  int layouts = 0;
+  for (const Format f : AllFormats()) {
+    const Layout *l = LayoutOf(f);
+    if (l == nullptr || l->sampleBytes != 2 || Info(f).family != Family::kYuv) continue;
+    ++layouts;
+    const Image src = Encode(f, TCS_MATRIX_HD, Range::kFull);
+    Image dst(f, kW, kH);
+    ConvertOptions options;
+    options.dstRange = Range::kLimited;
+    ASSERT_EQ(engine.Convert(src, dst, options), "") << Info(f).name;
+    for (int32_t y = 0; y < kH; ++y)
+      for (int32_t x = 0; x < kW; ++x)
+        for (int32_t c = 0; c < 3; ++c) {
+          const double v = 4 * Get(src, c, x, y, 0);
+          const double want = c == 0 ? 64 + v * 876 / 1023 : 512 + (v - 512) * 896 / 1023;
+          ASSERT_EQ(4 * Get(dst, c, x, y, 0), std::round(want))
+              << Info(f).name << " component " << c << " at " << x << "," << y;
+        }
+  }
+  EXPECT_EQ(layouts, 8);  // y210le and its swap, 16-bit and low-bit planar, p210le, p010le
+}
+
 // The route the tool takes for RGB to planar 4:2:2 with UHD, where the
 // library converts nothing, gives the direct conversion's bytes with the
 // matrices where the library does convert directly.

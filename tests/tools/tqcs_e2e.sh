@@ -273,6 +273,8 @@ for command in "" convert demo bench info compare; do
     run_examples "tqcs $command --help"
 done
 for n in 1 2; do test -s "$examples/out_000$n.png" || fail "the README's 10-bit example: no out_000$n.png"; done
+header "$examples/film.y4m" | grep -q " It .*C420p10" ||
+  fail "the README's interlaced 10-bit example: $(header "$examples/film.y4m")"
 for n in 1 2 3; do test -s "$examples/frame_000$n.png" || fail "convert --help: no frame_000$n.png"; done
 
 if [ "$failures" -ne 0 ]; then
