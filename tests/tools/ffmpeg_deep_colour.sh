@@ -27,6 +27,7 @@
 #     rounding. The float model of tests/tools/conversions_test.cpp holds
 #     every deep-colour pair of the tool to the same textbook arithmetic.
 set -euo pipefail
+# shellcheck source=tests/tools/ffmpeg_setup.sh
 source "$(dirname "$0")/ffmpeg_setup.sh"
 same() { cmp -s "$1" "$2" || fail "$3: $1 and $2 differ"; }
 # A width of v210 groups (6 pixels) that is not one of ffmpeg's 48-pixel row groups.

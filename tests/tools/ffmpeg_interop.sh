@@ -17,6 +17,7 @@
 #     most 2.5 levels a pixel) they differ by up to about one chroma step,
 #     which adds one or two levels to the 4:4:4 bound.
 set -euo pipefail
+# shellcheck source=tests/tools/ffmpeg_setup.sh
 source "$(dirname "$0")/ffmpeg_setup.sh"
 within() { # A B BOUND WHAT
   "$tqcs" compare "$1" "$2" --max "$3" >compare.log || {

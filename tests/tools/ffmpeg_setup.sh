@@ -1,3 +1,4 @@
+# shellcheck shell=bash disable=SC2034  # tqcs and sws are for the sourcing script
 # Sourced by the ffmpeg tests with the build folder as $1: skips (status 77)
 # when ffmpeg is absent outside CI, installs the build into a scratch prefix,
 # enters a scratch folder and defines ff, sws, fail and finish for the checks.
@@ -15,7 +16,7 @@ trap 'rm -rf "$scratch"' EXIT
 cmake --install "$build_dir" --prefix "$scratch/prefix" >/dev/null
 unset LD_LIBRARY_PATH
 tqcs=$scratch/prefix/bin/tqcs
-cd "$scratch"
+cd "$scratch" || exit 1
 ff() { ffmpeg -hide_banner -loglevel error -nostdin -y "$@"; }
 # ffmpeg's most exact conversions: accurate rounding, full chroma interpolation.
 sws=(-sws_flags bicubic+accurate_rnd+full_chroma_int)
