@@ -275,8 +275,11 @@ int RunConvert(const Args &args) {
 
   // One line: what was read as what, what was written, and where a range was assumed.
   const auto side = [](Format format, bool yuv, Range range) {
-    return std::string(Info(format).name) +
-           (yuv ? std::string(", ") + RangeName(range) + " range" : "");
+    const ToolFormat &info = Info(format);
+    const char *siting = info.fieldSited == info.format ? ""
+                         : format == info.fieldSited    ? " (chroma per field)"
+                                                        : " (chroma on the frame)";
+    return info.name + (siting + (yuv ? std::string(", ") + RangeName(range) + " range" : ""));
   };
   const bool outYuv = Info(out).family == Family::kYuv || out == kGray;
   std::string read = side(in.format, inYuv, options.srcRange);

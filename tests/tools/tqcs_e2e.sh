@@ -178,6 +178,10 @@ header paldv-full.y4m | grep -q " C420paldv " || fail "siting tag lost: $(header
 "$tqcs" convert demo/pattern.png made.y4m >/dev/null
 header made.y4m | grep -q " C420mpeg2 " || fail "the library's 4:2:0 tagged $(header made.y4m)"
 "$tqcs" convert p.yuv420p tff.y4m --from yuv420p "${raw[@]}" --interlace t >/dev/null
+"$tqcs" convert tff.y4m tff.yuv | grep -q "yuv420p (chroma per field), full" ||
+  fail "the summary of interlaced 4:2:0"
+"$tqcs" convert p.yuv420p p.y4m --from yuv420p "${raw[@]}" | grep -q "yuv420p (chroma on the frame)" ||
+  fail "the summary of progressive 4:2:0"
 "$tqcs" convert tff.y4m fields.y4m --fields split >/dev/null
 for f in 1 2; do
   header "fields.f$f.y4m" | grep -q " Ip " || fail "field file $f: $(header "fields.f$f.y4m")"
