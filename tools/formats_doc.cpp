@@ -57,6 +57,9 @@ const char *SitingText(const FormatInfo &f) {
 }
 
 std::string SampleText(const FormatInfo &f) {
+  if (f.sampleBytes == 2 && f.lowBits)
+    return "16-bit little-endian samples (low byte first) holding the 10-bit value in bits 0-9 "
+           "(bits 10-15 zero when written, ignored when read)";
   if (f.sampleBytes == 2)
     return "16-bit little-endian samples (low byte first); YUV samples hold 10 significant bits "
            "in bits 6-15 (value = sample >> 6, bits 0-5 zero when written)";

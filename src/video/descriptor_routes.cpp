@@ -1,6 +1,7 @@
 #include "video/descriptor_routes.hpp"
 
 #include <array>
+#include <cstring>
 
 #include "base/formats.hpp"
 #include "base/scratch.hpp"
@@ -100,10 +101,12 @@ Side ScratchSide(Job &j, const Side &like, int32_t code, const Side *lumaOf = nu
 // The planar 4:2:0 or 4:2:2 format of a side's depth and siting, in which its
 // chroma is resampled.
 int32_t Canonical(const Side &s, bool sub) {
-  if (!sub) return Deep(s) ? TCS_FORMAT_YUV422_10BIT : TCS_FORMAT_YUV422;
-  const bool field = s.f->siting == Siting::Field;
-  if (Deep(s)) return field ? TCS_FORMAT_YUV420_10BIT : TCS_FORMAT_YUV420_10BIT_FRAME;
-  return field ? TCS_FORMAT_YUV420 : TCS_FORMAT_YUV420_FRAME;
+  constexpr int32_t k422[2] = {TCS_FORMAT_YUV422, TCS_FORMAT_YUV422_10BIT};
+  constexpr int32_t k420Field[2] = {TCS_FORMAT_YUV420, TCS_FORMAT_YUV420_10BIT};
+  constexpr int32_t k420Frame[2] = {TCS_FORMAT_YUV420_FRAME, TCS_FORMAT_YUV420_10BIT_FRAME};
+  const int deep = Deep(s);
+  if (!sub) return k422[deep];
+  return s.f->siting == Siting::Field ? k420Field[deep] : k420Frame[deep];
 }
 
 // The frame-sited routines of one sample size.
@@ -189,10 +192,27 @@ bool ChromaRowForRow(const Job &j, const Side &dst, const Side &src) {
   return dst.f->siting == src.f->siting && !(field && flipped && (j.height & 2));
 }
 
+// Frames of one depth between the planar 4:2:0 and 4:2:2 layouts, neither
+// flipped: the chroma planes resampled straight into the destination's, the
+// luma rows copied.
+bool ResampleOnly(Job &j, const Side &dst, const Side &src) {
+  if (dst.fields || src.fields || dst.flip || src.flip || Sub(dst) == Sub(src)) return false;
+  const Side &narrow = Sub(src) ? src : dst, &wide = Sub(src) ? dst : src;
+  if (narrow.f->code != Canonical(narrow, true) || wide.f->code != Canonical(narrow, false))
+    return false;
+  if (j.dry) return true;
+  Resample(j, Sub(src), wide, narrow);
+  const auto bytes = static_cast<size_t>(PlaneRowBytes(*dst.f, 0, j.width));
+  for (int64_t y = 0; y < j.height; ++y)
+    std::memcpy(dst.buf[0][0].Row(y), src.buf[0][0].Row(y), bytes);
+  return true;
+}
+
 // The conversion of one side to the other. A 4:2:0 side whose chroma rows do
 // not match the other side's goes through its planar form at full chroma
 // height (scratch planes); the rest is the row walk.
 void Convert(Job &j, const Side &dst, const Side &src) {
+  if (ResampleOnly(j, dst, src)) return;
   if (Sub(src) && !ChromaRowForRow(j, dst, src)) {
     Side narrow = src;
     if (src.f->code != Canonical(src, true)) {

@@ -46,6 +46,9 @@ struct LineInfo {
   int32_t code;  // the format whose rows have this layout (its PlaneRowBytes)
   bool rgb;
   bool deep;  // samples of more than 8 bits
+  // A layout a chain may pass through: not the packings that hold only some
+  // widths (V210 groups of six pixels, 8+2 runs) or are never written (4:1:1).
+  bool between = true;
 };
 
 // clang-format off
@@ -64,12 +67,12 @@ inline constexpr std::array<LineInfo, kLineCount> kLines{{
     {Line::kSemi8, TCS_FORMAT_NV16, false, false},
     {Line::kYUYV16, TCS_FORMAT_YUV16_10BIT, false, true},
     {Line::kUYVY16, TCS_FORMAT_YUV16_10BIT_SWAP, false, true},
-    {Line::kV210, TCS_FORMAT_V210, false, true},
+    {Line::kV210, TCS_FORMAT_V210, false, true, false},
     {Line::kPlanar16, TCS_FORMAT_YUV422_10BIT, false, true},
     {Line::kSemi16, TCS_FORMAT_P210, false, true},
     {Line::kPlanarLow16, TCS_FORMAT_YUV422_10BIT_LOW, false, true},
-    {Line::k8Plus2, TCS_FORMAT_YUV16_8PLUS2, false, true},
-    {Line::kPlanar411, TCS_FORMAT_YUV411, false, false},
+    {Line::k8Plus2, TCS_FORMAT_YUV16_8PLUS2, false, true, false},
+    {Line::kPlanar411, TCS_FORMAT_YUV411, false, false, false},
 }};
 // clang-format on
 
@@ -208,12 +211,12 @@ struct Chain {
 
 namespace detail {
 
-// Whether a chain from `from` to `to` may pass through `mid`: no drop to 8
-// bits between two deeper ends, and no detour through the other colour model
-// when both ends share one.
+// Whether a chain from `from` to `to` may pass through `mid`: a layout that
+// holds every width, no drop to 8 bits between two deeper ends, and no detour through the other
+// colour model when both ends share one.
 constexpr bool MayPass(Line from, Line to, Line mid) {
   const LineInfo &a = InfoOf(from), &b = InfoOf(to), &m = InfoOf(mid);
-  if (a.deep && b.deep && !m.deep) return false;
+  if (!m.between || (a.deep && b.deep && !m.deep)) return false;
   return !(a.rgb == b.rgb && m.rgb != a.rgb);
 }
 

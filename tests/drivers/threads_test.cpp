@@ -1,6 +1,7 @@
 // Many threads converting different frames at once through the shared tables
 // get exactly what one thread gets: every driver slot of sub-tables 1 to 7 in
-// every form and every dispatcher code pair in its three forms, run by 16
+// every form, every dispatcher code pair in its three forms and every pair of
+// the descriptor forms' extended space in one of its forms, run by 16
 // threads at once, each starting at a different job. Under ThreadSanitizer this
 // is the library's data-race check.
 #include <gtest/gtest.h>
@@ -9,6 +10,7 @@
 #include <functional>
 #include <thread>
 
+#include "base/formats.hpp"
 #include "drivers/driver_harness.hpp"
 #include "drivers/slot_calls.hpp"
 #include "support/log_capture.hpp"
@@ -49,6 +51,31 @@ Job DispatchJob(int form, int s, int d, int32_t w, int32_t h, uint8_t flip) {
   };
 }
 
+// One descriptor call between two codes of the extended space in one of its
+// forms, every plane a buffer of its own, large enough for any layout.
+Job DescriptorJob(int form, int32_t s, int32_t d, int32_t w, int32_t h, uint8_t flip) {
+  return [=] {
+    const int64_t pitch = 8 * int64_t{w} + 5;
+    std::vector<std::vector<uint8_t>> planes(9, std::vector<uint8_t>(pitch * h + 64));
+    uint8_t k = 0;
+    for (auto &b : planes)
+      for (auto &byte : b) byte = static_cast<uint8_t>(k += 29);
+    TCS_FrameDesc desc[3] = {};
+    for (int i = 0; i < 3; ++i) {
+      const bool out = form == 1 ? i < 2 : i == 0;
+      desc[i].format = out ? d : s;
+      for (int p = 0; p < 3; ++p) desc[i].plane[p] = {planes[3 * i + p].data(), pitch};
+    }
+    const TCS_GeneralTable &g = *g_pColorSpaceAPI->pGeneral;
+    if (form == 0) g.TCS_ColorConvFrameEx(&desc[0], &desc[1], 0, w, h, flip);
+    if (form == 1) g.TCS_ColorConvSplitEx(&desc[0], &desc[1], &desc[2], 1, w, h, flip);
+    if (form == 2) g.TCS_ColorConvComposeEx(&desc[0], &desc[1], &desc[2], 3, w, h, flip);
+    std::vector<uint8_t> out;
+    for (const auto &b : planes) out.insert(out.end(), b.begin(), b.end());
+    return out;
+  };
+}
+
 TEST(Threads, EveryEntryPointAtOnceMatchesOneThread) {
   static const std::vector<SlotRef> slots = AllDriverSlots();
   std::vector<Job> jobs;
@@ -58,6 +85,12 @@ TEST(Threads, EveryEntryPointAtOnceMatchesOneThread) {
   for (int form = 0; form < 3; ++form)
     for (int s = 0; s < 11; ++s)
       for (int d = 0; d < 11; ++d) jobs.push_back(DispatchJob(form, s, d, 7, 10, (s + d) & 1));
+  for (const FormatInfo &src : kFormats)
+    for (const FormatInfo &dst : kFormats)
+      if ((src.code > 10 || dst.code > 10) && src.packing != Packing::Reserved &&
+          dst.packing != Packing::Reserved)
+        jobs.push_back(DescriptorJob((src.code + dst.code) % 3, src.code, dst.code, 12, 8,
+                                     (src.code ^ dst.code) & 1));
 
   // One thread first. Jobs that write a log record (operations that are names
   // only) are left out: the log sink of the tests is not shared between threads.

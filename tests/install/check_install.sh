@@ -72,4 +72,32 @@ grep -q TCS_GetAPIStuPtr "$scratch/snippet.c" || fail "no C host snippet found i
 cc -std=c99 -pedantic -Wall -Werror "$scratch/readme_host.c" -o "$scratch/readme_host" \
   $(pkg-config --cflags --libs TQColorSpace)
 "$scratch/readme_host" || fail "the README's C host does not convert as its comments say"
+
+# The README's deep-colour host: one V210 group of six pixels whose samples
+# are their own index must come out as 10-bit planar samples (value << 6).
+awk '/^Deep colour, semi-planar and progressive 4:2:0 go through/ { found = 1 }
+     found && /^```c$/ { inside = 1; next }
+     inside && /^```$/ { exit }
+     inside' "$source_dir/README.md" >"$scratch/deep.c"
+grep -q TCS_ColorConvFrameEx "$scratch/deep.c" || fail "no deep-colour snippet found in README.md"
+{
+  grep '^#include' "$scratch/deep.c"
+  echo '#include <stdint.h>'
+  echo 'int main(void) {'
+  echo '  uint8_t v210[16] = {0};'
+  echo '  uint16_t ys[6], us[3], vs[3];'
+  echo '  uint8_t *y = (uint8_t *)ys, *u = (uint8_t *)us, *v = (uint8_t *)vs;'
+  echo '  const uint32_t words[4] = {0 | 1 << 10 | 2 << 20, 3 | 4 << 10 | 5 << 20,'
+  echo '                             6 | 7 << 10 | 8 << 20, 9 | 10 << 10 | 11 << 20};'
+  echo '  for (int i = 0; i < 16; ++i) v210[i] = (uint8_t)(words[i / 4] >> (8 * (i % 4)));'
+  echo '  const int64_t v210Pitch = 16, yPitch = 12, uPitch = 6, vPitch = 6;'
+  echo '  const int32_t width = 6, height = 1;'
+  grep -v '^#include' "$scratch/deep.c" | sed 's/^/  /'
+  echo '  /* U0 Y0 V0 Y1 U1 Y2 V1 Y3 U2 Y4 V2 Y5 */'
+  echo '  return ys[0] == 1 << 6 && us[0] == 0 && vs[0] == 2 << 6 && ys[5] == 11 << 6 && us[2] == 8 << 6 ? 0 : 1;'
+  echo '}'
+} >"$scratch/deep_host.c"
+cc -std=c99 -pedantic -Wall -Werror "$scratch/deep_host.c" -o "$scratch/deep_host" \
+  $(pkg-config --cflags --libs TQColorSpace)
+"$scratch/deep_host" || fail "the README's deep-colour host does not convert as its comments say"
 echo "install check passed"

@@ -223,6 +223,22 @@ TEST_P(LosslessPairs, EveryLayoutAndBack) {
 INSTANTIATE_TEST_SUITE_P(Families, LosslessPairs, ::testing::ValuesIn(kFamilies),
                          [](const auto &info) { return std::string(info.param.name); });
 
+// Chains pass only through layouts that hold every width the ends hold.
+TEST(DescriptorChains, PassOnlyThroughLayoutsOfAnyWidth) {
+  using namespace tqcs::video::lines;
+  for (int a = 0; a < kLineCount; ++a)
+    for (int b = 0; b < kLineCount; ++b) {
+      const auto &chain = ChainOf(static_cast<Line>(a), static_cast<Line>(b));
+      if (!chain) continue;
+      for (int i = 0; i + 1 < chain->length; ++i)
+        EXPECT_TRUE(InfoOf(kEdges[chain->edges[i]].to).between) << a << " to " << b;
+    }
+  // Packed 4:2:2 of one depth and either order meet at any even width.
+  Img uyvy = Random16(TCS_FORMAT_YUV16_10BIT_SWAP, 4, 2, 3), yuyv(TCS_FORMAT_YUV16_10BIT, 4, 2);
+  ASSERT_EQ(Frame(yuyv, uyvy, 4, 2), 1u);
+  EXPECT_EQ(yuyv.At16(0, 1, 1), uyvy.At16(0, 1, 0));
+}
+
 // A split writes into each field what the frame form writes for the frame of
 // that field's rows (packed and 4:2:2 layouts, where a field is its rows).
 TEST(DescriptorFields, SplitEqualsTheFrameFormOnEachField) {
