@@ -269,6 +269,37 @@ TEST(EveryCombination, IsRefusedOrMatchesTheModel) {
   EXPECT_GT(converted, 2000);
 }
 
+// RGB48 to 10-bit 4:2:2 and back against the float model, in ten-bit levels,
+// on the pattern whose chroma is constant along each row (so 4:2:2 costs
+// nothing): Y, U and V are rounded once (half a level, a little more with
+// the Q14 coefficients: 0.75); back, that half level of Y plus up to 1.86
+// times half a level of chroma (HD Cb to B) is 1.43 of RGB levels.
+TEST(DeepMatrix, RgbTo10Bit422AndBackWithinTheFloatModel) {
+  const Engine engine(TCS_GetAPIStuPtr());
+  const Format rgb = *FormatByName("rgb48le");
+  for (const char *name : {"yuv422p10le", "yuv422p16le", "y210le", "p210le"})
+    for (int32_t matrix : {TCS_MATRIX_SD, TCS_MATRIX_HD, TCS_MATRIX_UHD}) {
+      const Format yuv = *FormatByName(name);
+      const Image src = Encode(rgb, matrix, Range::kFull);
+      Image there(yuv, kW, kH), back(rgb, kW, kH);
+      ConvertOptions options;
+      options.matrix = matrix;
+      ASSERT_EQ(engine.Convert(src, there, options), "") << name;
+      ASSERT_EQ(engine.Convert(there, back, options), "") << name;
+      double toYuv = 0, toRgb = 0;
+      for (int32_t y = 0; y < kH; ++y)
+        for (int32_t x = 0; x < kW; ++x) {
+          const Px want = ToYuv(Shown(src, x, y, matrix, Range::kFull), matrix, Range::kFull);
+          for (int32_t c = 0; c < 3; ++c) {
+            toYuv = std::max(toYuv, 4 * std::abs(Get(there, c, x, y, 0) - want[c]));
+            toRgb = std::max(toRgb, 4 * std::abs(Get(back, c, x, y, 0) - Get(src, c, x, y, 0)));
+          }
+        }
+      EXPECT_LE(toYuv, 0.75) << name << ", matrix " << matrix;
+      EXPECT_LE(toRgb, 1.43) << name << ", matrix " << matrix;
+    }
+}
+
 // The library has no range operation for 10-bit samples: the tool scales
 // them at ten bits, luma 0-1023 to 64-940 and chroma 512 +- 512 to 512 +- 448,
 // to the nearest level, in every 16-bit YUV layout (bits 0-9 or 6-15).
