@@ -29,11 +29,16 @@ int RunBench(const Args &args) {
     reps = *n;
   }
   for (const auto &format : {from, to})
-    if (format && *format >= kLibraryFormats)
-      return Fail(std::string("bench measures the dispatcher's codes 0 to 10, not ") +
-                  Info(*format).name);
+    if (format && !IsLibraryCode(*format))
+      return Fail(std::string("bench measures the library's formats, not ") + Info(*format).name);
   const Size s = size.value_or(Size{1920, 1080});
   if (s.width % 4 != 0 || s.height % 4 != 0) return Fail("the bench size must be a multiple of 4");
+  // The dispatcher's codes by default; every library layout (progressive
+  // 4:2:0) when a format is named.
+  std::vector<int32_t> codes;
+  for (const Format format : AllFormats())
+    if (IsLibraryCode(format) && (from || to || format < kLibraryFormats))
+      codes.push_back(format == kYuv420pFrame && !from && !to ? kYuv420p : format);
   const TCS_APIStu *api = CheckedApi();
   if (api == nullptr) return 1;
   const Engine engine(api);
@@ -44,9 +49,9 @@ int RunBench(const Args &args) {
       "%dx%d, matrix %s, %d thread(s) converting %zu frame(s) at once, after a warm-up\n"
       "median of at least %d runs and 0.25 s; spread: the middle half of the runs\n",
       s.width, s.height, MatrixName(m), pool.Size(), frames, reps);
-  std::printf("%-13s %-13s %10s %8s %6s %8s\n", "from", "to", "frames/s", "GB/s", "runs", "spread");
-  for (int32_t a = 0; a < kLibraryFormats; ++a)
-    for (int32_t b = 0; b < kLibraryFormats; ++b) {
+  std::printf("%-16s %-16s %10s %8s %6s %8s\n", "from", "to", "frames/s", "GB/s", "runs", "spread");
+  for (const int32_t a : codes)
+    for (const int32_t b : codes) {
       if ((from && *from != a) || (to && *to != b) || !engine.Routed(a, b, {m, s.width, s.height}))
         continue;
       std::vector<Image> src(frames, Image(static_cast<Format>(a), s.width, s.height));
@@ -69,7 +74,7 @@ int RunBench(const Args &args) {
       const double median = seconds[n / 2];
       const double fps = static_cast<double>(frames) / median;
       const double bytes = static_cast<double>(src[0].data.size() + dst[0].data.size());
-      std::printf("%-13s %-13s %10.1f %8.2f %6zu %7.1f%%\n", Info(static_cast<Format>(a)).name,
+      std::printf("%-16s %-16s %10.1f %8.2f %6zu %7.1f%%\n", Info(static_cast<Format>(a)).name,
                   Info(static_cast<Format>(b)).name, fps, fps * bytes / 1e9, n,
                   100 * (seconds[3 * n / 4] - seconds[n / 4]) / median);
     }

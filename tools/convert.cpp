@@ -36,21 +36,31 @@ class Progress {
   bool shown_, drawn_ = false;
 };
 
-// The Y4M layout of the input's chroma: 4:2:0, 4:2:2 (planar or packed, 8 or
-// 10 bits), 4:4:4 or mono; 4:2:0 for RGB and a key plane.
+// The Y4M layouts: 8-bit 4:2:0, 4:2:2, 4:4:4 and mono, 10-bit 4:2:0 and 4:2:2.
+Format Y4m10(bool half) { return *FormatByName(half ? "yuv420p10le" : "yuv422p10le"); }
+const std::vector<Format> &Y4mLayouts() {
+  static const std::vector<Format> layouts = {kYuv420pFrame, kYuv422p,    kYuv444p,
+                                              kGray,         Y4m10(true), Y4m10(false)};
+  return layouts;
+}
+
+// The Y4M layout of the input's chroma and depth: 4:2:0, 4:2:2 (4:1:1 too),
+// 4:4:4 or mono; 4:2:0 for RGB and a key plane; 10 bits for 10-bit input.
 Format Y4mLayoutOf(Format input) {
-  const FormatInfo &info = Info(input);
+  const ToolFormat &info = Info(input);
   if (input == kGray) return kGray;
-  if (info.family != Family::kYuv || info.shiftY != 0) return kYuv420p;
-  return info.shiftX != 0 || input == kYuyv || input == kUyvy ? kYuv422p : kYuv444p;
+  const bool half = info.family != Family::kYuv || info.shiftY != 0;
+  if (info.deep) return Y4m10(half);
+  return half ? kYuv420pFrame : info.shiftX != 0 ? kYuv422p : kYuv444p;
 }
 
 const char *RangeName(Range range) { return range == Range::kLimited ? "limited" : "full"; }
 
 // The format written when --to is not given, and the formats a file kind holds.
 std::string ChooseOutput(FileKind kind, Format input, std::optional<Format> asked, Format &out) {
-  const auto oneOf = [&](std::initializer_list<Format> allowed, const char *what) {
-    if (std::find(allowed.begin(), allowed.end(), out) != allowed.end()) return std::string();
+  const auto oneOf = [&](const std::vector<Format> &allowed, const char *what) {
+    if (std::find(allowed.begin(), allowed.end(), Info(out).format) != allowed.end())
+      return std::string();
     std::string names;
     for (Format f : allowed) names += std::string(names.empty() ? "" : ", ") + Info(f).name;
     return std::string(what) + " holds " + names + ", not " + Info(out).name;
@@ -58,7 +68,7 @@ std::string ChooseOutput(FileKind kind, Format input, std::optional<Format> aske
   switch (kind) {
     case FileKind::kY4m:
       out = asked ? *asked : Y4mLayoutOf(input);
-      return oneOf({kYuv420p, kYuv422p, kYuv444p, kGray}, "a Y4M file");
+      return oneOf(Y4mLayouts(), "a Y4M file");
     case FileKind::kPng:
       out = asked ? *asked : HasAlpha(input) ? kRgba : kRgb24;
       return oneOf({kRgb24, kRgba, kGray, kAlpha}, "a PNG file");
@@ -124,7 +134,7 @@ int RunConvert(const Args &args) {
       return Fail(FieldPath(inPath, 2) + ": the field files differ in format or size");
     in.height *= 2;
   }
-  if (from && KindOfPath(inPath) != FileKind::kRaw && *from != in.format)
+  if (from && KindOfPath(inPath) != FileKind::kRaw && Info(*from).format != Info(in.format).format)
     return Fail(inPath + ": the file holds " + Info(in.format).name + ", not " + Info(*from).name);
   if (!Info(in.format).readable) return Fail(std::string(Info(in.format).name) + " is output only");
   const int64_t skip = start.value_or(0);
@@ -172,13 +182,17 @@ int RunConvert(const Args &args) {
                               : inKind == FileKind::kY4m ? in.interlace
                                                          : 'p';
   options.interlaced = frameInterlace == 't' || frameInterlace == 'b';
+  // 4:2:0 memory is read and written with its chroma sited as the material is.
+  in.format = Sited(in.format, options.interlaced, in.width, in.height);
+  out = Sited(out, options.interlaced, in.width, in.height);
   StreamInfo outInfo = in;
   outInfo.format = out;
   outInfo.interlace = split ? 'p' : frameInterlace;
   // A 4:2:0 output keeps the siting of 4:2:0 samples it copies; chroma the
   // library subsamples is co-sited horizontally with the even pixel and
   // centred vertically between its rows: C420mpeg2.
-  if (!(inKind == FileKind::kY4m && in.format == out)) outInfo.chroma.clear();
+  if (!(inKind == FileKind::kY4m && Info(in.format).format == Info(out).format))
+    outInfo.chroma.clear();
   if (split) outInfo.height /= 2;
   std::vector<std::unique_ptr<FrameWriter>> writers;
   for (int f = 1; f <= (split ? 2 : 1); ++f) {
@@ -226,6 +240,7 @@ int RunConvert(const Args &args) {
                                 : std::string(": no frame in the file")));
     const auto convertJob = [&](size_t i) {
       Job &job = jobs[i];
+      job.input.format = job.input2.format = in.format;
       if (compose) {
         Image frame(in.format, in.width, in.height);
         engine.ComposeFields(job.input, job.input2, frame);
@@ -260,8 +275,11 @@ int RunConvert(const Args &args) {
 
   // One line: what was read as what, what was written, and where a range was assumed.
   const auto side = [](Format format, bool yuv, Range range) {
-    return std::string(Info(format).name) +
-           (yuv ? std::string(", ") + RangeName(range) + " range" : "");
+    const ToolFormat &info = Info(format);
+    const char *siting = info.fieldSited == info.format ? ""
+                         : format == info.fieldSited    ? " (chroma per field)"
+                                                        : " (chroma on the frame)";
+    return info.name + (siting + (yuv ? std::string(", ") + RangeName(range) + " range" : ""));
   };
   const bool outYuv = Info(out).family == Family::kYuv || out == kGray;
   std::string read = side(in.format, inYuv, options.srcRange);
@@ -301,26 +319,34 @@ int RunCompare(const Args &args) {
       four = std::move(colour);
     }
   }
-  if (images[0].format != images[1].format || images[0].width != images[1].width ||
-      images[0].height != images[1].height)
+  if (Info(images[0].format).format != Info(images[1].format).format ||
+      images[0].width != images[1].width || images[0].height != images[1].height)
     return Fail("the two files differ in format or size");
-  // Per byte position of a pixel for packed layouts, per plane otherwise.
+  // Per sample position of a pixel for packed layouts, per plane otherwise;
+  // 16-bit samples as their 10-bit values.
+  const ToolFormat &info = Info(images[0].format);
   const auto planes = Planes(images[0].format, images[0].width, images[0].height);
-  const int32_t channels = Info(images[0].format).packedBytes != 0
-                               ? Info(images[0].format).packedBytes
-                               : static_cast<int32_t>(planes.size());
+  const int32_t unit = info.sampleBytes == 2 ? 2 : 1;
+  const int32_t channels =
+      info.packedBytes != 0 ? info.packedBytes / unit : static_cast<int32_t>(planes.size());
+  const auto value = [&](const Image &image, size_t at) {
+    if (unit == 1) return static_cast<int>(image.data[at]);
+    const int sample = image.data[at] | image.data[at + 1] << 8;
+    return info.lowBits ? sample : sample >> 6;
+  };
   std::vector<int> maxDiff(channels, 0);
   std::vector<double> sum(channels, 0);
   std::vector<size_t> n(channels, 0);
   for (size_t p = 0; p < planes.size(); ++p)
-    for (size_t i = 0; i < static_cast<size_t>(planes[p].rowBytes) * planes[p].rows; ++i) {
-      const size_t at = planes[p].offset + i;
-      const int c = planes.size() > 1 ? static_cast<int>(p) : static_cast<int>(i % channels);
-      const int d = std::abs(images[0].data[at] - images[1].data[at]);
-      maxDiff[c] = std::max(maxDiff[c], d);
-      sum[c] += d;
-      ++n[c];
-    }
+    for (int32_t row = 0; row < planes[p].rows; ++row)
+      for (int32_t i = 0; i < planes[p].rowBytes / unit; ++i) {
+        const size_t at = planes[p].offset + static_cast<size_t>(row * planes[p].pitch + i * unit);
+        const int c = planes.size() > 1 ? static_cast<int>(p) : i % channels;
+        const int d = std::abs(value(images[0], at) - value(images[1], at));
+        maxDiff[c] = std::max(maxDiff[c], d);
+        sum[c] += d;
+        ++n[c];
+      }
   int worst = 0;
   std::printf("channel  max  mean\n");
   for (int c = 0; c < channels; ++c) {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstring>
 #include <deque>
 
@@ -14,6 +15,28 @@ namespace {
 
 int64_t Pitch(const Image &image) {
   return Planes(image.format, image.width, image.height)[0].pitch;
+}
+
+// The descriptor of a frame held in `image`.
+TCS_FrameDesc Desc(const Image &image) {
+  TCS_FrameDesc desc{};
+  const auto planes = Planes(image.format, image.width, image.height);
+  for (size_t i = 0; i < planes.size(); ++i)
+    desc.plane[i] = {const_cast<uint8_t *>(image.data.data()) + planes[i].offset, planes[i].pitch};
+  desc.format = image.format;
+  return desc;
+}
+
+// Whether two frames of one format hold the same rows (padding not compared).
+bool SameRows(const Image &a, const Image &b) {
+  for (const PlaneLayout &plane : Planes(a.format, a.width, a.height))
+    for (int32_t row = 0; row < plane.rows; ++row) {
+      const size_t at = plane.offset + static_cast<size_t>(row * plane.pitch);
+      if (!std::equal(a.data.begin() + at, a.data.begin() + at + plane.rowBytes,
+                      b.data.begin() + at))
+        return false;
+    }
+  return true;
 }
 
 // Codes 0 and 3 hold B, G, R: the drivers' channel-order flag is set for them.
@@ -90,10 +113,11 @@ std::string Refused(Format from, Format to, const ConvertOptions &options, int32
 
 namespace {
 
-// The size a conversion is tried at: frames from 8x12 up behave as their
-// width's parity and their height modulo 4 say; smaller ones as themselves.
+// The size a conversion is tried at: frames from 24x12 up behave as their
+// width modulo 12 (the layouts take multiples of 1, 2, 4 or 6) and their
+// height modulo 4 say; smaller ones as themselves.
 Size ProbeSize(const Shape &shape) {
-  return {shape.width < 8 ? shape.width : 8 + (shape.width & 1),
+  return {shape.width < 24 ? shape.width : 12 + shape.width % 12,
           shape.height < 12 ? shape.height : 12 + (shape.height & 3)};
 }
 
@@ -114,7 +138,7 @@ bool WritesEveryByte(Format from, Format to, Size size, Run run) {
       &logged);
   const bool done = run(src, zeros) && run(src, ones);
   TCB_SetLogSink(nullptr, nullptr);
-  return done && !logged && zeros.data == ones.data;
+  return done && !logged && SameRows(zeros, ones);
 }
 
 }  // namespace
@@ -126,15 +150,35 @@ const Engine::Table &Engine::Routes(const Shape &shape) const {
       routes_.try_emplace({shape.matrix, size.width, size.height, shape.interlaced});
   Table &routed = at->second;
   if (!added) return routed;
-  for (int32_t from = 0; from < kLibraryFormats; ++from)
-    for (int32_t to = 0; to < kLibraryFormats; ++to)
+  const std::vector<int32_t> &codes = Codes();
+  routed.assign(codes.size(), std::vector<bool>(codes.size()));
+  for (size_t from = 0; from < codes.size(); ++from)
+    for (size_t to = 0; to < codes.size(); ++to)
       routed[from][to] =
-          Planned(from, to) &&
-          WritesEveryByte(static_cast<Format>(from), static_cast<Format>(to), size,
+          Planned(codes[from], codes[to]) &&
+          WritesEveryByte(static_cast<Format>(codes[from]), static_cast<Format>(codes[to]), size,
                           [&](const Image &src, Image &dst) {
                             return Dispatch(src, dst, shape.matrix, false, shape.interlaced);
                           });
   return routed;
+}
+
+const std::vector<int32_t> &Engine::Codes() {
+  static const std::vector<int32_t> codes = [] {
+    std::vector<int32_t> all;
+    for (const Format format : AllFormats())
+      for (const Format code : {Info(format).fieldSited, format})
+        if (IsLibraryCode(code) && std::find(all.begin(), all.end(), code) == all.end())
+          all.push_back(code);
+    std::sort(all.begin(), all.end());
+    return all;
+  }();
+  return codes;
+}
+
+size_t Engine::IndexOf(int32_t code) {
+  const std::vector<int32_t> &codes = Codes();
+  return static_cast<size_t>(std::lower_bound(codes.begin(), codes.end(), code) - codes.begin());
 }
 
 template <class Run>
@@ -145,24 +189,6 @@ bool Engine::Writes(Format from, Format to, const Shape &shape, Run run) const {
       direct_.try_emplace({from, to, shape.matrix, size.width, size.height}, false);
   if (added) at->second = WritesEveryByte(from, to, size, run);
   return at->second;
-}
-
-void Engine::TenBitTo8(const Image &input, Image &src) const {
-  // The library's 10-bit to 8-bit planar drivers store bits 6 to 13 of a
-  // sample (a shift right by 6 kept for compatibility): the tool moves the
-  // 10-bit value from the low bits up by 4 so that they keep its top 8 bits.
-  // See docs/compatibility.md.
-  const int32_t w = input.width, h = input.height;
-  std::vector<uint16_t> samples(input.data.size() / 2);
-  std::memcpy(samples.data(), input.data.data(), input.data.size());
-  for (uint16_t &sample : samples) sample = static_cast<uint16_t>((sample & 1023) << 4);
-  const auto in = Planes(input.format, w, h);
-  const auto out = Planes(src.format, w, h);
-  const auto plane16 = [&](int i) { return samples.data() + in[i].offset / 2; };
-  (input.format == kYuv422p10 ? api_->pYUV422->TCS_YUV422_10Bit_2_YUV422_Frame
-                              : api_->pYUV420->TCS_YUV420_10Bit_2_YUV420_Frame)(
-      src.Plane(0), out[0].pitch, src.Plane(1), out[1].pitch, src.Plane(2), out[2].pitch,
-      plane16(0), in[0].pitch, plane16(1), in[1].pitch, plane16(2), in[2].pitch, w, h, 0);
 }
 
 void Engine::RgbToGrayOrHsv(const Image &from, Image &dst, int32_t matrix, bool flip) const {
@@ -189,6 +215,7 @@ int32_t DefaultMatrix(int32_t width, int32_t height) {
 bool Engine::Planned(int32_t from, int32_t to) {
   // The dispatcher's empty-stub routes and the packed 4:4:4 drivers that are
   // not implemented are left out: those pairs go in two steps.
+  if (from >= kLibraryFormats || to >= kLibraryFormats) return true;
   if (from == kAlpha) return to == kAlpha;
   if (from == kYuv444Packed) return to == kYuva || to == kYuv444Packed || to == kAlpha;
   if (to == kYuv444Packed)
@@ -196,38 +223,53 @@ bool Engine::Planned(int32_t from, int32_t to) {
   return !(from == kYuva && to == kYuv420p);
 }
 
+// The order in which a path tries the codes between its ends: between the
+// dispatcher's codes YUV layouts first, so that no step leaves YUV
+// needlessly; with an extended code at either end, layouts that lose least
+// first (full vertical chroma before 4:2:0, 10 bits before 8).
+std::vector<int32_t> StepOrder(bool extended) {
+  static constexpr int32_t kDispatcher[] = {2, 6, 8, 9, 5, 0, 1, 3, 4, 7, 10};
+  if (!extended) return {std::begin(kDispatcher), std::end(kDispatcher)};
+  std::vector<int32_t> order = Engine::Codes();
+  std::stable_sort(order.begin(), order.end(), [](int32_t a, int32_t b) {
+    const ToolFormat &x = Info(static_cast<Format>(a)), &y = Info(static_cast<Format>(b));
+    return std::pair(x.shiftY, !x.deep) < std::pair(y.shiftY, !y.deep);
+  });
+  return order;
+}
+
 std::vector<int32_t> Engine::Path(int32_t from, int32_t to, const Shape &shape) const {
   const Table &routed = Routes(shape);
+  const size_t a = IndexOf(from), b = IndexOf(to);
+  const auto step = [&](int32_t x, int32_t y) { return routed[IndexOf(x)][IndexOf(y)]; };
   if (from == to) return {from};
-  if (routed[from][to]) return {from, to};
-  if (Routes(Shape{})[from][to]) {
+  if (routed[a][b]) return {from, to};
+  if (Routes(Shape{})[a][b]) {
     // The library converts the pair, only not for these options.
     // RGB32 goes to packed 4:2:2 with other rounding than to planar 4:2:2;
     // its RGB24 form (alpha dropped, which 4:2:2 does not hold) goes alike.
     const int32_t narrow = from == kBgra ? kBgr24 : from == kRgba ? kRgb24 : from;
     for (const int32_t twin : RepackTwins(to)) {
-      if (narrow == from && routed[from][twin] && routed[twin][to]) return {from, twin, to};
-      if (narrow != from && routed[from][narrow] && routed[narrow][twin] && routed[twin][to])
+      if (narrow == from && step(from, twin) && step(twin, to)) return {from, twin, to};
+      if (narrow != from && step(from, narrow) && step(narrow, twin) && step(twin, to))
         return {from, narrow, twin, to};
     }
     return {};
   }
-  // Breadth first, trying YUV layouts first so that no step leaves YUV needlessly.
-  static constexpr std::array<int32_t, kLibraryFormats> kOrder = {2, 6, 8, 9, 5, 0, 1, 3, 4, 7, 10};
-  std::array<int32_t, kLibraryFormats> previous;
-  previous.fill(-1);
-  previous[from] = from;
+  // Breadth first, in the order of StepOrder.
+  const std::vector<int32_t> order = StepOrder(from >= kLibraryFormats || to >= kLibraryFormats);
+  std::map<int32_t, int32_t> previous{{from, from}};
   std::deque<int32_t> queue{from};
-  while (!queue.empty() && previous[to] < 0) {
+  while (!queue.empty() && !previous.contains(to)) {
     const int32_t at = queue.front();
     queue.pop_front();
-    for (int32_t next : kOrder)
-      if (previous[next] < 0 && routed[at][next]) {
+    for (int32_t next : order)
+      if (!previous.contains(next) && step(at, next)) {
         previous[next] = at;
         queue.push_back(next);
       }
   }
-  if (previous[to] < 0) return {};
+  if (!previous.contains(to)) return {};
   std::vector<int32_t> path{to};
   while (path.back() != from) path.push_back(previous[path.back()]);
   std::reverse(path.begin(), path.end());
@@ -240,16 +282,24 @@ bool Engine::Dispatch(const Image &src, Image &dst, int32_t matrix, bool flip,
   const int32_t w = src.width, h = src.height;
   const bool fieldsFit = h % 2 == 0 && (Info(src.format).shiftY == 0 || h % 4 == 0) &&
                          (Info(dst.format).shiftY == 0 || h % 4 == 0);
-  if (!interlaced || !fieldsFit)
-    return g.TCS_ColorConvFrame(dst.data.data(), Pitch(dst), dst.format, src.data.data(),
-                                Pitch(src), src.format, matrix, w, h, flip) == TCS_RESULT_OK;
+  // The code forms take codes 0 to 10 in one buffer each, the descriptor forms any code.
+  const bool codes = src.format < kLibraryFormats && dst.format < kLibraryFormats;
+  const TCS_FrameDesc from = Desc(src);
+  if (!interlaced || !fieldsFit) {
+    const TCS_FrameDesc to = Desc(dst);
+    return (codes ? g.TCS_ColorConvFrame(dst.data.data(), Pitch(dst), dst.format, src.data.data(),
+                                         Pitch(src), src.format, matrix, w, h, flip)
+                  : g.TCS_ColorConvFrameEx(&to, &from, matrix, w, h, flip)) == TCS_RESULT_OK;
+  }
   // Field by field: the split form converts each field of the source into its
   // own buffer, then the fields are interleaved into the destination frame.
   Image field1(dst.format, w, h / 2), field2(dst.format, w, h / 2);
+  const TCS_FrameDesc to1 = Desc(field1), to2 = Desc(field2);
   const int64_t fieldPitch = Pitch(field1);
-  return g.TCS_ColorConvSplit(field1.data.data(), fieldPitch, field2.data.data(), fieldPitch,
-                              dst.format, src.data.data(), Pitch(src), src.format, matrix, w, h,
-                              flip) == TCS_RESULT_OK &&
+  return (codes ? g.TCS_ColorConvSplit(field1.data.data(), fieldPitch, field2.data.data(),
+                                       fieldPitch, dst.format, src.data.data(), Pitch(src),
+                                       src.format, matrix, w, h, flip)
+                : g.TCS_ColorConvSplitEx(&to1, &to2, &from, matrix, w, h, flip)) == TCS_RESULT_OK &&
          ComposeFields(field1, field2, dst);
 }
 
@@ -286,7 +336,43 @@ bool Engine::ComposeFields(const Image &field1, const Image &field2, Image &fram
                    });
 }
 
+// Full range to video range (compress) or back for 10-bit samples: luma
+// 0-1023 to 64-940, chroma 512 +- 512 to 512 +- 448, rounded to the nearest
+// and clamped, as the library's 8-bit operations scale at 8 bits. The library
+// has no 10-bit range operation; layouts of packed words (v210, the 8+2 runs)
+// are scaled as planar 4:2:2, their lossless repack.
+void Engine::ScaleDeep(Image &image, bool compress) const {
+  const ToolFormat &info = Info(image.format);
+  if (info.sampleBytes != 2) {
+    Image planar(static_cast<Format>(TCS_FORMAT_YUV422_10BIT), image.width, image.height);
+    Dispatch(image, planar, TCS_MATRIX_HD, false, false);
+    ScaleDeep(planar, compress);
+    Dispatch(planar, image, TCS_MATRIX_HD, false, false);
+    return;
+  }
+  const auto scale = [compress](double v, bool luma) {
+    const double centre = luma ? 0 : 512, floor = luma ? 64 : 512;
+    const double ratio = (luma ? 876.0 : 896.0) / 1023;
+    const double out = compress ? floor + (v - centre) * ratio : centre + (v - floor) / ratio;
+    return static_cast<uint16_t>(std::clamp(std::lround(out), 0L, 1023L));
+  };
+  const auto planes = Planes(image.format, image.width, image.height);
+  for (size_t p = 0; p < planes.size(); ++p) {
+    uint8_t *base = image.data.data() + planes[p].offset;
+    const size_t count = static_cast<size_t>(planes[p].pitch) * planes[p].rows / 2;
+    for (size_t i = 0; i < count; ++i) {
+      const bool luma = planes.size() == 1 ? (i % 2 == 0) != info.chromaFirst : p == 0;
+      uint16_t sample;
+      std::memcpy(&sample, base + 2 * i, 2);
+      const uint16_t v = scale(info.lowBits ? sample & 1023 : sample >> 6, luma);
+      sample = static_cast<uint16_t>(info.lowBits ? v : v << 6);
+      std::memcpy(base + 2 * i, &sample, 2);
+    }
+  }
+}
+
 void Engine::ScaleRange(Image &image, bool compress) const {
+  if (Info(image.format).deep) return ScaleDeep(image, compress);
   const auto scale =
       compress ? api_->pGeneral->TCS_RangeCompressFrame : api_->pGeneral->TCS_RangeExpandFrame;
   if (image.format == kYuyv || image.format == kUyvy) {
@@ -353,18 +439,6 @@ std::string Engine::Convert(const Image &input, Image &dst, const ConvertOptions
   Image src;
   const size_t pixels = static_cast<size_t>(w) * h;
   switch (input.format) {
-    case kYuv422p10:
-    case kYuv420p10: {
-      src = Image(input.format == kYuv422p10 ? kYuv422p : kYuv420p, w, h);
-      const auto run = [&](const Image &in, Image &out) {
-        TenBitTo8(in, out);
-        return true;
-      };
-      if (!Writes(input.format, src.format, shape, run))
-        return Refused(input.format, src.format, options, w, h);
-      TenBitTo8(input, src);
-      break;
-    }
     case kYuv444p:
       src = Image(kYuva, w, h);
       Interleave444(input.Plane(0), input.Plane(1), input.Plane(2), src.data.data(), pixels);

@@ -1,6 +1,7 @@
 // Conversions through the library's public tables: the dispatcher for format
-// codes 0 to 10, a few driver slots for the layouts it does not route (10-bit
-// input, grey, HSV) and the range operations of the general table.
+// codes 0 to 10, its descriptor forms for the extended codes (deep colour,
+// semi-planar, 4:2:0 sited on the frame), a few driver slots for the layouts
+// neither routes (grey, HSV) and the range operations of the general table.
 #pragma once
 
 #include <TQColorSpace/TQColorSpace.h>
@@ -44,8 +45,10 @@ class Engine {
   // of this shape: it reports success, logs nothing and writes every byte of
   // the destination (tried once per shape on a small frame of the same kind).
   bool Routed(int32_t from, int32_t to, const Shape &shape = {}) const {
-    return Routes(shape)[from][to];
+    return Routes(shape)[IndexOf(from)][IndexOf(to)];
   }
+  // Every library code the tool's formats stand for, in code order.
+  static const std::vector<int32_t> &Codes();
   // The pairs the dispatcher routes to a working driver by its table.
   static bool Planned(int32_t from, int32_t to);
   // The codes a conversion passes through, `from` and `to` included (empty
@@ -58,11 +61,12 @@ class Engine {
   // Converts a whole image. Returns an empty string, or what went wrong.
   std::string Convert(const Image &src, Image &dst, const ConvertOptions &options) const;
 
-  // One dispatcher call between codes 0 to 10 (the frame form, or split then
-  // compose when interlaced). False when the dispatcher refuses.
+  // One dispatcher call: the code forms between codes 0 to 10, the descriptor
+  // forms otherwise (the frame form, or split then compose when interlaced).
+  // False when the dispatcher refuses.
   bool Dispatch(const Image &src, Image &dst, int32_t matrix, bool flip, bool interlaced) const;
 
-  // Frame to two fields and back, in one format (codes 0 to 10).
+  // Frame to two fields and back, in one format.
   bool SplitFields(const Image &frame, Image &field1, Image &field2) const;
   bool ComposeFields(const Image &field1, const Image &field2, Image &frame) const;
 
@@ -70,13 +74,14 @@ class Engine {
   void ScaleRange(Image &image, bool compress) const;
 
  private:
-  using Table = std::array<std::array<bool, kLibraryFormats>, kLibraryFormats>;
+  using Table = std::vector<std::vector<bool>>;  // by the positions of Codes()
+  static size_t IndexOf(int32_t code);
   const Table &Routes(const Shape &shape) const;
   // Whether `run(src, dst)`, a driver call outside the dispatcher, writes every
   // byte of a `to` frame made from a `from` frame of this shape (tried once).
   template <class Run>
   bool Writes(Format from, Format to, const Shape &shape, Run run) const;
-  void TenBitTo8(const Image &input, Image &src) const;
+  void ScaleDeep(Image &image, bool compress) const;
   void RgbToGrayOrHsv(const Image &from, Image &dst, int32_t matrix, bool flip) const;
   bool ConvertCodes(const Image &src, Image &dst, const ConvertOptions &options) const;
   const TCS_APIStu *api_;

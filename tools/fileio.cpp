@@ -107,12 +107,12 @@ class RawReader : public FrameReader {
 // whose frame offset is then that of the last chroma row.
 template <class Copy>
 void EachY4mRow(Format format, int32_t width, int32_t height, Copy copy) {
-  const FormatInfo &info = tqcs::Info(format);
+  const ToolFormat &info = tqcs::Info(format);
   const auto planes = Planes(format, width, height);
   size_t file = 0;
   for (size_t p = 0; p < planes.size(); ++p) {
     const int32_t sx = p == 0 ? 0 : info.shiftX, sy = p == 0 ? 0 : info.shiftY;
-    const size_t cols = static_cast<size_t>((width + sx) >> sx);
+    const size_t cols = static_cast<size_t>((width + sx) >> sx) * info.sampleBytes;
     const int32_t rows = (height + sy) >> sy;
     for (int32_t r = 0; r < rows; ++r, file += cols) {
       const int32_t row = std::min(r, planes[p].rows - 1);
@@ -132,11 +132,13 @@ size_t Y4mFrameBytes(Format format, int32_t width, int32_t height) {
 // The extra chroma column and row repeat the last ones the library wrote.
 std::vector<uint8_t> ToY4mLayout(const Image &frame) {
   std::vector<uint8_t> file(Y4mFrameBytes(frame.format, frame.width, frame.height));
+  const size_t sample = static_cast<size_t>(tqcs::Info(frame.format).sampleBytes);
   EachY4mRow(frame.format, frame.width, frame.height,
              [&](size_t to, size_t from, size_t bytes, size_t cols, bool) {
                std::memcpy(file.data() + to, frame.data.data() + from, bytes);
-               std::fill(file.begin() + to + bytes, file.begin() + to + cols,
-                         frame.data[from + bytes - 1]);
+               for (size_t at = bytes; at < cols; at += sample)
+                 std::memcpy(file.data() + to + at, frame.data.data() + from + bytes - sample,
+                             sample);
              });
   return file;
 }
@@ -151,7 +153,7 @@ void FromY4mLayout(const std::vector<uint8_t> &file, Image &frame) {
 
 // A 4:2:x frame of one pixel's width or height has no chroma in the library's layout.
 std::string CheckY4mSize(const StreamInfo &info) {
-  const FormatInfo &format = tqcs::Info(info.format);
+  const ToolFormat &format = tqcs::Info(info.format);
   if ((format.shiftX != 0 && info.width < 2) || (format.shiftY != 0 && info.height < 2))
     return std::string("a ") + format.name + " Y4M frame needs 2 pixels where chroma is halved";
   return {};
@@ -319,7 +321,7 @@ std::string ParseY4mHeader(std::string_view line, StreamInfo &info) {
   if (line.substr(0, kY4mMagic.size()) != kY4mMagic ||
       (line.size() > kY4mMagic.size() && line[kY4mMagic.size()] != ' '))
     return "not a YUV4MPEG2 file";
-  info.format = kYuv420p;
+  info.format = kYuv420pFrame;
   info.width = info.height = 0;
   info.interlace = 'p';
   info.range.reset();
@@ -342,16 +344,18 @@ std::string ParseY4mHeader(std::string_view line, StreamInfo &info) {
       case 'C':
         info.chroma = value;
         if (value == "420" || value == "420jpeg" || value == "420mpeg2" || value == "420paldv")
-          info.format = kYuv420p;  // chroma sitings differ, the memory layout does not
+          info.format = kYuv420pFrame;  // chroma sitings differ, the memory layout does not
         else if (value == "422")
           info.format = kYuv422p;
         else if (value == "444")
           info.format = kYuv444p;
         else if (value == "mono")
           info.format = kGray;
+        else if (value == "420p10" || value == "422p10")
+          info.format = *FormatByName(value == "420p10" ? "yuv420p10le" : "yuv422p10le");
         else
           return "unsupported Y4M colour space C" + std::string(value) +
-                 " (8-bit 420, 422, 444 and mono are read)";
+                 " (8-bit 420, 422, 444 and mono, 10-bit 420p10 and 422p10 are read)";
         break;
       case 'I':
         if (value.size() != 1 || std::string_view("ptbm").find(value[0]) == std::string_view::npos)
@@ -373,6 +377,8 @@ std::string ParseY4mHeader(std::string_view line, StreamInfo &info) {
     }
   }
   if (info.width == 0 || info.height == 0) return "malformed Y4M header: no W or H";
+  info.format =
+      Sited(info.format, info.interlace == 't' || info.interlace == 'b', info.width, info.height);
   std::string problem = CheckSize(info.width, info.height);
   if (problem.empty()) problem = CheckY4mSize(info);
   if (!problem.empty()) return "unusable Y4M size: " + problem;
@@ -381,7 +387,9 @@ std::string ParseY4mHeader(std::string_view line, StreamInfo &info) {
 
 namespace {
 // The C field written when the samples carry no siting of their own.
-const char *Y4mChroma(Format format) {
+std::string Y4mChroma(Format format) {
+  const ToolFormat &info = tqcs::Info(format);
+  if (info.deep) return info.shiftY != 0 ? "420p10" : "422p10";
   return format == kYuv422p   ? "422"
          : format == kYuv444p ? "444"
          : format == kGray    ? "mono"

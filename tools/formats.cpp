@@ -1,58 +1,163 @@
 #include "formats.hpp"
 
+#include <algorithm>
+#include <cctype>
 #include <charconv>
+#include <deque>
 #include <limits>
+
+#include "base/formats.hpp"
 
 namespace tqcs {
 namespace {
 
-constexpr FormatInfo kFormats[kFormatCount] = {
-    {"bgra", "B,G,R,A bytes (library code 0)", Family::kRgb, true, true, 4, 1, 0, 0},
-    {"rgba", "R,G,B,A bytes (code 1)", Family::kRgb, true, true, 4, 1, 0, 0},
-    {"yuva", "Y,U,V,A bytes, 4:4:4:4 (code 2)", Family::kYuv, true, true, 4, 1, 0, 0},
-    {"bgr24", "B,G,R bytes (code 3)", Family::kRgb, true, true, 3, 1, 0, 0},
-    {"rgb24", "R,G,B bytes (code 4)", Family::kRgb, true, true, 3, 1, 0, 0},
-    {"yuv444packed", "Y,U,V bytes, 4:4:4 (code 5)", Family::kYuv, true, true, 3, 1, 0, 0},
-    {"yuyv422", "packed 4:2:2, Y0 U Y1 V (code 6)", Family::kYuv, true, true, 2, 1, 0, 0},
-    {"uyvy422", "packed 4:2:2, U Y0 V Y1 (code 7)", Family::kYuv, true, true, 2, 1, 0, 0},
-    {"yuv422p", "planar 4:2:2 (code 8)", Family::kYuv, true, true, 0, 1, 1, 0},
-    {"yuv420p", "planar 4:2:0 (code 9)", Family::kYuv, true, true, 0, 1, 1, 1},
-    {"alpha", "one 8-bit key plane (code 10)", Family::kKey, true, true, 1, 1, 0, 0},
-    {"yuv422p10le", "planar 4:2:2, 10 bits in the low bits of 16 (input)", Family::kYuv, true,
-     false, 0, 2, 1, 0},
-    {"yuv420p10le", "planar 4:2:0, 10 bits in the low bits of 16 (input)", Family::kYuv, true,
-     false, 0, 2, 1, 1},
-    {"yuv444p", "planar 4:4:4 (through packed YUVA)", Family::kYuv, true, true, 0, 1, 0, 0},
-    {"gray", "8-bit luma of RGB (output; input as neutral grey)", Family::kKey, true, true, 1, 1, 0,
-     0},
-    {"hsv", "H plane (16-bit degrees), S plane, V plane (output)", Family::kKey, false, true, 0, 1,
-     0, 0},
-};
+// The tool's own names of library codes that ffmpeg has no name for, or
+// whose ffmpeg name the tool gives to a layout of its own ("gray").
+constexpr std::pair<int32_t, const char *> kOwnNames[] = {
+    {TCS_FORMAT_YUVA, "yuva"}, {TCS_FORMAT_YUV, "yuv444packed"}, {TCS_FORMAT_ALPHA, "alpha"}};
+
+// The name of a library layout: the tool's own, else ffmpeg's, else the
+// library's own name in lower case.
+const char *NameOf(const FormatInfo &f) {
+  for (const auto &[code, name] : kOwnNames)
+    if (code == f.code) return name;
+  if (!f.ffmpeg.empty()) return f.ffmpeg.data();  // the table's names are literals
+  static std::deque<std::string> lowered;         // filled once, by the table's first use
+  std::string &name = lowered.emplace_back(f.name);
+  std::transform(name.begin(), name.end(), name.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  return name.c_str();
+}
+
+const char *KindOf(const FormatInfo &f) {
+  constexpr std::pair<Packing, const char *> kKinds[] = {{Packing::Planar, "planar"},
+                                                         {Packing::SemiPlanar, "semi-planar"},
+                                                         {Packing::Alpha, "one key plane"}};
+  for (const auto &[packing, kind] : kKinds)
+    if (packing == f.packing) return kind;
+  return "packed";
+}
+
+std::string Subsampling(const FormatInfo &f) {
+  if (f.chromaShiftX == 0) return "";
+  return f.chromaShiftX == 2 ? " 4:1:1" : f.chromaShiftY != 0 ? " 4:2:0" : " 4:2:2";
+}
+
+std::string Depth(const FormatInfo &f) {
+  if (f.packing == Packing::V210) return "10-bit in 32-bit words";
+  if (f.packing == Packing::EightPlus2) return "10-bit in runs of 8 high and 2 low bits";
+  if (f.sampleBytes == 1) return "8-bit";
+  return f.lowBits ? "10 bits low in 16" : "16-bit, 10 bits high";
+}
+
+ToolFormat FromLibrary(const FormatInfo &f) {
+  const bool rgb = f.memory.find('G') != std::string_view::npos;
+  // Bytes a pixel of one-plane layouts of whole pixels or 4:2:2 pairs.
+  const int64_t pairBytes =
+      f.packing == Packing::Packed || f.packing == Packing::Alpha ? PlaneRowBytes(f, 0, 2) : 0;
+  std::string description =
+      std::string(KindOf(f)) + Subsampling(f) + ", " + Depth(f) + ": " + std::string(f.memory);
+  if (f.widthMultiple > 2) description += ", widths of " + std::to_string(f.widthMultiple) + "n";
+  if (f.sourceOnly) description += ", input";
+  return {static_cast<Format>(f.code),
+          static_cast<Format>(f.code),
+          NameOf(f),
+          std::move(description),
+          rgb                           ? Family::kRgb
+          : f.packing == Packing::Alpha ? Family::kKey
+                                        : Family::kYuv,
+          true,
+          !f.sourceOnly,
+          static_cast<int32_t>(pairBytes / 2),
+          f.sampleBytes,
+          f.chromaShiftX,
+          f.chromaShiftY,
+          std::max<int32_t>(f.widthMultiple, 1),
+          f.sampleBytes != 1 || f.packing == Packing::EightPlus2,
+          f.lowBits,
+          f.memory.starts_with("U")};
+}
+
+// Every library layout, twins of one memory (4:2:0 sited per field and on the
+// frame) under one name, then the tool's own layouts.
+std::vector<ToolFormat> MakeTable() {
+  std::vector<ToolFormat> table;
+  for (const FormatInfo &f : kFormats) {
+    if (f.packing == Packing::Reserved) continue;
+    ToolFormat entry = FromLibrary(f);
+    const auto twin = std::find_if(table.begin(), table.end(), [&](const ToolFormat &t) {
+      return std::string_view(t.name) == entry.name;
+    });
+    if (twin == table.end())
+      table.push_back(std::move(entry));
+    else
+      (f.siting == Siting::Frame ? twin->format : twin->fieldSited) = entry.format;
+  }
+  for (ToolFormat &entry : table)
+    entry.description +=
+        " (code " + std::to_string(entry.format) +
+        (entry.fieldSited == entry.format
+             ? ")"
+             : " progressive, " + std::to_string(entry.fieldSited) + " interlaced)");
+  const auto own = [&](Format format, const char *name, const char *description, bool readable,
+                       int32_t packedBytes, int32_t shiftX) {
+    table.push_back({format, format, name, description,
+                     format == kYuv444p ? Family::kYuv : Family::kKey, readable, true, packedBytes,
+                     1, shiftX, 0, 1, false, false, false});
+  };
+  own(kYuv444p, "yuv444p", "planar 4:4:4, 8-bit (through packed YUVA)", true, 0, 0);
+  own(kGray, "gray", "8-bit luma of RGB (output; input as neutral grey)", true, 1, 0);
+  own(kHsv, "hsv", "H plane (16-bit degrees), S plane, V plane (output)", false, 0, 0);
+  return table;
+}
+
+const std::vector<ToolFormat> &Table() {
+  static const std::vector<ToolFormat> table = MakeTable();
+  return table;
+}
 
 struct Alias {
-  std::string_view name;
-  Format format;
+  std::string_view name, target;
 };
-constexpr Alias kAliases[] = {
-    {"bgr32", kBgra},          {"rgb32", kRgba}, {"yuv", kYuv444Packed}, {"yuyv", kYuyv},
-    {"yuy2", kYuyv},           {"uyvy", kUyvy},  {"key", kAlpha},        {"yuv422p10", kYuv422p10},
-    {"yuv420p10", kYuv420p10}, {"grey", kGray}};
+constexpr Alias kAliases[] = {{"bgr32", "bgra"},
+                              {"rgb32", "rgba"},
+                              {"yuv", "yuv444packed"},
+                              {"yuyv", "yuyv422"},
+                              {"yuy2", "yuyv422"},
+                              {"uyvy", "uyvy422"},
+                              {"key", "alpha"},
+                              {"yuv422p10", "yuv422p10le"},
+                              {"yuv420p10", "yuv420p10le"},
+                              {"grey", "gray"}};
 
 }  // namespace
 
-const FormatInfo &Info(Format format) { return kFormats[format]; }
+const ToolFormat &Info(Format format) {
+  for (const ToolFormat &entry : Table())
+    if (entry.format == format || entry.fieldSited == format) return entry;
+  return Table().front();  // not reached for the formats the tool makes
+}
+
+const std::vector<Format> &AllFormats() {
+  static const std::vector<Format> formats = [] {
+    std::vector<Format> all;
+    for (const ToolFormat &entry : Table()) all.push_back(entry.format);
+    return all;
+  }();
+  return formats;
+}
 
 std::optional<Format> FormatByName(std::string_view name) {
-  for (int32_t i = 0; i < kFormatCount; ++i)
-    if (name == kFormats[i].name) return static_cast<Format>(i);
   for (const Alias &alias : kAliases)
-    if (name == alias.name) return alias.format;
+    if (name == alias.name) name = alias.target;
+  for (const ToolFormat &entry : Table())
+    if (name == entry.name) return entry.format;
   return std::nullopt;
 }
 
 std::string FormatNames(bool readable, bool writable) {
   std::string names;
-  for (const FormatInfo &info : kFormats) {
+  for (const ToolFormat &info : Table()) {
     if ((readable && !info.readable) || (writable && !info.writable)) continue;
     if (!names.empty()) names += ", ";
     names += info.name;
@@ -60,35 +165,47 @@ std::string FormatNames(bool readable, bool writable) {
   return names;
 }
 
-bool HasAlpha(Format format) { return format == kBgra || format == kRgba || format == kYuva; }
+Format Sited(Format format, bool interlaced, int32_t width, int32_t height) {
+  const ToolFormat &info = Info(format);
+  return interlaced || width % 2 != 0 || height % 2 != 0 ? info.fieldSited : info.format;
+}
+
+bool HasAlpha(Format format) {
+  const FormatInfo *f = IsLibraryCode(format) ? FindFormat(format) : nullptr;
+  return f != nullptr && f->packing == Packing::Packed && f->memory.ends_with(" A");
+}
 
 std::vector<PlaneLayout> Planes(Format format, int32_t width, int32_t height) {
-  const FormatInfo &info = Info(format);
   const int64_t w = width, h = height;
-  if (info.packedBytes != 0) {
-    const int32_t row = static_cast<int32_t>(w * info.packedBytes);
-    return {{0, row, row, height}};
-  }
   if (format == kHsv) {
     const size_t plane = static_cast<size_t>(w * h);
     return {{0, 2 * w, static_cast<int32_t>(2 * w), height},
             {2 * plane, w, width, height},
             {3 * plane, w, width, height}};
   }
-  const int32_t lumaRow = static_cast<int32_t>(w * info.sampleBytes);
-  const int32_t chromaRow = static_cast<int32_t>((w >> info.shiftX) * info.sampleBytes);
-  const int32_t chromaRows = height >> info.shiftY;
-  const size_t luma = static_cast<size_t>(lumaRow) * height;
-  const size_t chroma = static_cast<size_t>(chromaRow) * chromaRows;
-  return {{0, lumaRow, lumaRow, height},
-          {luma, chromaRow, chromaRow, chromaRows},
-          {luma + chroma, chromaRow, chromaRow, chromaRows}};
+  if (format == kGray) return {{0, w, width, height}};
+  if (format == kYuv444p) {
+    const size_t plane = static_cast<size_t>(w * h);
+    return {{0, w, width, height}, {plane, w, width, height}, {2 * plane, w, width, height}};
+  }
+  const FormatInfo &f = *FindFormat(format);
+  std::vector<PlaneLayout> planes;
+  size_t offset = 0;
+  for (int p = 0; p < f.planes; ++p) {
+    const int64_t rowBytes = PlaneRowBytes(f, p, w);
+    // ffmpeg's v210 rows: whole groups of 48 pixels, 128 bytes each.
+    const int64_t pitch = f.packing == Packing::V210 ? (w + 47) / 48 * 128 : rowBytes;
+    const int64_t rows = PlaneRows(f, p, h);
+    planes.push_back({offset, pitch, static_cast<int32_t>(rowBytes), static_cast<int32_t>(rows)});
+    offset += static_cast<size_t>(pitch * rows);
+  }
+  return planes;
 }
 
 size_t FrameBytes(Format format, int32_t width, int32_t height) {
   size_t bytes = 0;
   for (const PlaneLayout &plane : Planes(format, width, height))
-    bytes += static_cast<size_t>(plane.rowBytes) * plane.rows;
+    bytes += static_cast<size_t>(plane.pitch) * plane.rows;
   return bytes;
 }
 
@@ -96,7 +213,7 @@ std::string CheckSize(int32_t width, int32_t height) {
   // Odd widths and heights are the library's to convert or not: the engine
   // tries each conversion at the frame's shape.
   if (width <= 0 || height <= 0) return "the size must be positive";
-  if (static_cast<int64_t>(width) * height * 4 > std::numeric_limits<int32_t>::max())
+  if (static_cast<int64_t>(width) * height * 8 > std::numeric_limits<int32_t>::max())
     return "the frame is too large";
   return {};
 }

@@ -88,16 +88,19 @@ constexpr const char kUsage[] =
 constexpr const char kConvertHelp[] =
     "usage: tqcs convert IN OUT [options]\n"
     "\n"
-    "Files: .y4m (YUV4MPEG2: C420*, C422, C444, Cmono at 8 bits, many frames, any width\n"
-    "and height; interlace, chroma siting and XCOLORRANGE honoured), .png (8-bit RGB or\n"
-    "RGBA; several frames written to OUT.png go to OUT_0001.png, OUT_0002.png, ...),\n"
-    "anything else is raw frames back to back. Prints one line: what was read and written.\n"
+    "Files: .y4m (YUV4MPEG2: C420*, C422, C444, Cmono at 8 bits, C420p10 and C422p10 with\n"
+    "10-bit samples in the low bits of 16, many frames, any width and height; interlace,\n"
+    "chroma siting and XCOLORRANGE honoured), .png (8-bit RGB or RGBA; several frames\n"
+    "written to OUT.png go to OUT_0001.png, OUT_0002.png, ...), anything else is raw\n"
+    "frames back to back (v210 rows padded to 48 pixels, as ffmpeg's). Prints one line:\n"
+    "what was read and written.\n"
     "\n"
     "  --from FMT         format of a raw IN (a .y4m or .png says its own)\n"
     "  --to FMT           format of OUT; for .y4m the chroma layout: yuv420p, yuv422p,\n"
-    "                     yuv444p or gray (default: the input's chroma layout, yuv420p\n"
-    "                     for RGB); for .png rgb24, rgba, gray or alpha (default: rgba\n"
-    "                     when the input has alpha)\n"
+    "                     yuv444p, gray, yuv420p10le or yuv422p10le (default: the\n"
+    "                     input's chroma layout and depth, 4:2:0 for RGB); for .png\n"
+    "                     rgb24, rgba, gray or alpha (default: rgba when the input has\n"
+    "                     alpha)\n"
     "  --size WxH         frame size of a raw IN (the whole frame with --fields compose)\n"
     "  --matrix M         sd, hd or uhd (or bt601, bt709, bt2020; default hd from\n"
     "                     1280x720 up, sd below)\n"
@@ -112,7 +115,8 @@ constexpr const char kConvertHelp[] =
     "  --fields split     write OUT as two field files OUT.f1.EXT, OUT.f2.EXT\n"
     "  --fields compose   read IN.f1.EXT and IN.f2.EXT as the fields of one frame\n"
     "  --interlace I      p, t or b: how the frames are interlaced (default: the Y4M's\n"
-    "                     field; t for composed fields; p otherwise)\n"
+    "                     field; t for composed fields; p otherwise); 4:2:0 chroma is\n"
+    "                     sited on the frame for p, per field for t and b\n"
     "  --threads N        frames converted at once (default: number of cores)\n"
     "\n"
     "formats:\n%s"
@@ -123,15 +127,19 @@ constexpr const char kConvertHelp[] =
     "  tqcs convert clip.y4m still.png --start 2 --frames 1\n"
     "  tqcs convert clip.y4m full.y4m --out-range full\n"
     "  tqcs convert in.y4m out.rgb --to bgra --flip\n"
-    "  tqcs convert frame.yuv fld.yuv --from yuv420p --size 720x576 --fields split\n";
+    "  tqcs convert frame.yuv fld.yuv --from yuv420p --size 720x576 --fields split\n"
+    "  tqcs convert cap.v210 cap.y4m --from v210 --size 1920x1080\n"
+    "  tqcs convert film.yuv film.y4m --from yuv420p10le --size 1920x1080 --interlace t\n";
 
 constexpr const char kDemoHelp[] =
     "usage: tqcs demo [--out DIR] [--size WxH] [--matrix M]\n"
     "\n"
     "Draws a test pattern (colour bars, ramps, a zone plate, an alpha ramp), converts it\n"
-    "through every pair of format codes the dispatcher routes and back, writes a PNG of\n"
-    "each format's round trip and contact-sheet.png into DIR (default ./tqcs-demo), and\n"
-    "prints the round-trip error per format (max and mean per channel) and timings.\n"
+    "to every format (the deep-colour ones beside the 8-bit ones) and back, and through\n"
+    "every pair of format codes the dispatcher routes and back, writes a PNG of each\n"
+    "format's round trip and contact-sheet.png into DIR (default ./tqcs-demo), and prints\n"
+    "the round-trip error per format (max and mean per channel) and timings. Formats of\n"
+    "pixel groups the width does not divide (v210: 6) are listed and left out.\n"
     "examples:\n"
     "  tqcs demo --out demo-out --size 640x360\n";
 
@@ -139,12 +147,14 @@ constexpr const char kBenchHelp[] =
     "usage: tqcs bench [--size WxH] [--reps N] [--threads N] [--from FMT] [--to FMT]\n"
     "\n"
     "Converts frames of the given size (default 1920x1080) through every routed pair of\n"
-    "format codes (or the ones named). After three untimed runs it times at least N runs\n"
+    "the dispatcher's codes 0 to 10, or, when --from or --to names one, of every library\n"
+    "format (deep colour included). After three untimed runs it times at least N runs\n"
     "(default 15) and at least 0.25 s, and prints the median as frames per second and GB/s\n"
     "(source plus destination bytes), the number of runs and their spread (the middle\n"
     "half of the runs, in per cent of the median).\n"
     "examples:\n"
-    "  tqcs bench --from rgb24 --to yuv420p --threads 2\n";
+    "  tqcs bench --from rgb24 --to yuv420p --threads 2\n"
+    "  tqcs bench --from v210 --to yuv422p16le --size 1920x1080\n";
 
 constexpr const char kInfoHelp[] =
     "usage: tqcs info\n"
@@ -163,10 +173,10 @@ constexpr const char kCompareHelp[] =
 
 std::string FormatTable() {
   std::string table;
-  for (int32_t f = 0; f < kFormatCount; ++f) {
-    char line[160];
-    std::snprintf(line, sizeof line, "  %-13s %s\n", Info(static_cast<Format>(f)).name,
-                  Info(static_cast<Format>(f)).description);
+  for (const Format format : AllFormats()) {
+    char line[200];
+    std::snprintf(line, sizeof line, "  %-17s %s\n", Info(format).name,
+                  Info(format).description.c_str());
     table += line;
   }
   return table;

@@ -68,45 +68,94 @@ Px ToHsv(const Px &rgb) {
   return {h, hi > 0 ? 255 * d / hi : 0, hi, 0};
 }
 
-// Where component c of pixel (x, y) lives: a byte offset, or -1 when the
-// layout has no such component. 10-bit layouts count 16-bit samples.
-int64_t At(Format f, int32_t c, int64_t x, int64_t y) {
-  const int64_t pixel = y * kW + x, plane = int64_t{kW} * kH;
-  static constexpr std::array<int8_t, 4> kPacked[] = {{2, 1, 0, 3},  {0, 1, 2, 3},  {0, 1, 2, 3},
-                                                      {2, 1, 0, -1}, {0, 1, 2, -1}, {0, 1, 2, -1}};
-  if (f <= kYuv444Packed) {
-    const int8_t at = kPacked[f][c];
-    return at < 0 ? -1 : pixel * (f == kBgr24 || f == kRgb24 || f == kYuv444Packed ? 3 : 4) + at;
-  }
-  const int64_t row = y * 2 * kW, pair = 4 * (x / 2);
-  switch (f) {
-    case kYuyv:
-      return c == 3 ? -1 : row + (c == 0 ? 2 * x : pair + (c == 1 ? 1 : 3));
-    case kUyvy:
-      return c == 3 ? -1 : row + (c == 0 ? 2 * x + 1 : pair + (c == 1 ? 0 : 2));
-    case kAlpha:
-    case kGray:
-      return c == 0 ? pixel : -1;
-    case kHsv:  // H as two bytes a pixel, then S, then V
-      return c == 3 ? -1 : c == 0 ? 2 * pixel : plane * (1 + c) + pixel;
-    default: {  // planar Y, U, V
-      if (c == 3) return -1;
-      if (c == 0) return pixel;
-      const int32_t sx = f == kYuv444p ? 0 : 1, sy = f == kYuv420p || f == kYuv420p10 ? 1 : 0;
-      const int64_t cw = kW >> sx, chroma = cw * (kH >> sy);
-      return plane + (c - 1) * chroma + (y >> sy) * cw + (x >> sx);
-    }
-  }
+// The memory of each layout the model reads and writes, by the tool's name
+// (ffmpeg's where it has one): where component c of pixel (x, y) lives.
+enum class Kind { kPacked, kPair, kPlanar, kSemiPlanar, kKey, kHsv };
+struct Layout {
+  const char *name;
+  Kind kind;
+  int32_t sampleBytes;
+  bool lowBits;                 // 10-bit samples in bits 0-9 (else 6-15)
+  int32_t sx, sy;               // chroma subsampling
+  std::array<int8_t, 4> order;  // kPacked: the position of R, G, B, A (Y, U, V, A); kPair: of
+                                // Y0, U, V in a pair
+};
+constexpr int8_t kNo = -1;
+constexpr Layout kLayouts[] = {{"bgra", Kind::kPacked, 1, false, 0, 0, {2, 1, 0, 3}},
+                               {"rgba", Kind::kPacked, 1, false, 0, 0, {0, 1, 2, 3}},
+                               {"yuva", Kind::kPacked, 1, false, 0, 0, {0, 1, 2, 3}},
+                               {"bgr24", Kind::kPacked, 1, false, 0, 0, {2, 1, 0, kNo}},
+                               {"rgb24", Kind::kPacked, 1, false, 0, 0, {0, 1, 2, kNo}},
+                               {"yuv444packed", Kind::kPacked, 1, false, 0, 0, {0, 1, 2, kNo}},
+                               {"bgra64le", Kind::kPacked, 2, false, 0, 0, {2, 1, 0, 3}},
+                               {"rgba64le", Kind::kPacked, 2, false, 0, 0, {0, 1, 2, 3}},
+                               {"bgr48le", Kind::kPacked, 2, false, 0, 0, {2, 1, 0, kNo}},
+                               {"rgb48le", Kind::kPacked, 2, false, 0, 0, {0, 1, 2, kNo}},
+                               {"yuyv422", Kind::kPair, 1, false, 1, 0, {0, 1, 3, kNo}},
+                               {"uyvy422", Kind::kPair, 1, false, 1, 0, {1, 0, 2, kNo}},
+                               {"y210le", Kind::kPair, 2, false, 1, 0, {0, 1, 3, kNo}},
+                               {"yuv16_10bit_swap", Kind::kPair, 2, false, 1, 0, {1, 0, 2, kNo}},
+                               {"yuv422p", Kind::kPlanar, 1, false, 1, 0, {}},
+                               {"yuv420p", Kind::kPlanar, 1, false, 1, 1, {}},
+                               {"yuv444p", Kind::kPlanar, 1, false, 0, 0, {}},
+                               {"yuv411p", Kind::kPlanar, 1, false, 2, 0, {}},
+                               {"yuv422p16le", Kind::kPlanar, 2, false, 1, 0, {}},
+                               {"yuv420p16le", Kind::kPlanar, 2, false, 1, 1, {}},
+                               {"yuv422p10le", Kind::kPlanar, 2, true, 1, 0, {}},
+                               {"yuv420p10le", Kind::kPlanar, 2, true, 1, 1, {}},
+                               {"nv16", Kind::kSemiPlanar, 1, false, 1, 0, {}},
+                               {"nv12", Kind::kSemiPlanar, 1, false, 1, 1, {}},
+                               {"p210le", Kind::kSemiPlanar, 2, false, 1, 0, {}},
+                               {"p010le", Kind::kSemiPlanar, 2, false, 1, 1, {}},
+                               {"alpha", Kind::kKey, 1, false, 0, 0, {}},
+                               {"gray", Kind::kKey, 1, false, 0, 0, {}},
+                               {"hsv", Kind::kHsv, 1, false, 0, 0, {}}};
+
+// The model's layout of a format; null for the layouts of packed words (v210
+// and the 8+2 runs), which the model leaves to the ffmpeg interop test.
+const Layout *LayoutOf(Format f) {
+  for (const Layout &layout : kLayouts)
+    if (std::string_view(layout.name) == Info(f).name) return &layout;
+  return nullptr;
 }
 
-bool TenBit(Format f) { return f == kYuv422p10 || f == kYuv420p10; }
+// The sample of component c of pixel (x, y), counted in samples from the
+// start of the frame, or -1 when the layout has no such component.
+int64_t At(Format f, int32_t c, int64_t x, int64_t y) {
+  const Layout &l = *LayoutOf(f);
+  const int64_t pixel = y * kW + x, plane = int64_t{kW} * kH;
+  const int64_t cw = kW >> l.sx, crow = (y >> l.sy) * cw, cx = x >> l.sx;
+  switch (l.kind) {
+    case Kind::kPacked: {
+      const int64_t n = l.order[3] == kNo ? 3 : 4;
+      return l.order[c] == kNo ? -1 : pixel * n + l.order[c];
+    }
+    case Kind::kPair:
+      return c == 3 ? -1
+                    : 2 * y * kW + (c == 0 ? 4 * (x / 2) + 2 * (x % 2) + l.order[0]
+                                           : 4 * (x / 2) + l.order[c]);
+    case Kind::kKey:
+      return c == 0 ? pixel : -1;
+    case Kind::kHsv:  // H as two bytes a pixel, then S, then V
+      return c == 3 ? -1 : c == 0 ? 2 * pixel : plane * (1 + c) + pixel;
+    case Kind::kSemiPlanar:
+      return c == 3 ? -1 : c == 0 ? pixel : plane + 2 * (crow + cx) + (c - 1);
+    case Kind::kPlanar:
+      break;
+  }
+  if (c == 3) return -1;
+  if (c == 0) return pixel;
+  return plane + (c - 1) * cw * (kH >> l.sy) + crow + cx;
+}
 
 double Get(const Image &image, int32_t c, int32_t x, int32_t y, double absent) {
   const int64_t at = At(image.format, c, x, y);
   if (at < 0) return absent;
-  if (image.format == kHsv && c == 0) return image.data[at] | image.data[at + 1] << 8;
-  if (TenBit(image.format)) return (image.data[2 * at] | image.data[2 * at + 1] << 8) / 4.0;
-  return image.data[at];
+  const Layout &l = *LayoutOf(image.format);
+  if (l.kind == Kind::kHsv && c == 0) return image.data[at] | image.data[at + 1] << 8;
+  if (l.sampleBytes == 1) return image.data[at];
+  const int sample = image.data[2 * at] | image.data[2 * at + 1] << 8;
+  return (l.lowBits ? sample : sample >> 6) / 4.0;  // in 8-bit levels
 }
 
 // The pattern in format `f`: saturated enough that the matrices give levels
@@ -122,13 +171,16 @@ Image Encode(Format f, int32_t matrix, Range range) {
       const Px &own = Info(f).family == Family::kRgb ? rgb : f == kAlpha ? Px{rgb[3]} : yuv;
       for (int32_t c = 0; c < 4; ++c) {
         const int64_t at = At(f, c, x, y);
-        const long level = std::lround(std::clamp(own[c], 0.0, 255.0));
-        if (at >= 0 && TenBit(f)) {
-          image.data[2 * at] = static_cast<uint8_t>(level * 4);
-          image.data[2 * at + 1] = static_cast<uint8_t>(level * 4 >> 8);
-        } else if (at >= 0) {
-          image.data[at] = static_cast<uint8_t>(level);
+        if (at < 0) continue;
+        const Layout &l = *LayoutOf(f);
+        if (l.sampleBytes == 1) {
+          image.data[at] = static_cast<uint8_t>(std::lround(std::clamp(own[c], 0.0, 255.0)));
+          continue;
         }
+        const long level = std::lround(std::clamp(own[c] * 4, 0.0, 1023.0));
+        const long sample = l.lowBits ? level : level << 6;
+        image.data[2 * at] = static_cast<uint8_t>(sample);
+        image.data[2 * at + 1] = static_cast<uint8_t>(sample >> 8);
       }
     }
   return image;
@@ -170,13 +222,14 @@ TEST(EveryCombination, IsRefusedOrMatchesTheModel) {
   const Engine engine(TCS_GetAPIStuPtr());
   int converted = 0;
   std::vector<std::string> refused;
-  for (int32_t from = 0; from < kFormatCount; ++from)
-    for (int32_t to = 0; to < kFormatCount; ++to)
+  for (const Format from : AllFormats())
+    for (const Format to : AllFormats())
       for (int32_t matrix : {TCS_MATRIX_SD, TCS_MATRIX_HD, TCS_MATRIX_UHD})
         for (Range in : {Range::kFull, Range::kLimited})
           for (Range out : {Range::kFull, Range::kLimited}) {
-            const Case c{static_cast<Format>(from), static_cast<Format>(to), matrix, in, out};
-            if (!Info(c.from).readable || !Info(c.to).writable) continue;
+            const Case c{from, to, matrix, in, out};
+            if (!Info(c.from).readable || !Info(c.to).writable || !LayoutOf(from) || !LayoutOf(to))
+              continue;
             const Range srcRange = YuvSide(c.from) ? in : Range::kFull;
             const Range dstRange = YuvSide(c.to) ? out : Range::kFull;
             const Image src = Encode(c.from, matrix, srcRange);
@@ -214,6 +267,64 @@ TEST(EveryCombination, IsRefusedOrMatchesTheModel) {
   for (const std::string &name : refused)
     EXPECT_EQ(name.rfind("alpha to ", 0), 0u) << name << " was refused";
   EXPECT_GT(converted, 2000);
+}
+
+// RGB48 to 10-bit 4:2:2 and back against the float model, in ten-bit levels,
+// on the pattern whose chroma is constant along each row (so 4:2:2 costs
+// nothing): Y, U and V are rounded once (half a level, a little more with
+// the Q14 coefficients: 0.75); back, that half level of Y plus up to 1.86
+// times half a level of chroma (HD Cb to B) is 1.43 of RGB levels.
+TEST(DeepMatrix, RgbTo10Bit422AndBackWithinTheFloatModel) {
+  const Engine engine(TCS_GetAPIStuPtr());
+  const Format rgb = *FormatByName("rgb48le");
+  for (const char *name : {"yuv422p10le", "yuv422p16le", "y210le", "p210le"})
+    for (int32_t matrix : {TCS_MATRIX_SD, TCS_MATRIX_HD, TCS_MATRIX_UHD}) {
+      const Format yuv = *FormatByName(name);
+      const Image src = Encode(rgb, matrix, Range::kFull);
+      Image there(yuv, kW, kH), back(rgb, kW, kH);
+      ConvertOptions options;
+      options.matrix = matrix;
+      ASSERT_EQ(engine.Convert(src, there, options), "") << name;
+      ASSERT_EQ(engine.Convert(there, back, options), "") << name;
+      double toYuv = 0, toRgb = 0;
+      for (int32_t y = 0; y < kH; ++y)
+        for (int32_t x = 0; x < kW; ++x) {
+          const Px want = ToYuv(Shown(src, x, y, matrix, Range::kFull), matrix, Range::kFull);
+          for (int32_t c = 0; c < 3; ++c) {
+            toYuv = std::max(toYuv, 4 * std::abs(Get(there, c, x, y, 0) - want[c]));
+            toRgb = std::max(toRgb, 4 * std::abs(Get(back, c, x, y, 0) - Get(src, c, x, y, 0)));
+          }
+        }
+      EXPECT_LE(toYuv, 0.75) << name << ", matrix " << matrix;
+      EXPECT_LE(toRgb, 1.43) << name << ", matrix " << matrix;
+    }
+}
+
+// The library has no range operation for 10-bit samples: the tool scales
+// them at ten bits, luma 0-1023 to 64-940 and chroma 512 +- 512 to 512 +- 448,
+// to the nearest level, in every 16-bit YUV layout (bits 0-9 or 6-15).
+TEST(DeepRange, ScalesTenBitSamplesAtTenBits) {
+  const Engine engine(TCS_GetAPIStuPtr());
+  int layouts = 0;
+  for (const Format f : AllFormats()) {
+    const Layout *l = LayoutOf(f);
+    if (l == nullptr || l->sampleBytes != 2 || Info(f).family != Family::kYuv) continue;
+    ++layouts;
+    const Image src = Encode(f, TCS_MATRIX_HD, Range::kFull);
+    Image dst(f, kW, kH);
+    ConvertOptions options;
+    options.dstRange = Range::kLimited;
+    ASSERT_EQ(engine.Convert(src, dst, options), "") << Info(f).name;
+    for (int32_t y = 0; y < kH; ++y)
+      for (int32_t x = 0; x < kW; ++x)
+        for (int32_t c = 0; c < 3; ++c) {
+          const double v = 4 * Get(src, c, x, y, 0);
+          const double want = c == 0 ? 64 + v * 876 / 1023 : 512 + (v - 512) * 896 / 1023;
+          ASSERT_EQ(4 * Get(dst, c, x, y, 0), std::round(want))
+              << Info(f).name << " component " << c << " at " << x << "," << y;
+        }
+  }
+  EXPECT_EQ(layouts, 8);  // y210le and its swap, 16-bit and low-bit planar, p210le, p010le
 }
 
 // The route the tool takes for RGB to planar 4:2:2 with UHD, where the

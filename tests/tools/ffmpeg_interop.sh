@@ -17,28 +17,8 @@
 #     most 2.5 levels a pixel) they differ by up to about one chroma step,
 #     which adds one or two levels to the 4:4:4 bound.
 set -euo pipefail
-build_dir=$1
-if ! command -v ffmpeg >/dev/null 2>&1; then
-  if [ "${CI:-}" = true ]; then
-    echo "FAIL: ffmpeg is required under CI (scripts/deps.sh installs it)"
-    exit 1
-  fi
-  echo "SKIP: ffmpeg is not installed; run scripts/deps.sh to test against it"
-  exit 77
-fi
-scratch=$(mktemp -d)
-trap 'rm -rf "$scratch"' EXIT
-cmake --install "$build_dir" --prefix "$scratch/prefix" >/dev/null
-unset LD_LIBRARY_PATH
-tqcs=$scratch/prefix/bin/tqcs
-cd "$scratch"
-ff() { ffmpeg -hide_banner -loglevel error -nostdin -y "$@"; }
-sws=(-sws_flags bicubic+accurate_rnd+full_chroma_int)
-failures=0
-fail() {
-  echo "FAIL: $*"
-  failures=$((failures + 1))
-}
+# shellcheck source=tests/tools/ffmpeg_setup.sh
+source "$(dirname "$0")/ffmpeg_setup.sh"
 within() { # A B BOUND WHAT
   "$tqcs" compare "$1" "$2" --max "$3" >compare.log || {
     cat compare.log
@@ -108,8 +88,4 @@ probe=$(ffprobe -v error -show_entries stream=width,chroma_location -of csv=p=0 
 ff -i odd.y4m "${sws[@]}" -pix_fmt rgb24 odd-ff.png
 within odd.png odd-ff.png 6 "ffmpeg reading tqcs's odd-width Y4M"
 
-if [ "$failures" -ne 0 ]; then
-  echo "$failures check(s) failed"
-  exit 1
-fi
-echo "ffmpeg interop checks passed"
+finish "ffmpeg interop checks"

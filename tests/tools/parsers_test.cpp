@@ -36,12 +36,12 @@ TEST(Y4mHeader, ReadsEveryField) {
 TEST(Y4mHeader, DefaultsAndChromaNames) {
   StreamInfo info;
   ASSERT_EQ(ParseY4mHeader("YUV4MPEG2 W16 H8", info), "");
-  EXPECT_EQ(info.format, kYuv420p);
+  EXPECT_EQ(info.format, kYuv420pFrame);
   EXPECT_EQ(info.interlace, 'p');
   EXPECT_FALSE(info.range.has_value());  // the caller takes it as limited
   for (const char *chroma : {"420", "420jpeg", "420mpeg2", "420paldv"}) {
     ASSERT_EQ(ParseY4mHeader(std::string("YUV4MPEG2 W16 H8 C") + chroma, info), "") << chroma;
-    EXPECT_EQ(info.format, kYuv420p);
+    EXPECT_EQ(info.format, kYuv420pFrame);
   }
   ASSERT_EQ(ParseY4mHeader("YUV4MPEG2 W16 H8 C444 XCOLORRANGE=LIMITED", info), "");
   EXPECT_EQ(info.format, kYuv444p);
@@ -75,13 +75,40 @@ TEST(Y4mHeader, RefusesMalformed) {
                {"YUV4MPEG2 W16 H-8", "bad H-8"},
                {"YUV4MPEG2 W16 H8x", "bad H8x"},
                {"YUV4MPEG2 W16 H8 Iq", "bad Iq"},
-               {"YUV4MPEG2 W16 H8 C420p10", "unsupported Y4M colour space C420p10"},
+               {"YUV4MPEG2 W16 H8 C420p12", "unsupported Y4M colour space C420p12"},
                {"YUV4MPEG2 W1 H8", "needs 2 pixels where chroma is halved"},
                {"YUV4MPEG2 W16 H8 Z1", "unknown field Z1"}};
   for (const auto &c : cases) {
     StreamInfo info;
     EXPECT_NE(ParseY4mHeader(c.line, info).find(c.problem), std::string::npos) << c.line;
   }
+}
+
+// 4:2:0 is read as the material is: interlaced (It, Ib) with chroma sited per
+// field, progressive (Ip, none) on the frame; the 10-bit layouts hold their
+// ten bits in the low bits of 16.
+TEST(Y4mHeader, SitingFromTheInterlaceTagAndTenBits) {
+  const struct {
+    const char *line;
+    int32_t code;
+  } cases[] = {
+      {"YUV4MPEG2 W16 H8 C420 It", TCS_FORMAT_YUV420},
+      {"YUV4MPEG2 W16 H8 Ib C420mpeg2", TCS_FORMAT_YUV420},
+      {"YUV4MPEG2 W16 H8 Ip C420", TCS_FORMAT_YUV420_FRAME},
+      {"YUV4MPEG2 W15 H8 Ip C420", TCS_FORMAT_YUV420},  // the frame-sited code's widths are even
+      {"YUV4MPEG2 W16 H8 C420p10", TCS_FORMAT_YUV420_10BIT_LOW_FRAME},
+      {"YUV4MPEG2 W16 H8 It C420p10", TCS_FORMAT_YUV420_10BIT_LOW},
+      {"YUV4MPEG2 W16 H8 It C422p10", TCS_FORMAT_YUV422_10BIT_LOW}};
+  for (const auto &c : cases) {
+    StreamInfo info;
+    ASSERT_EQ(ParseY4mHeader(c.line, info), "") << c.line;
+    EXPECT_EQ(info.format, c.code) << c.line;
+    EXPECT_TRUE(Info(info.format).lowBits || !Info(info.format).deep) << c.line;
+  }
+  StreamInfo out;
+  out.format = static_cast<Format>(TCS_FORMAT_YUV422_10BIT_LOW);
+  out.width = out.height = 8;
+  EXPECT_NE(Y4mHeader(out, Range::kLimited).find(" C422p10 "), std::string::npos);
 }
 
 TEST(SizeString, ParsesAndRefuses) {
@@ -98,12 +125,32 @@ TEST(FormatNames, MapToLibraryCodes) {
   const struct {
     const char *name;
     int32_t code;
-  } names[] = {{"bgra", TCS_FORMAT_RGB32},       {"rgba", TCS_FORMAT_RGB32_SWAP},
-               {"yuva", TCS_FORMAT_YUVA},        {"bgr24", TCS_FORMAT_RGB24},
-               {"rgb24", TCS_FORMAT_RGB24_SWAP}, {"yuv444packed", TCS_FORMAT_YUV},
-               {"yuyv422", TCS_FORMAT_YUV16},    {"uyvy422", TCS_FORMAT_YUV16_SWAP},
-               {"yuv422p", TCS_FORMAT_YUV422},   {"yuv420p", TCS_FORMAT_YUV420},
-               {"alpha", TCS_FORMAT_ALPHA}};
+  } names[] = {{"bgra", TCS_FORMAT_RGB32},
+               {"rgba", TCS_FORMAT_RGB32_SWAP},
+               {"yuva", TCS_FORMAT_YUVA},
+               {"bgr24", TCS_FORMAT_RGB24},
+               {"rgb24", TCS_FORMAT_RGB24_SWAP},
+               {"yuv444packed", TCS_FORMAT_YUV},
+               {"yuyv422", TCS_FORMAT_YUV16},
+               {"uyvy422", TCS_FORMAT_YUV16_SWAP},
+               {"yuv422p", TCS_FORMAT_YUV422},
+               {"yuv420p", TCS_FORMAT_YUV420_FRAME},
+               {"alpha", TCS_FORMAT_ALPHA},
+               {"v210", TCS_FORMAT_V210},
+               {"y210le", TCS_FORMAT_YUV16_10BIT},
+               {"yuv422p16le", TCS_FORMAT_YUV422_10BIT},
+               {"yuv420p16le", TCS_FORMAT_YUV420_10BIT_FRAME},
+               {"yuv422p10le", TCS_FORMAT_YUV422_10BIT_LOW},
+               {"yuv420p10le", TCS_FORMAT_YUV420_10BIT_LOW_FRAME},
+               {"p010le", TCS_FORMAT_P010_FRAME},
+               {"p210le", TCS_FORMAT_P210},
+               {"nv12", TCS_FORMAT_NV12_FRAME},
+               {"nv16", TCS_FORMAT_NV16},
+               {"rgb48le", TCS_FORMAT_RGB48_SWAP},
+               {"bgr48le", TCS_FORMAT_RGB48},
+               {"rgba64le", TCS_FORMAT_RGB64_SWAP},
+               {"bgra64le", TCS_FORMAT_RGB64},
+               {"yuv411p", TCS_FORMAT_YUV411}};
   for (const auto &n : names) {
     const auto format = FormatByName(n.name);
     ASSERT_TRUE(format) << n.name;
@@ -111,14 +158,40 @@ TEST(FormatNames, MapToLibraryCodes) {
     EXPECT_STREQ(Info(*format).name, n.name);
   }
   EXPECT_FALSE(FormatByName("RGB24"));
-  EXPECT_FALSE(FormatByName("nv12"));
-  EXPECT_FALSE(Info(*FormatByName("yuv420p10le")).writable);
+  EXPECT_FALSE(FormatByName("yuv444p16le"));
+  EXPECT_FALSE(Info(*FormatByName("yuv411p")).writable);
   EXPECT_FALSE(Info(*FormatByName("hsv")).readable);
+}
+
+// A 4:2:0 name reads progressive material with chroma sited on the frame and
+// interlaced material with chroma sited per field; other names have one code.
+TEST(FormatNames, SitedByTheMaterial) {
+  const struct {
+    const char *name;
+    int32_t progressive, interlaced;
+  } names[] = {{"yuv420p", TCS_FORMAT_YUV420_FRAME, TCS_FORMAT_YUV420},
+               {"yuv420p16le", TCS_FORMAT_YUV420_10BIT_FRAME, TCS_FORMAT_YUV420_10BIT},
+               {"yuv420p10le", TCS_FORMAT_YUV420_10BIT_LOW_FRAME, TCS_FORMAT_YUV420_10BIT_LOW},
+               {"nv12", TCS_FORMAT_NV12_FRAME, TCS_FORMAT_NV12},
+               {"p010le", TCS_FORMAT_P010_FRAME, TCS_FORMAT_P010},
+               {"v210", TCS_FORMAT_V210, TCS_FORMAT_V210}};
+  for (const auto &n : names) {
+    const Format format = *FormatByName(n.name);
+    EXPECT_EQ(Sited(format, false, 16, 8), n.progressive) << n.name;
+    EXPECT_EQ(Sited(format, true, 16, 8), n.interlaced) << n.name;
+    EXPECT_EQ(Sited(static_cast<Format>(n.interlaced), false, 16, 8), n.progressive) << n.name;
+    EXPECT_STREQ(Info(static_cast<Format>(n.interlaced)).name, n.name);
+  }
 }
 
 TEST(FrameLayout, PlanesOfThePlanarFormats) {
   EXPECT_EQ(FrameBytes(kYuv420p, 8, 4), 8u * 4 + 2 * 4 * 2);
-  EXPECT_EQ(FrameBytes(kYuv422p10, 8, 4), 2 * (8u * 4 + 2 * 4 * 4));
+  EXPECT_EQ(FrameBytes(*FormatByName("yuv422p10le"), 8, 4), 2 * (8u * 4 + 2 * 4 * 4));
+  EXPECT_EQ(FrameBytes(*FormatByName("p010le"), 8, 4), 2 * (8u * 4 + 8 * 2));
+  // v210 rows as ffmpeg stores them: 48-pixel groups of 128 bytes
+  EXPECT_EQ(Planes(*FormatByName("v210"), 48, 2)[0].pitch, 128);
+  EXPECT_EQ(Planes(*FormatByName("v210"), 54, 2)[0].pitch, 256);
+  EXPECT_EQ(Planes(*FormatByName("v210"), 54, 2)[0].rowBytes, 144);
   EXPECT_EQ(FrameBytes(kHsv, 8, 4), 4u * 8 * 4);
   EXPECT_EQ(Planes(kYuv420p, 8, 4)[2].offset, 8u * 4 + 4 * 2);
   EXPECT_EQ(CheckSize(7, 3), "");  // odd sizes are the library's to convert or not

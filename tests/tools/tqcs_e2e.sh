@@ -45,8 +45,10 @@ for f in pattern contact-sheet yuv420p gray hsv alpha; do
   test -s "demo/$f.png" || fail "demo wrote no $f.png"
 done
 grep -q "^yuv420p " demo.log || fail "demo prints no row for yuv420p"
-"$tqcs" --help | grep -q "yuv444packed" || fail "--help lists no formats"
-"$tqcs" convert --help | grep -q -- "--fields split" || fail "convert --help"
+"$tqcs" --help >help.txt
+grep -q "yuv444packed" help.txt || fail "--help lists no formats"
+"$tqcs" convert --help >help-convert.txt
+grep -q -- "--fields split" help-convert.txt || fail "convert --help"
 "$tqcs" info | grep -q "kernel tier" || fail "info"
 TCB_CPU_LEVEL=4 "$tqcs" info | grep -q "kernel tier: *sse41" || fail "info at level 4"
 
@@ -176,6 +178,10 @@ header paldv-full.y4m | grep -q " C420paldv " || fail "siting tag lost: $(header
 "$tqcs" convert demo/pattern.png made.y4m >/dev/null
 header made.y4m | grep -q " C420mpeg2 " || fail "the library's 4:2:0 tagged $(header made.y4m)"
 "$tqcs" convert p.yuv420p tff.y4m --from yuv420p "${raw[@]}" --interlace t >/dev/null
+"$tqcs" convert tff.y4m tff.yuv | grep -q "yuv420p (chroma per field), full" ||
+  fail "the summary of interlaced 4:2:0"
+"$tqcs" convert p.yuv420p p.y4m --from yuv420p "${raw[@]}" | grep -q "yuv420p (chroma on the frame)" ||
+  fail "the summary of progressive 4:2:0"
 "$tqcs" convert tff.y4m fields.y4m --fields split >/dev/null
 for f in 1 2; do
   header "fields.f$f.y4m" | grep -q " Ip " || fail "field file $f: $(header "fields.f$f.y4m")"
@@ -185,7 +191,9 @@ header composed.y4m | grep -q " It " || fail "composed frame: $(header composed.
 same tff.y4m composed.y4m "Y4M fields split and composed"
 head -c $((128 * 72 * 2 * 2)) /dev/zero >ten.yuv
 "$tqcs" convert ten.yuv ten.y4m --from yuv422p10le "${raw[@]}" >/dev/null
-header ten.y4m | grep -q " C422 " || fail "raw yuv422p10le to Y4M: $(header ten.y4m)"
+header ten.y4m | grep -q " C422p10 " || fail "raw yuv422p10le to Y4M: $(header ten.y4m)"
+"$tqcs" convert ten.yuv ten8.y4m --from yuv422p10le "${raw[@]}" --to yuv422p >/dev/null
+header ten8.y4m | grep -q " C422 " || fail "raw yuv422p10le to an 8-bit Y4M: $(header ten8.y4m)"
 "$tqcs" convert p.uyvy422 uyvy.y4m --from uyvy422 "${raw[@]}" >/dev/null
 header uyvy.y4m | grep -q " C422 " || fail "raw uyvy422 to Y4M: $(header uyvy.y4m)"
 head -c $((15 * 8 * 3)) p.rgb >odd.rgb
@@ -243,6 +251,10 @@ mkdir "$examples"
   head -c $((1920 * 1080 * 2)) /dev/zero >clip.yuv && cp clip.yuv cam.yuv
   head -c $((720 * 576 * 3 / 2)) /dev/zero >frame.yuv && cp frame.yuv a.yuv && cp frame.yuv b.yuv
   head -c $((2 * 3840 * 2160 * 3)) /dev/zero >in10.yuv
+  head -c $((5120 * 1080)) /dev/zero >cap.v210
+  head -c $((1920 * 1080 * 6)) /dev/zero >grade.rgb48
+  head -c $((1920 * 1080 * 3)) /dev/zero >film.yuv
+  "$tqcs" convert cap.v210 clip10.y4m --from v210 --size 1920x1080 >/dev/null
 )
 run_examples() { # WHERE: runs each example line read from stdin in the examples folder
   while IFS= read -r line; do
@@ -267,6 +279,8 @@ for command in "" convert demo bench info compare; do
     run_examples "tqcs $command --help"
 done
 for n in 1 2; do test -s "$examples/out_000$n.png" || fail "the README's 10-bit example: no out_000$n.png"; done
+header "$examples/film.y4m" | grep -q " It .*C420p10" ||
+  fail "the README's interlaced 10-bit example: $(header "$examples/film.y4m")"
 for n in 1 2 3; do test -s "$examples/frame_000$n.png" || fail "convert --help: no frame_000$n.png"; done
 
 if [ "$failures" -ne 0 ]; then
