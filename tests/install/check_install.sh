@@ -51,53 +51,50 @@ c++ -std=c++17 -Wall -Werror "$source_dir/tests/install/consumer/main.cpp" -o "$
 "$scratch/pc_c" || fail "a host built with pkg-config's flags does not start"
 "$scratch/pc_cxx" || fail "a C++ host built with pkg-config's flags does not start"
 
-# The README's C host, as printed there: a pure blue pixel pair, B,G,R bytes,
-# through both calls of the snippet must come out as YUYV (luma first) of blue.
-awk '/^A C host converts through the typed tables/ { found = 1 }
-     found && /^```c$/ { inside = 1; next }
-     inside && /^```$/ { exit }
-     inside' "$source_dir/README.md" >"$scratch/snippet.c"
-grep -q TCS_GetAPIStuPtr "$scratch/snippet.c" || fail "no C host snippet found in README.md"
-{
-  grep '^#include' "$scratch/snippet.c"
-  echo '#include <stdint.h>'
-  echo 'int main(void) {'
-  echo '  uint8_t src[6] = {255, 0, 0, 255, 0, 0}, dst[4] = {0};'
-  echo '  const int64_t srcPitch = 6, dstPitch = 4;'
-  echo '  const int32_t width = 2, height = 1;'
-  grep -v '^#include' "$scratch/snippet.c"
-  echo '  return dst[0] < 30 && dst[2] < 30 && dst[1] > 200 && dst[3] > 100 && dst[3] < 140 ? 0 : 1;'
-  echo '}'
-} >"$scratch/readme_host.c"
-cc -std=c99 -pedantic -Wall -Werror "$scratch/readme_host.c" -o "$scratch/readme_host" \
-  $(pkg-config --cflags --libs TQColorSpace)
-"$scratch/readme_host" || fail "the README's C host does not convert as its comments say"
+# Runs a C snippet of the README as printed there: the first ```c block after
+# the paragraph that starts with $1, inside main() between the declarations
+# ($3, one line each) and the test of its results ($4, main's return value).
+# $2 names a call the snippet must make.
+readme_host() {
+  local name=$1 marker=$2 call=$3 declarations=$4 check=$5
+  awk -v marker="$marker" 'index($0, marker) == 1 { found = 1 }
+       found && /^```c$/ { inside = 1; next }
+       inside && /^```$/ { exit }
+       inside' "$source_dir/README.md" >"$scratch/$name.snippet"
+  grep -q "$call" "$scratch/$name.snippet" || fail "no $name snippet found in README.md"
+  {
+    grep '^#include' "$scratch/$name.snippet"
+    echo '#include <stdint.h>'
+    echo 'int main(void) {'
+    printf '%s\n' "$declarations"
+    grep -v '^#include' "$scratch/$name.snippet" | sed 's/^/  /'
+    echo "  return $check ? 0 : 1;"
+    echo '}'
+  } >"$scratch/$name.c"
+  cc -std=c99 -pedantic -Wall -Werror "$scratch/$name.c" -o "$scratch/$name" \
+    $(pkg-config --cflags --libs TQColorSpace)
+  "$scratch/$name" || fail "the README's $name does not convert as its comments say"
+}
 
-# The README's deep-colour host: one V210 group of six pixels whose samples
-# are their own index must come out as 10-bit planar samples (value << 6).
-awk '/^Deep colour, semi-planar and progressive 4:2:0 go through/ { found = 1 }
-     found && /^```c$/ { inside = 1; next }
-     inside && /^```$/ { exit }
-     inside' "$source_dir/README.md" >"$scratch/deep.c"
-grep -q TCS_ColorConvFrameEx "$scratch/deep.c" || fail "no deep-colour snippet found in README.md"
-{
-  grep '^#include' "$scratch/deep.c"
-  echo '#include <stdint.h>'
-  echo 'int main(void) {'
-  echo '  uint8_t v210[16] = {0};'
-  echo '  uint16_t ys[6], us[3], vs[3];'
-  echo '  uint8_t *y = (uint8_t *)ys, *u = (uint8_t *)us, *v = (uint8_t *)vs;'
-  echo '  const uint32_t words[4] = {0 | 1 << 10 | 2 << 20, 3 | 4 << 10 | 5 << 20,'
-  echo '                             6 | 7 << 10 | 8 << 20, 9 | 10 << 10 | 11 << 20};'
-  echo '  for (int i = 0; i < 16; ++i) v210[i] = (uint8_t)(words[i / 4] >> (8 * (i % 4)));'
-  echo '  const int64_t v210Pitch = 16, yPitch = 12, uPitch = 6, vPitch = 6;'
-  echo '  const int32_t width = 6, height = 1;'
-  grep -v '^#include' "$scratch/deep.c" | sed 's/^/  /'
-  echo '  /* U0 Y0 V0 Y1 U1 Y2 V1 Y3 U2 Y4 V2 Y5 */'
-  echo '  return ys[0] == 1 << 6 && us[0] == 0 && vs[0] == 2 << 6 && ys[5] == 11 << 6 && us[2] == 8 << 6 ? 0 : 1;'
-  echo '}'
-} >"$scratch/deep_host.c"
-cc -std=c99 -pedantic -Wall -Werror "$scratch/deep_host.c" -o "$scratch/deep_host" \
-  $(pkg-config --cflags --libs TQColorSpace)
-"$scratch/deep_host" || fail "the README's deep-colour host does not convert as its comments say"
+# A pure blue pixel pair, B,G,R bytes, through both calls of the snippet must
+# come out as YUYV (luma first) of blue.
+readme_host "C host" "A C host converts through the typed tables" TCS_GetAPIStuPtr \
+  '  uint8_t src[6] = {255, 0, 0, 255, 0, 0}, dst[4] = {0};
+  const int64_t srcPitch = 6, dstPitch = 4;
+  const int32_t width = 2, height = 1;' \
+  'dst[0] < 30 && dst[2] < 30 && dst[1] > 200 && dst[3] > 100 && dst[3] < 140'
+
+# One V210 group of six pixels whose samples are their own index (U0 Y0 V0 Y1
+# U1 Y2 V1 Y3 U2 Y4 V2 Y5) must come out as 10-bit planar samples (value << 6).
+readme_host "deep-colour host" "Deep colour, semi-planar and progressive 4:2:0" \
+  TCS_ColorConvFrameEx \
+  '  uint8_t v210[16] = {0};
+  uint16_t ys[6], us[3], vs[3];
+  uint8_t *y = (uint8_t *)ys, *u = (uint8_t *)us, *v = (uint8_t *)vs;
+  const uint32_t words[4] = {0 | 1 << 10 | 2 << 20, 3 | 4 << 10 | 5 << 20,
+                             6 | 7 << 10 | 8 << 20, 9 | 10 << 10 | 11 << 20};
+  for (int i = 0; i < 16; ++i) v210[i] = (uint8_t)(words[i / 4] >> (8 * (i % 4)));
+  const int64_t v210Pitch = 16, yPitch = 12, uPitch = 6, vPitch = 6;
+  const int32_t width = 6, height = 1;' \
+  'ys[0] == 1 << 6 && us[0] == 0 && vs[0] == 2 << 6 && ys[5] == 11 << 6 && us[2] == 8 << 6'
 echo "install check passed"
