@@ -100,7 +100,6 @@ Img Random16(int32_t code, int32_t width, int32_t rows, uint32_t seed, int bits 
   return img;
 }
 
-constexpr int32_t kW = 12, kH = 8;
 
 // ---------------------------------------------------------------------------
 // Layouts, anchored on samples whose memory is known.
