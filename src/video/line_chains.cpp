@@ -13,7 +13,7 @@ namespace {
 struct Args {
   Row dst, src;
   int32_t count;
-  const int16_t *coef[2];
+  std::array<const int16_t *, 4> coef{};
 };
 
 // A parameter's role, from its type: a destination row, a source row, a
@@ -76,16 +76,23 @@ bool BlueFirst(Line l) {
   return l == Line::kBGRA8 || l == Line::kBGR8 || l == Line::kBGRA16 || l == Line::kBGR16;
 }
 
-// The arguments of an edge's call: RGB to YUV takes the coefficient rows of
-// the source's channel order, YUV to RGB its own pair.
+// The arguments of an edge's call, with the coefficient rows its kernel takes.
 Args ArgsOf(const Edge &e, const Row &d, const Row &s, int32_t count, const Coefficients &c) {
-  Args a{d, s, count, {nullptr, nullptr}};
-  if (e.matrix && InfoOf(e.from).rgb) {
-    a.coef[0] = BlueFirst(e.from) ? c.yBgr : c.yRgb;
-    a.coef[1] = BlueFirst(e.from) ? c.uvBgr : c.uvRgb;
-  } else if (e.matrix) {
-    a.coef[0] = c.toRgbA;
-    a.coef[1] = c.toRgbB;
+  Args a{d, s, count, {}};
+  const Coefficients::ToYuv &y = BlueFirst(e.from) ? c.bgrFirst : c.rgbFirst;
+  switch (e.coef) {
+    case Coef::kNone:
+      break;
+    case Coef::kDeep:
+      a.coef =
+          InfoOf(e.from).rgb ? decltype(a.coef){y.y, y.uv} : decltype(a.coef){c.toRgbA, c.toRgbB};
+      break;
+    case Coef::kToRgb8:
+      a.coef = {c.rv, c.gu, c.gv, c.bu};
+      break;
+    case Coef::kToYuv8:
+      a.coef = {y.y, y.u, y.v};
+      break;
   }
   return a;
 }
@@ -133,7 +140,7 @@ constexpr auto TopToLow10 = &TCS_KernelTable::Y16_2_Y10_Row;
 #define Move(fn) &Whole<&fn, 1>
 #define Chroma(fn) &ChromaOnly<fn>
 #define Each(fn) &EachPlane<fn>
-#define TQCS_LINE_EDGE_RUN(a, b, m, run) run,
+#define TQCS_LINE_EDGE_RUN(a, b, c, run) run,
 constexpr Run kRuns[] = {TQCS_LINE_EDGES(TQCS_LINE_EDGE_RUN)};
 #undef TQCS_LINE_EDGE_RUN
 #undef K
@@ -214,14 +221,18 @@ bool CoefficientsOf(int32_t matrix, Coefficients &out) {
       return false;
   }
 #undef TQCS_SET
-  out.yRgb = set.yGbr;
-  out.yBgr = set.yGrb;
+  out.rgbFirst = {set.yGbr, set.uRgb, set.vRgb, {}};
+  out.bgrFirst = {set.yGrb, set.uBgr, set.vBgr, {}};
   for (int i = 0; i < 4; ++i) {
-    out.uvRgb[i] = set.uRgb[i];
-    out.uvRgb[4 + i] = set.vRgb[i];
-    out.uvBgr[i] = set.uBgr[i];
-    out.uvBgr[4 + i] = set.vBgr[i];
+    out.rgbFirst.uv[i] = set.uRgb[i];
+    out.rgbFirst.uv[4 + i] = set.vRgb[i];
+    out.bgrFirst.uv[i] = set.uBgr[i];
+    out.bgrFirst.uv[4 + i] = set.vBgr[i];
   }
+  out.rv = set.rv;
+  out.gu = set.gu;
+  out.gv = set.gv;
+  out.bu = set.bu;
   out.toRgbA[0] = set.rv[0];
   out.toRgbA[1] = set.gv[0];
   out.toRgbB[0] = set.gu[0];

@@ -105,13 +105,21 @@ constexpr std::optional<Line> LineOf(int32_t code) {
 }
 
 // ---------------------------------------------------------------------------
-// The kernels that join two layouts. `matrix` marks a conversion between YUV
-// and RGB, which needs the coefficient rows of a matrix selector.
+// The kernels that join two layouts, with the coefficient rows a kernel takes
+// when it converts between YUV and RGB: the deep kernels' two rows (10-bit
+// arithmetic), or the 8-bit kernels' four YUV-to-RGB rows or three RGB-to-YUV
+// rows, the layouts the frame drivers pass them.
+enum class Coef : uint8_t { kNone, kDeep, kToRgb8, kToYuv8 };
 
 struct Edge {
   Line from, to;
-  bool matrix;
+  Coef coef;
+  constexpr bool Matrix() const { return coef != Coef::kNone; }
 };
+
+namespace edge_coef {
+inline constexpr Coef N = Coef::kNone, D = Coef::kDeep, T8 = Coef::kToRgb8, Y8 = Coef::kToYuv8;
+}
 
 // The edges, in the order of preference between chains of equal length, each
 // with how it runs (line_chains.cpp): K(kernel) calls a kernel slot with the
@@ -122,80 +130,89 @@ struct Edge {
 // clang-format off
 #define TQCS_LINE_EDGES(X)                                                                     \
   /* 8-bit RGB */                                                                              \
-  X(kBGRA8, kRGBA8, false, K(RGB32_SwapRB_Row)) X(kRGBA8, kBGRA8, false, K(RGB32_SwapRB_Row))  \
-  X(kBGR8, kBGRA8, false, K(RGB24_2_RGB32_Row)) X(kRGB8, kRGBA8, false, K(RGB24_2_RGB32_Row))  \
-  X(kBGR8, kRGBA8, false, K(RGB24_2_BGR32_Row)) X(kRGB8, kBGRA8, false, K(RGB24_2_BGR32_Row))  \
-  X(kBGRA8, kBGR8, false, K(RGB32_2_RGB24_Row)) X(kRGBA8, kRGB8, false, K(RGB32_2_RGB24_Row))  \
-  X(kBGRA8, kRGB8, false, K(RGB32_2_BGR24_Row)) X(kRGBA8, kBGR8, false, K(RGB32_2_BGR24_Row))  \
-  X(kBGR8, kRGB8, false, K(RGB24_SwapRB_Row)) X(kRGB8, kBGR8, false, K(RGB24_SwapRB_Row))      \
+  X(kBGRA8, kRGBA8, N, K(RGB32_SwapRB_Row)) X(kRGBA8, kBGRA8, N, K(RGB32_SwapRB_Row))  \
+  X(kBGR8, kBGRA8, N, K(RGB24_2_RGB32_Row)) X(kRGB8, kRGBA8, N, K(RGB24_2_RGB32_Row))  \
+  X(kBGR8, kRGBA8, N, K(RGB24_2_BGR32_Row)) X(kRGB8, kBGRA8, N, K(RGB24_2_BGR32_Row))  \
+  X(kBGRA8, kBGR8, N, K(RGB32_2_RGB24_Row)) X(kRGBA8, kRGB8, N, K(RGB32_2_RGB24_Row))  \
+  X(kBGRA8, kRGB8, N, K(RGB32_2_BGR24_Row)) X(kRGBA8, kBGR8, N, K(RGB32_2_BGR24_Row))  \
+  X(kBGR8, kRGB8, N, K(RGB24_SwapRB_Row)) X(kRGB8, kBGR8, N, K(RGB24_SwapRB_Row))      \
   /* 16-bit RGB */                                                                             \
-  X(kBGRA16, kRGBA16, false, K(RGB64_SwapRB_Row)) X(kRGBA16, kBGRA16, false, K(RGB64_SwapRB_Row)) \
-  X(kBGR16, kBGRA16, false, K(RGB48_2_RGB64_Row)) X(kRGB16, kRGBA16, false, K(RGB48_2_RGB64_Row)) \
-  X(kBGR16, kRGBA16, false, K(RGB48_2_BGR64_Row)) X(kRGB16, kBGRA16, false, K(RGB48_2_BGR64_Row)) \
-  X(kBGRA16, kBGR16, false, Move(DropFourth16<false>))                                         \
-  X(kRGBA16, kRGB16, false, Move(DropFourth16<false>))                                         \
-  X(kBGRA16, kRGB16, false, Move(DropFourth16<true>))                                          \
-  X(kRGBA16, kBGR16, false, Move(DropFourth16<true>))                                          \
+  X(kBGRA16, kRGBA16, N, K(RGB64_SwapRB_Row)) X(kRGBA16, kBGRA16, N, K(RGB64_SwapRB_Row)) \
+  X(kBGR16, kBGRA16, N, K(RGB48_2_RGB64_Row)) X(kRGB16, kRGBA16, N, K(RGB48_2_RGB64_Row)) \
+  X(kBGR16, kRGBA16, N, K(RGB48_2_BGR64_Row)) X(kRGB16, kBGRA16, N, K(RGB48_2_BGR64_Row)) \
+  X(kBGRA16, kBGR16, N, Move(DropFourth16<false>))                                         \
+  X(kRGBA16, kRGB16, N, Move(DropFourth16<false>))                                         \
+  X(kBGRA16, kRGB16, N, Move(DropFourth16<true>))                                          \
+  X(kRGBA16, kBGR16, N, Move(DropFourth16<true>))                                          \
   /* RGB depth changes: a byte moves to the top of a sample, a sample keeps its top byte */    \
-  X(kRGB8, kRGB16, false, K(RGB24_2_RGB48_Row)) X(kBGR8, kBGR16, false, K(RGB24_2_RGB48_Row))  \
-  X(kRGB8, kBGR16, false, K(RGB24_2_BGR48_Row)) X(kBGR8, kRGB16, false, K(RGB24_2_BGR48_Row))  \
-  X(kRGB8, kRGBA16, false, K(RGB24_2_RGB64_Row)) X(kBGR8, kBGRA16, false, K(RGB24_2_RGB64_Row)) \
-  X(kRGB8, kBGRA16, false, K(RGB24_2_BGR64_Row)) X(kBGR8, kRGBA16, false, K(RGB24_2_BGR64_Row)) \
-  X(kBGRA8, kRGBA16, false, K(BGR32_2_RGB64_Row)) X(kRGBA8, kBGRA16, false, K(BGR32_2_RGB64_Row)) \
-  X(kRGBA16, kBGRA8, false, K(RGB64_2_BGR32_Row)) X(kBGRA16, kRGBA8, false, K(RGB64_2_BGR32_Row)) \
-  X(kRGB16, kBGR8, false, K(RGB48_2_BGR24_Row)) X(kBGR16, kRGB8, false, K(RGB48_2_BGR24_Row))  \
-  X(kRGB16, kRGBA8, false, K(RGB48_2_RGB32_Row)) X(kBGR16, kBGRA8, false, K(RGB48_2_RGB32_Row)) \
-  X(kRGB16, kBGRA8, false, K(RGB48_2_BGR32_Row)) X(kBGR16, kRGBA8, false, K(RGB48_2_BGR32_Row)) \
+  X(kRGB8, kRGB16, N, K(RGB24_2_RGB48_Row)) X(kBGR8, kBGR16, N, K(RGB24_2_RGB48_Row))  \
+  X(kRGB8, kBGR16, N, K(RGB24_2_BGR48_Row)) X(kBGR8, kRGB16, N, K(RGB24_2_BGR48_Row))  \
+  X(kRGB8, kRGBA16, N, K(RGB24_2_RGB64_Row)) X(kBGR8, kBGRA16, N, K(RGB24_2_RGB64_Row)) \
+  X(kRGB8, kBGRA16, N, K(RGB24_2_BGR64_Row)) X(kBGR8, kRGBA16, N, K(RGB24_2_BGR64_Row)) \
+  X(kBGRA8, kRGBA16, N, K(BGR32_2_RGB64_Row)) X(kRGBA8, kBGRA16, N, K(BGR32_2_RGB64_Row)) \
+  X(kRGBA16, kBGRA8, N, K(RGB64_2_BGR32_Row)) X(kBGRA16, kRGBA8, N, K(RGB64_2_BGR32_Row)) \
+  X(kRGB16, kBGR8, N, K(RGB48_2_BGR24_Row)) X(kBGR16, kRGB8, N, K(RGB48_2_BGR24_Row))  \
+  X(kRGB16, kRGBA8, N, K(RGB48_2_RGB32_Row)) X(kBGR16, kBGRA8, N, K(RGB48_2_RGB32_Row)) \
+  X(kRGB16, kBGRA8, N, K(RGB48_2_BGR32_Row)) X(kBGR16, kRGBA8, N, K(RGB48_2_BGR32_Row)) \
   /* 16-bit YUV */                                                                             \
-  X(kV210, kYUYV16, false, K(V210_2_YUYV16_Row)) X(kV210, kUYVY16, false, K(V210_2_UYVY16_Row)) \
-  X(kYUYV16, kV210, false, K(YUYV16_2_V210_Row)) X(kUYVY16, kV210, false, K(UYVY16_2_V210_Row)) \
-  X(kPlanar16, kYUYV16, false, K(YUV422_16_2_YUYV16_Row))                                      \
-  X(kPlanar16, kUYVY16, false, K(YUV422_16_2_UYVY16_Row))                                      \
-  X(kYUYV16, kPlanar16, false, K(YUYV16_2_YUV422_16_Row))                                      \
-  X(kUYVY16, kPlanar16, false, K(UYVY16_2_YUV422_16_Row))                                      \
-  X(kPlanar16, kSemi16, false, Chroma(InterleaveUV16))                                         \
-  X(kSemi16, kPlanar16, false, Chroma(DeinterleaveUV16))                                       \
-  X(kPlanar16, kPlanarLow16, false, Each(TopToLow10))                                          \
-  X(kPlanarLow16, kPlanar16, false, Each(LowToHigh10))                                         \
-  X(kPlanar16, k8Plus2, false, K(YUV422_16_2_YUYV_8Plus2_Row))                                 \
-  X(kYUYV16, k8Plus2, false, K2(Split16To8Plus2_Row))                                          \
-  X(k8Plus2, kYUYV16, false, K2(Join8Plus2To16_Row))                                           \
+  X(kV210, kYUYV16, N, K(V210_2_YUYV16_Row)) X(kV210, kUYVY16, N, K(V210_2_UYVY16_Row)) \
+  X(kYUYV16, kV210, N, K(YUYV16_2_V210_Row)) X(kUYVY16, kV210, N, K(UYVY16_2_V210_Row)) \
+  X(kPlanar16, kYUYV16, N, K(YUV422_16_2_YUYV16_Row))                                      \
+  X(kPlanar16, kUYVY16, N, K(YUV422_16_2_UYVY16_Row))                                      \
+  X(kYUYV16, kPlanar16, N, K(YUYV16_2_YUV422_16_Row))                                      \
+  X(kUYVY16, kPlanar16, N, K(UYVY16_2_YUV422_16_Row))                                      \
+  X(kPlanar16, kSemi16, N, Chroma(InterleaveUV16))                                         \
+  X(kSemi16, kPlanar16, N, Chroma(DeinterleaveUV16))                                       \
+  X(kPlanar16, kPlanarLow16, N, Each(TopToLow10))                                          \
+  X(kPlanarLow16, kPlanar16, N, Each(LowToHigh10))                                         \
+  X(kPlanar16, k8Plus2, N, K(YUV422_16_2_YUYV_8Plus2_Row))                                 \
+  X(kYUYV16, k8Plus2, N, K2(Split16To8Plus2_Row))                                          \
+  X(k8Plus2, kYUYV16, N, K2(Join8Plus2To16_Row))                                           \
   /* 8-bit YUV */                                                                              \
-  X(kPlanar8, kYUYV8, false, K(YUV422_2_YUYV_Row)) X(kPlanar8, kUYVY8, false, K(YUV422_2_UYVY_Row)) \
-  X(kYUYV8, kPlanar8, false, K(YUYV_2_YUV422_Row)) X(kUYVY8, kPlanar8, false, K(UYVY_2_YUV422_Row)) \
-  X(kPlanar8, kSemi8, false, Chroma(UV_Interleave_Row))                                        \
-  X(kSemi8, kPlanar8, false, Chroma(UV_Deinterleave_Row))                                      \
+  X(kPlanar8, kYUYV8, N, K(YUV422_2_YUYV_Row)) X(kPlanar8, kUYVY8, N, K(YUV422_2_UYVY_Row)) \
+  X(kYUYV8, kPlanar8, N, K(YUYV_2_YUV422_Row)) X(kUYVY8, kPlanar8, N, K(UYVY_2_YUV422_Row)) \
+  X(kPlanar8, kSemi8, N, Chroma(UV_Interleave_Row))                                        \
+  X(kSemi8, kPlanar8, N, Chroma(UV_Deinterleave_Row))                                      \
   /* YUV depth changes: 16 to 8 bits keeps the top byte (a 10-bit v becomes v >> 2) */         \
-  X(kYUYV16, kYUYV8, false, K(YUYV16_2_YUYV_Row)) X(kYUYV16, kUYVY8, false, K(YUYV16_2_UYVY_Row)) \
-  X(kYUYV16, kPlanar8, false, K(YUYV16_2_YUV422_Row))                                          \
-  X(kUYVY16, kPlanar8, false, K(UYVY16_2_YUV422_Row))                                          \
-  X(kPlanar16, kYUYV8, false, K(YUV422_16_2_YUYV_Row))                                         \
-  X(kPlanar16, kUYVY8, false, K(YUV422_16_2_UYVY_Row))                                         \
-  X(kPlanar8, kYUYV16, false, K(YUV422_2_YUYV16_Row))                                          \
-  X(kPlanar8, kUYVY16, false, K(YUV422_2_UYVY16_Row))                                          \
+  X(kYUYV16, kYUYV8, N, K(YUYV16_2_YUYV_Row)) X(kYUYV16, kUYVY8, N, K(YUYV16_2_UYVY_Row)) \
+  X(kYUYV16, kPlanar8, N, K(YUYV16_2_YUV422_Row))                                          \
+  X(kUYVY16, kPlanar8, N, K(UYVY16_2_YUV422_Row))                                          \
+  X(kPlanar16, kYUYV8, N, K(YUV422_16_2_YUYV_Row))                                         \
+  X(kPlanar16, kUYVY8, N, K(YUV422_16_2_UYVY_Row))                                         \
+  X(kPlanar8, kYUYV16, N, K(YUV422_2_YUYV16_Row))                                          \
+  X(kPlanar8, kUYVY16, N, K(YUV422_2_UYVY16_Row))                                          \
   /* YUV to RGB, 10-bit arithmetic */                                                          \
-  X(kYUYV16, kRGBA16, true, K(YUYV16_2_RGB64_Row)) X(kYUYV16, kBGRA16, true, K(YUYV16_2_BGR64_Row)) \
-  X(kUYVY16, kRGBA16, true, K(UYVY16_2_RGB64_Row)) X(kUYVY16, kBGRA16, true, K(UYVY16_2_BGR64_Row)) \
-  X(kPlanar16, kRGBA16, true, K(YUV422_10Bit_2_RGB64_Row))                                     \
-  X(kPlanar16, kBGRA16, true, K(YUV422_10Bit_2_BGR64_Row))                                     \
-  X(kYUYV16, kRGBA8, true, K(YUYV16_2_RGB32_Row)) X(kYUYV16, kBGRA8, true, K(YUYV16_2_BGR32_Row)) \
-  X(kUYVY16, kRGBA8, true, K(UYVY16_2_RGB32_Row)) X(kUYVY16, kBGRA8, true, K(UYVY16_2_BGR32_Row)) \
-  X(kPlanar16, kRGBA8, true, K(YUV422_10Bit_2_RGB32_Row))                                      \
-  X(kPlanar16, kBGRA8, true, K(YUV422_10Bit_2_BGR32_Row))                                      \
-  X(kPlanar411, kRGBA8, true, K(YUV411_2_RGB32_Row))                                           \
-  X(kPlanar411, kBGRA8, true, K(YUV411_2_BGR32_Row))                                           \
+  X(kYUYV16, kRGBA16, D, K(YUYV16_2_RGB64_Row)) X(kYUYV16, kBGRA16, D, K(YUYV16_2_BGR64_Row)) \
+  X(kUYVY16, kRGBA16, D, K(UYVY16_2_RGB64_Row)) X(kUYVY16, kBGRA16, D, K(UYVY16_2_BGR64_Row)) \
+  X(kPlanar16, kRGBA16, D, K(YUV422_10Bit_2_RGB64_Row))                                     \
+  X(kPlanar16, kBGRA16, D, K(YUV422_10Bit_2_BGR64_Row))                                     \
+  X(kYUYV16, kRGBA8, D, K(YUYV16_2_RGB32_Row)) X(kYUYV16, kBGRA8, D, K(YUYV16_2_BGR32_Row)) \
+  X(kUYVY16, kRGBA8, D, K(UYVY16_2_RGB32_Row)) X(kUYVY16, kBGRA8, D, K(UYVY16_2_BGR32_Row)) \
+  X(kPlanar16, kRGBA8, D, K(YUV422_10Bit_2_RGB32_Row))                                      \
+  X(kPlanar16, kBGRA8, D, K(YUV422_10Bit_2_BGR32_Row))                                      \
+  X(kPlanar411, kRGBA8, D, K(YUV411_2_RGB32_Row))                                           \
+  X(kPlanar411, kBGRA8, D, K(YUV411_2_BGR32_Row))                                           \
   /* RGB to YUV (the coefficient rows follow the source's channel order) */                    \
-  X(kRGB16, kYUYV16, true, K(RGB48_2_YUYV16_Row)) X(kBGR16, kYUYV16, true, K(RGB48_2_YUYV16_Row)) \
-  X(kRGB16, kUYVY16, true, K(RGB48_2_UYVY16_Row)) X(kBGR16, kUYVY16, true, K(RGB48_2_UYVY16_Row)) \
-  X(kRGB16, kPlanar16, true, K(RGB48_2_YUV422_16_Row))                                         \
-  X(kBGR16, kPlanar16, true, K(RGB48_2_YUV422_16_Row))                                         \
-  X(kRGBA8, kYUYV16, true, K(RGB32_2_YUYV16_Row)) X(kBGRA8, kYUYV16, true, K(RGB32_2_YUYV16_Row)) \
-  X(kRGBA8, kUYVY16, true, K(RGB32_2_UYVY16_Row)) X(kBGRA8, kUYVY16, true, K(RGB32_2_UYVY16_Row)) \
-  X(kRGB8, kYUYV16, true, K(RGB24_2_YUYV16_Row)) X(kBGR8, kYUYV16, true, K(RGB24_2_YUYV16_Row)) \
-  X(kRGB8, kUYVY16, true, K(RGB24_2_UYVY16_Row)) X(kBGR8, kUYVY16, true, K(RGB24_2_UYVY16_Row))
+  X(kRGB16, kYUYV16, D, K(RGB48_2_YUYV16_Row)) X(kBGR16, kYUYV16, D, K(RGB48_2_YUYV16_Row)) \
+  X(kRGB16, kUYVY16, D, K(RGB48_2_UYVY16_Row)) X(kBGR16, kUYVY16, D, K(RGB48_2_UYVY16_Row)) \
+  X(kRGB16, kPlanar16, D, K(RGB48_2_YUV422_16_Row))                                         \
+  X(kBGR16, kPlanar16, D, K(RGB48_2_YUV422_16_Row))                                         \
+  X(kRGBA8, kYUYV16, D, K(RGB32_2_YUYV16_Row)) X(kBGRA8, kYUYV16, D, K(RGB32_2_YUYV16_Row)) \
+  X(kRGBA8, kUYVY16, D, K(RGB32_2_UYVY16_Row)) X(kBGRA8, kUYVY16, D, K(RGB32_2_UYVY16_Row)) \
+  X(kRGB8, kYUYV16, D, K(RGB24_2_YUYV16_Row)) X(kBGR8, kYUYV16, D, K(RGB24_2_YUYV16_Row)) \
+  X(kRGB8, kUYVY16, D, K(RGB24_2_UYVY16_Row)) X(kBGR8, kUYVY16, D, K(RGB24_2_UYVY16_Row)) \
+  /* 8-bit YUV to and from 8-bit RGB, 8-bit arithmetic as the frame drivers' */ \
+  X(kPlanar8, kRGBA8, T8, K(YUV422_2_RGB32_Row)) X(kPlanar8, kBGRA8, T8, K(YUV422_2_BGR32_Row)) \
+  X(kPlanar8, kRGB8, T8, K(YUV422_2_RGB24_Row)) X(kPlanar8, kBGR8, T8, K(YUV422_2_BGR24_Row)) \
+  X(kYUYV8, kRGBA8, T8, K(YUYV_2_RGB32_Row)) X(kYUYV8, kBGRA8, T8, K(YUYV_2_BGR32_Row))     \
+  X(kYUYV8, kRGB8, T8, K(YUYV_2_RGB24_Row)) X(kYUYV8, kBGR8, T8, K(YUYV_2_BGR24_Row))       \
+  X(kUYVY8, kRGBA8, T8, K(UYVY_2_RGB32_Row)) X(kUYVY8, kBGRA8, T8, K(UYVY_2_BGR32_Row))     \
+  X(kUYVY8, kRGB8, T8, K(UYVY_2_RGB24_Row)) X(kUYVY8, kBGR8, T8, K(UYVY_2_BGR24_Row))       \
+  X(kRGBA8, kPlanar8, Y8, K(RGB32_2_YUV422_Row)) X(kBGRA8, kPlanar8, Y8, K(RGB32_2_YUV422_Row)) \
+  X(kRGB8, kPlanar8, Y8, K(RGB24_2_YUV422_Row)) X(kBGR8, kPlanar8, Y8, K(RGB24_2_YUV422_Row))
 // clang-format on
 
-#define TQCS_LINE_EDGE_DATA(a, b, m, run) Edge{Line::a, Line::b, m},
+#define TQCS_LINE_EDGE_DATA(a, b, c, run) Edge{Line::a, Line::b, edge_coef::c},
 inline constexpr Edge kEdges[] = {TQCS_LINE_EDGES(TQCS_LINE_EDGE_DATA)};
 #undef TQCS_LINE_EDGE_DATA
 inline constexpr int kEdgeCount = static_cast<int>(std::size(kEdges));
@@ -239,6 +256,11 @@ constexpr std::optional<Chain> Search(Line from, Line to) {
       const Edge &e = kEdges[i];
       const auto next = static_cast<size_t>(e.to);
       if (e.from != at || depth[next] >= 0 || (e.to != to && !MayPass(from, to, e.to))) continue;
+      // A matrix works at the depth of the deeper end (4:1:1, which only
+      // 8-bit matrices read, keeps the one way it has).
+      if (e.Matrix() && e.from != Line::kPlanar411 &&
+          ((InfoOf(to).deep && !InfoOf(e.to).deep) || (InfoOf(from).deep && !InfoOf(e.from).deep)))
+        continue;
       depth[next] = d + 1;
       via[next] = i;
       queue[tail++] = e.to;
@@ -251,7 +273,7 @@ constexpr std::optional<Chain> Search(Line from, Line to) {
   for (Line at = to; at != from;) {
     const int i = via[static_cast<size_t>(at)];
     c.edges[static_cast<size_t>(--length)] = static_cast<int16_t>(i);
-    c.matrix = c.matrix || kEdges[i].matrix;
+    c.matrix = c.matrix || kEdges[i].Matrix();
     at = kEdges[i].from;
   }
   return c;

@@ -12,14 +12,18 @@ namespace tqcs::video::lines {
 // The rows of one layout: a packed row, or the Y, U, V (or Y, UV) rows.
 using Row = std::array<uint8_t *, 3>;
 
-// The coefficient rows of a matrix selector, in the layouts of the deep
-// kernels: RGB to YUV takes a luma row laid out like the GBR luma row and a
-// chroma row with the U weights in elements 0-2 and the V weights in 4-6, one
-// pair per channel order of the source; YUV to RGB takes (Rv, Gv) and
-// (Gu, Bu).
+// The coefficient rows of a matrix selector, in the layouts of the kernels:
+// the deep RGB-to-YUV kernels take a luma row laid out like the GBR luma row
+// and a chroma row with the U weights in elements 0-2 and the V weights in
+// 4-6, one pair per channel order of the source, the deep YUV-to-RGB ones
+// (Rv, Gv) and (Gu, Bu); the 8-bit kernels take the exported rows as the frame
+// drivers pass them: Y, U, V per channel order, and Rv, Gu, Gv, Bu.
 struct Coefficients {
-  const int16_t *yRgb = nullptr, *yBgr = nullptr;
-  alignas(16) int16_t uvRgb[8]{}, uvBgr[8]{};
+  struct ToYuv {
+    const int16_t *y = nullptr, *u = nullptr, *v = nullptr;
+    alignas(16) int16_t uv[8]{};
+  } rgbFirst, bgrFirst;
+  const int16_t *rv = nullptr, *gu = nullptr, *gv = nullptr, *bu = nullptr;
   alignas(16) int16_t toRgbA[8]{}, toRgbB[8]{};
 };
 

@@ -100,7 +100,6 @@ Img Random16(int32_t code, int32_t width, int32_t rows, uint32_t seed, int bits 
   return img;
 }
 
-
 // ---------------------------------------------------------------------------
 // Layouts, anchored on samples whose memory is known.
 
@@ -346,6 +345,31 @@ TEST(Descriptor420, FrameSitedChromaIsCentredBetweenItsRows) {
   ASSERT_EQ(Frame(back, planar, w, h), 1u);
   EXPECT_EQ(back.At16(2, 1, 1) >> 6, 500);
   EXPECT_EQ(back.At16(2, 0, 1) >> 6, 150);
+}
+
+// Frame-sited 8-bit 4:2:0 meets 8-bit RGB with the arithmetic of the 4:2:2
+// drivers: to RGB it is its chroma widened to planar 4:2:2 and then the
+// dispatcher's 4:2:2 route; from RGB the dispatcher's route to 4:2:2 and the
+// chroma merged.
+TEST(Descriptor420, FrameSitedEightBitMeetsRgbAsPlanar422Does) {
+  const int32_t w = 10, h = 6;
+  for (int32_t rgb : std::vector<int32_t>{TCS_FORMAT_RGB32, TCS_FORMAT_RGB32_SWAP, TCS_FORMAT_RGB24,
+                                          TCS_FORMAT_RGB24_SWAP})
+    for (int32_t matrix : {TCS_MATRIX_HD, TCS_MATRIX_SD}) {
+      SCOPED_TRACE(testing::Message() << rgb << " matrix " << matrix);
+      const Img yuv420(TCS_FORMAT_YUV420_FRAME, w, h, 5), pixels(rgb, w, h, 6);
+      Img wide(TCS_FORMAT_YUV422, w, h, 7), viaWide(rgb, w, h, 8), direct(rgb, w, h, 9);
+      ASSERT_EQ(Frame(wide, yuv420, w, h), 1u);
+      ASSERT_EQ(Frame(viaWide, wide, w, h, 0, matrix), 1u);
+      ASSERT_EQ(Frame(direct, yuv420, w, h, 0, matrix), 1u);
+      EXPECT_EQ(direct.Content(), viaWide.Content());
+      Img wide2(TCS_FORMAT_YUV422, w, h, 10), narrow(TCS_FORMAT_YUV420_FRAME, w, h, 11),
+          narrow2(TCS_FORMAT_YUV420_FRAME, w, h, 12);
+      ASSERT_EQ(Frame(wide2, pixels, w, h, 0, matrix), 1u);
+      ASSERT_EQ(Frame(narrow, wide2, w, h), 1u);
+      ASSERT_EQ(Frame(narrow2, pixels, w, h, 0, matrix), 1u);
+      EXPECT_EQ(narrow2.Content(), narrow.Content());
+    }
 }
 
 // ---------------------------------------------------------------------------
