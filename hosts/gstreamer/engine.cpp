@@ -8,6 +8,7 @@
 #include <atomic>
 #include <cstring>
 #include <deque>
+#include <span>
 
 namespace tqgst {
 
@@ -26,30 +27,55 @@ ScopedCapture::~ScopedCapture() { tlCapture = previous_; }
 namespace {
 
 // The geometry of a code's planes: how many, the bytes of a row of `width`
-// pixels and the rows of `rows` frame rows in each.
-bool is420(int32_t code) { return code == TCS_FORMAT_YUV420 || code == TCS_FORMAT_YUV420_FRAME; }
-bool isPlanar(int32_t code) { return code == TCS_FORMAT_YUV422 || is420(code); }
-int planeCount(int32_t code) { return isPlanar(code) ? 3 : 1; }
-
-int32_t bytesPerPixel(int32_t code) {
-  switch (code) {
-    case TCS_FORMAT_RGB32:
-    case TCS_FORMAT_RGB32_SWAP:
-    case TCS_FORMAT_YUVA:
-      return 4;
-    case TCS_FORMAT_RGB24:
-    case TCS_FORMAT_RGB24_SWAP:
-    case TCS_FORMAT_YUV:
-      return 3;
-    case TCS_FORMAT_YUV16:
-    case TCS_FORMAT_YUV16_SWAP:
-      return 2;
-    default:
-      return 1;
-  }
+// pixels in each (width * num / den), whether the chroma planes hold half the
+// rows (4:2:0), the widths the code takes and whether its samples are bytes
+// (the library's range operations scale bytes only).
+struct Geometry {
+  int32_t code;
+  int planes;
+  int32_t num[3], den[3];
+  bool halfRows;
+  int32_t widthMultiple;
+  bool bytes;
+};
+constexpr Geometry kGeometry[] = {
+    {TCS_FORMAT_RGB32, 1, {4}, {1}, false, 1, true},
+    {TCS_FORMAT_RGB32_SWAP, 1, {4}, {1}, false, 1, true},
+    {TCS_FORMAT_YUVA, 1, {4}, {1}, false, 1, true},
+    {TCS_FORMAT_RGB24, 1, {3}, {1}, false, 1, true},
+    {TCS_FORMAT_RGB24_SWAP, 1, {3}, {1}, false, 1, true},
+    {TCS_FORMAT_YUV, 1, {3}, {1}, false, 1, true},
+    {TCS_FORMAT_YUV16, 1, {2}, {1}, false, 2, true},
+    {TCS_FORMAT_YUV16_SWAP, 1, {2}, {1}, false, 2, true},
+    {TCS_FORMAT_YUV422, 3, {1, 1, 1}, {1, 2, 2}, false, 2, true},
+    {TCS_FORMAT_YUV420, 3, {1, 1, 1}, {1, 2, 2}, true, 2, true},
+    {TCS_FORMAT_YUV420_FRAME, 3, {1, 1, 1}, {1, 2, 2}, true, 2, true},
+    {TCS_FORMAT_YUV16_10BIT, 1, {4}, {1}, false, 2, false},
+    {TCS_FORMAT_YUV16_10BIT_SWAP, 1, {4}, {1}, false, 2, false},
+    {TCS_FORMAT_V210, 1, {16}, {6}, false, 6, false},
+    {TCS_FORMAT_YUV420_10BIT, 3, {2, 1, 1}, {1, 1, 1}, true, 2, false},
+    {TCS_FORMAT_YUV420_10BIT_FRAME, 3, {2, 1, 1}, {1, 1, 1}, true, 2, false},
+    {TCS_FORMAT_NV16, 2, {1, 1}, {1, 1}, false, 2, true},
+    {TCS_FORMAT_NV12, 2, {1, 1}, {1, 1}, true, 2, true},
+    {TCS_FORMAT_NV12_FRAME, 2, {1, 1}, {1, 1}, true, 2, true},
+    {TCS_FORMAT_P210, 2, {2, 2}, {1, 1}, false, 2, false},
+    {TCS_FORMAT_P010, 2, {2, 2}, {1, 1}, true, 2, false},
+    {TCS_FORMAT_P010_FRAME, 2, {2, 2}, {1, 1}, true, 2, false},
+    {TCS_FORMAT_RGB64, 1, {8}, {1}, false, 1, false},
+    {TCS_FORMAT_RGB64_SWAP, 1, {8}, {1}, false, 1, false},
+    {TCS_FORMAT_YUV422_10BIT, 3, {2, 1, 1}, {1, 1, 1}, false, 2, false},
+    {kGrayCode, 1, {1}, {1}, false, 1, true},
+};
+const Geometry &geometry(int32_t code) {
+  for (const Geometry &g : kGeometry)
+    if (g.code == code) return g;
+  return kGeometry[std::size(kGeometry) - 1];
 }
+bool is420(int32_t code) { return geometry(code).halfRows; }
+int planeCount(int32_t code) { return geometry(code).planes; }
 int64_t rowBytes(int32_t code, int plane, int64_t width) {
-  return plane == 0 ? width * bytesPerPixel(code) : width / 2;
+  const Geometry &g = geometry(code);
+  return width * g.num[plane] / g.den[plane];
 }
 int64_t planeRows(int32_t code, int plane, int64_t rows) {
   return plane > 0 && is420(code) ? rows / 2 : rows;
@@ -92,14 +118,14 @@ Scale scaleOf(bool expand, int lane) {
   return {g_sSafe_Gain_YUYV[i], g_sSafe_Offset_YUYV[i]};
 }
 
-// Planar frames, which the library's range operations leave untouched: each
-// plane scaled with the very gain and offset the library applies to the same
-// sample in packed 4:2:2, through the same TQMemProc routine, so the bytes
-// are those of a round trip through packed 4:2:2.
-void scalePlanar(const TCS_FrameDesc &dst, const TCS_FrameDesc &src, bool expand, int32_t width,
+// Frames of more than one plane, which the library's range operations leave
+// untouched: each plane scaled with the very gain and offset the library
+// applies to the same sample in packed 4:2:2, through the same TQMemProc
+// routine, so the bytes are those of a round trip through packed 4:2:2.
+void scalePlanes(const TCS_FrameDesc &dst, const TCS_FrameDesc &src, bool expand, int32_t width,
                  int32_t rows) {
   const TMP_APIStu *mp = TMP_GetAPIStuPtr();
-  for (int p = 0; p < 3; ++p) {
+  for (int p = 0; p < planeCount(src.format); ++p) {
     const Scale s = scaleOf(expand, p == 0 ? 0 : 1);
     for (int64_t r = 0; r < planeRows(src.format, p, rows); ++r)
       mp->pPixel->TMP_Scale_Run(dst.plane[p].data + r * dst.plane[p].pitch,
@@ -111,21 +137,19 @@ void scalePlanar(const TCS_FrameDesc &dst, const TCS_FrameDesc &src, bool expand
 // The pairs of format codes the library converts, found once by converting a
 // small frame of each pair: a pair it refuses (result 0 or a log record) or
 // leaves unwritten (kept for compatibility) is not taken.
-constexpr int32_t kCodes[] = {TCS_FORMAT_RGB32,  TCS_FORMAT_RGB32_SWAP,  TCS_FORMAT_YUVA,
-                              TCS_FORMAT_RGB24,  TCS_FORMAT_RGB24_SWAP,  TCS_FORMAT_YUV,
-                              TCS_FORMAT_YUV16,  TCS_FORMAT_YUV16_SWAP,  TCS_FORMAT_YUV422,
-                              TCS_FORMAT_YUV420, TCS_FORMAT_YUV420_FRAME};
-constexpr int kCodeCount = int(std::size(kCodes));
+// Every code of the geometry table but grey's.
+constexpr int kCodeCount = int(std::size(kGeometry)) - 1;
 int indexOf(int32_t code) {
-  const auto at = std::find(std::begin(kCodes), std::end(kCodes), code);
-  return at == std::end(kCodes) ? -1 : int(at - std::begin(kCodes));
+  for (int i = 0; i < kCodeCount; ++i)
+    if (kGeometry[i].code == code) return i;
+  return -1;
 }
 
 class Routes {
  public:
   Routes() {
     for (int s = 0; s < kCodeCount; ++s)
-      for (int d = 0; d < kCodeCount; ++d) ok_[s][d] = probe(kCodes[s], kCodes[d]);
+      for (int d = 0; d < kCodeCount; ++d) ok_[s][d] = probe(kGeometry[s].code, kGeometry[d].code);
   }
   bool converts(int32_t code) const {
     const int c = indexOf(code);
@@ -133,12 +157,16 @@ class Routes {
       if (ok_[c][o] || ok_[o][c]) return true;
     return false;
   }
-  // The shortest chain of codes from s to d, lossless intermediates first.
+  // The shortest chain of codes from s to d, lossless intermediates first:
+  // of bytes between two formats of bytes, of 16-bit samples otherwise.
   std::vector<int32_t> path(int32_t s, int32_t d) const {
-    static constexpr int32_t kPreferred[] = {
+    static constexpr int32_t kBytes[] = {
         TCS_FORMAT_YUVA,       TCS_FORMAT_YUV422,     TCS_FORMAT_YUV16,
         TCS_FORMAT_YUV16_SWAP, TCS_FORMAT_RGB32,      TCS_FORMAT_RGB32_SWAP,
         TCS_FORMAT_RGB24,      TCS_FORMAT_RGB24_SWAP, TCS_FORMAT_YUV};
+    static constexpr int32_t kDeep[] = {TCS_FORMAT_P210, TCS_FORMAT_YUV422_10BIT,
+                                        TCS_FORMAT_YUV16_10BIT, TCS_FORMAT_RGB64};
+    const bool bytes = geometry(s).bytes && geometry(d).bytes;
     std::array<int, kCodeCount> from;
     from.fill(-1);
     const int si = indexOf(s), di = indexOf(d);
@@ -155,11 +183,13 @@ class Routes {
         }
       };
       visit(di);
-      for (int32_t code : kPreferred) visit(indexOf(code));
+      const std::span<const int32_t> first(kBytes), second(kDeep);
+      for (int32_t code : bytes ? first : second) visit(indexOf(code));
+      for (int32_t code : bytes ? second : first) visit(indexOf(code));
     }
     std::vector<int32_t> chain;
     if (from[di] < 0) return chain;
-    for (int c = di; c != si; c = from[c]) chain.insert(chain.begin(), kCodes[c]);
+    for (int c = di; c != si; c = from[c]) chain.insert(chain.begin(), kGeometry[c].code);
     chain.insert(chain.begin(), s);
     return chain;
   }
@@ -168,8 +198,9 @@ class Routes {
   static bool probe(int32_t s, int32_t d) {
     static constexpr int64_t kWidth = 24, kRows = 16;
     static constexpr uint8_t kCanary = 0xEE;
-    std::vector<uint8_t> src(kWidth * kRows * 4, 100), dst(src.size(), kCanary);
     TCS_FrameDesc sd, dd;
+    std::vector<uint8_t> src(static_cast<size_t>(place(sd, s, nullptr, kWidth, kRows)), 100);
+    std::vector<uint8_t> dst(static_cast<size_t>(place(dd, d, nullptr, kWidth, kRows)), kCanary);
     place(sd, s, src.data(), kWidth, kRows);
     place(dd, d, dst.data(), kWidth, kRows);
     Capture capture;
@@ -256,10 +287,15 @@ std::string Plan::build(const Side &in, const Side &out, int32_t width, int32_t 
   images_[0].format = codeFor(in.layout);
   images_[1].format = codeFor(out.layout);
   if (in.layout.sampling == Sampling::Gray) return "the library converts nothing from GRAY8";
-  if (out.layout.sampling == Sampling::Gray && in.layout.sampling != Sampling::Rgb)
-    return "the library converts only RGB to GRAY8";
-  if ((isSubsampled(in.layout) || isSubsampled(out.layout)) && width % 2)
-    return "4:2:x chroma needs an even width";
+  if (out.layout.sampling == Sampling::Gray && !isByteRgb(in.layout.code))
+    return "the library converts only 8-bit RGB to GRAY8";
+  for (int i : {0, 1}) {
+    const int32_t multiple = geometry(images_[i].format).widthMultiple;
+    if (width % multiple)
+      return (multiple == 2
+                  ? std::string("4:2:x chroma needs an even width")
+                  : "the format needs a width that is a multiple of " + std::to_string(multiple));
+  }
   const bool c420 = in.layout.sampling == Sampling::C420 || out.layout.sampling == Sampling::C420;
   if (c420 && height % (fields ? 4 : 2))
     return fields ? "interlaced 4:2:0 needs a height that is a multiple of 4"
@@ -268,6 +304,10 @@ std::string Plan::build(const Side &in, const Side &out, int32_t width, int32_t 
   // Between two YUV layouts of one range the samples are resampled or
   // repacked as they are: no scaling, so repacks stay lossless.
   const bool scale = !(isYuv(in.layout) && isYuv(out.layout) && in.limited == out.limited);
+  for (int i : {0, 1})
+    if (scale && (i ? out : in).limited && !geometry(images_[i].format).bytes)
+      return "the library scales the range of 8-bit samples only: video-range deep colour "
+             "converts only to another YUV format in video range";
   int cur = 0;
   if (scale && in.limited && isYuv(in.layout)) {
     cur = addTemp(images_[0].format);
@@ -292,8 +332,8 @@ bool Plan::call(const Step &step, const TCS_FrameDesc &dst, const TCS_FrameDesc 
       return true;
     case Op::Expand:
     case Op::Compress:
-      if (isPlanar(src.format))
-        scalePlanar(dst, src, step.op == Op::Expand, width_, rows);
+      if (planeCount(src.format) > 1)
+        scalePlanes(dst, src, step.op == Op::Expand, width_, rows);
       else
         (step.op == Op::Expand ? api->pGeneral->TCS_RangeExpandFrame
                                : api->pGeneral->TCS_RangeCompressFrame)(

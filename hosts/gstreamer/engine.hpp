@@ -30,12 +30,14 @@ inline bool isYuv(const Layout &l) {
   return l.sampling == Sampling::C444 || l.sampling == Sampling::C422 ||
          l.sampling == Sampling::C420;
 }
-inline bool isSubsampled(const Layout &l) {
-  return l.sampling == Sampling::C422 || l.sampling == Sampling::C420;
-}
 
 // Whether the library converts a code at all (some route to or from it).
 bool converts(int32_t code);
+// The 8-bit RGB codes, the only ones the grey drivers read.
+inline bool isByteRgb(int32_t code) {
+  return code == TCS_FORMAT_RGB32 || code == TCS_FORMAT_RGB32_SWAP || code == TCS_FORMAT_RGB24 ||
+         code == TCS_FORMAT_RGB24_SWAP;
+}
 
 // The log records of the library raised on a thread while a Capture is
 // installed there: the first refusal (level 1 or 3) is kept. A quiet capture

@@ -23,8 +23,9 @@ using tqgst::kGrayCode;
 using tqgst::Layout;
 using tqgst::Sampling;
 
-// Every format the element offers, with the library's layout of it. A format
-// the library learns to convert is one more line here.
+// Every format the element can offer, with the library's layout of it; it is
+// offered where the library converts its code. A format the library learns to
+// convert is one more line here.
 struct FormatEntry {
   GstVideoFormat gst;
   Layout layout;
@@ -40,11 +41,31 @@ constexpr FormatEntry kFormats[] = {
     {GST_VIDEO_FORMAT_I420, {TCS_FORMAT_YUV420_FRAME, TCS_FORMAT_YUV420, Sampling::C420}},
     {GST_VIDEO_FORMAT_v308, {TCS_FORMAT_YUV, TCS_FORMAT_YUV, Sampling::C444}},
     {GST_VIDEO_FORMAT_GRAY8, {kGrayCode, kGrayCode, Sampling::Gray}},
+    {GST_VIDEO_FORMAT_NV12, {TCS_FORMAT_NV12_FRAME, TCS_FORMAT_NV12, Sampling::C420}},
+    {GST_VIDEO_FORMAT_NV16, {TCS_FORMAT_NV16, TCS_FORMAT_NV16, Sampling::C422}},
+    {GST_VIDEO_FORMAT_v210, {TCS_FORMAT_V210, TCS_FORMAT_V210, Sampling::C422}},
+    {GST_VIDEO_FORMAT_Y210, {TCS_FORMAT_YUV16_10BIT, TCS_FORMAT_YUV16_10BIT, Sampling::C422}},
+    {GST_VIDEO_FORMAT_P010_10LE, {TCS_FORMAT_P010_FRAME, TCS_FORMAT_P010, Sampling::C420}},
+    {GST_VIDEO_FORMAT_BGRA64_LE, {TCS_FORMAT_RGB64, TCS_FORMAT_RGB64, Sampling::Rgb}},
+    {GST_VIDEO_FORMAT_RGBA64_LE, {TCS_FORMAT_RGB64_SWAP, TCS_FORMAT_RGB64_SWAP, Sampling::Rgb}},
 };
 
+// The formats the element offers: those whose codes the library converts.
+const std::vector<const FormatEntry *> &offered() {
+  static const std::vector<const FormatEntry *> formats = [] {
+    std::vector<const FormatEntry *> out;
+    for (const FormatEntry &e : kFormats)
+      if (e.layout.code == kGrayCode || tqgst::converts(e.layout.code) ||
+          tqgst::converts(e.layout.fieldCode))
+        out.push_back(&e);
+    return out;
+  }();
+  return formats;
+}
+
 const FormatEntry *findFormat(GstVideoFormat f) {
-  for (const FormatEntry &e : kFormats)
-    if (e.gst == f) return &e;
+  for (const FormatEntry *e : offered())
+    if (e->gst == f) return e;
   return nullptr;
 }
 const FormatEntry *findFormat(const gchar *name) {
@@ -52,9 +73,9 @@ const FormatEntry *findFormat(const gchar *name) {
 }
 // The library converts nothing from grey: it is an output only.
 bool acceptedAsInput(const FormatEntry &e) { return e.layout.sampling != Sampling::Gray; }
-// Grey is written from RGB only.
+// Grey is written from 8-bit RGB only.
 bool reachable(const FormatEntry &in, const FormatEntry &out) {
-  return out.layout.sampling != Sampling::Gray || in.layout.sampling == Sampling::Rgb;
+  return out.layout.sampling != Sampling::Gray || tqgst::isByteRgb(in.layout.code);
 }
 
 // Property values.
@@ -157,9 +178,9 @@ GstCaps *templateCaps(bool inputs) {
   GValue list = G_VALUE_INIT, item = G_VALUE_INIT;
   g_value_init(&list, GST_TYPE_LIST);
   g_value_init(&item, G_TYPE_STRING);
-  for (const FormatEntry &e : kFormats) {
-    if (inputs && !acceptedAsInput(e)) continue;
-    g_value_set_static_string(&item, gst_video_format_to_string(e.gst));
+  for (const FormatEntry *e : offered()) {
+    if (inputs && !acceptedAsInput(*e)) continue;
+    g_value_set_static_string(&item, gst_video_format_to_string(e->gst));
     gst_value_list_append_value(&list, &item);
   }
   GstCaps *caps = gst_caps_from_string(
@@ -175,7 +196,7 @@ std::vector<const FormatEntry *> formatsOf(const GstStructure *s) {
   std::vector<const FormatEntry *> out;
   const GValue *v = gst_structure_get_value(s, "format");
   if (!v) {
-    for (const FormatEntry &e : kFormats) out.push_back(&e);
+    out = offered();
   } else if (G_VALUE_HOLDS_STRING(v)) {
     if (const FormatEntry *e = findFormat(g_value_get_string(v))) out.push_back(e);
   } else if (GST_VALUE_HOLDS_LIST(v)) {
@@ -208,8 +229,8 @@ void setOtherFormats(GstStructure *s, const std::vector<const FormatEntry *> &kn
   };
   for (const FormatEntry *k : known)
     if (pairs(*k)) append(*k);
-  for (const FormatEntry &e : kFormats)
-    if (std::find(known.begin(), known.end(), &e) == known.end() && pairs(e)) append(e);
+  for (const FormatEntry *e : offered())
+    if (std::find(known.begin(), known.end(), e) == known.end() && pairs(*e)) append(*e);
   gst_structure_take_value(s, "format", &list);
   g_value_unset(&item);
 }
