@@ -14,6 +14,8 @@
 #include "base/formats.hpp"
 #include "doc_file.hpp"
 #include "kernels/chroma_progressive.hpp"
+#include "video/line_chains.hpp"
+#include "video/routes.hpp"
 
 namespace {
 
@@ -172,6 +174,51 @@ std::string Cell(std::string_view text) {
   return out;
 }
 
+// What a pair of codes converts through: the 8-bit dispatcher's route for
+// codes 0 to 10, the chain of row kernels otherwise.
+std::string RouteCell(int32_t s, int32_t d) {
+  namespace v = tqcs::video;
+  if (v::Known(s) && v::Known(d)) {
+    switch (v::kRoutes[s][d].kind) {
+      case v::Kind::kRefuse:
+        return "";
+      case v::Kind::kCopy:
+        return "=";
+      default:
+        return "d";
+    }
+  }
+  const auto &chain = v::lines::ChainOfCodes(s, d);
+  if (!chain) return "";
+  if (chain->length == 0) return "=";
+  return std::to_string(chain->length) + (chain->matrix ? "m" : "");
+}
+
+void RouteMatrix(std::ostringstream &out) {
+  out << "\n## Route matrix\n\n"
+         "Source code by row, destination code by column. `=`: the rows are copied (or split "
+         "and composed as they stand); `d`: the dispatcher's route between codes 0 to 10 (its "
+         "drivers and operations); a number: that many row kernels a row, through one scratch "
+         "row fewer, `m` where one of them converts between YUV and RGB with the matrix "
+         "selector's coefficients; empty: no conversion, the forms return 0. 4:2:0 codes "
+         "convert as their 4:2:2 layout, their chroma widened or merged on the way (per field "
+         "or centred on the frame, as the code says) unless both sides share their chroma "
+         "rows. Codes 2 (YUVA), 5 (packed 4:4:4) and 10 (key) convert among codes 0 to 10 only; "
+         "4:1:1 converts to RGB only.\n\n|  |";
+  std::vector<int32_t> codes;
+  for (const FormatInfo &f : tqcs::kFormats)
+    if (f.packing != Packing::Reserved) codes.push_back(f.code);
+  for (int32_t d : codes) out << " " << d << " |";
+  out << "\n|---:|";
+  for (size_t i = 0; i < codes.size(); ++i) out << ":-:|";
+  out << "\n";
+  for (int32_t s : codes) {
+    out << "| **" << s << "** |";
+    for (int32_t d : codes) out << " " << RouteCell(s, d) << " |";
+    out << "\n";
+  }
+}
+
 std::string Generate() {
   std::ostringstream out;
   out << "# Formats\n\n"
@@ -231,8 +278,7 @@ std::string Generate() {
     out << "- Kernel slots: " << Kernels(f) << ".\n";
     if (f.siting == Siting::Frame) out << "- Frame-sited chroma routines: " << Centred(f) << ".\n";
   }
-  out << "\n## Route matrix\n\n"
-         "Which codes convert to which comes with the descriptor routes.\n";
+  RouteMatrix(out);
   return out.str();
 }
 

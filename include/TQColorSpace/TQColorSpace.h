@@ -86,10 +86,10 @@ enum {
   TCS_FORMAT_RESERVED_1030 = 1030,
   TCS_FORMAT_RESERVED_1031 = 1031,
   TCS_FORMAT_RESERVED_1032 = 1032,
-  TCS_FORMAT_YUV422_10BIT = 1033, /* planar 4:2:2, 16-bit */
-  TCS_FORMAT_RESERVED_1034 = 1034,
-  TCS_FORMAT_RESERVED_1035 = 1035,
-  TCS_FORMAT_RESERVED_1036 = 1036
+  TCS_FORMAT_YUV422_10BIT = 1033,          /* planar 4:2:2, 16-bit */
+  TCS_FORMAT_YUV422_10BIT_LOW = 1034,      /* planar 4:2:2, 16-bit, the value in bits 0-9 */
+  TCS_FORMAT_YUV420_10BIT_LOW = 1035,      /* as 1034, 4:2:0 per field */
+  TCS_FORMAT_YUV420_10BIT_LOW_FRAME = 1036 /* as 1034, 4:2:0 sited on the frame */
 };
 
 /* Matrix selectors. Drivers accept every value below 4; 2 and negative values
@@ -153,10 +153,27 @@ enum {
 };
 
 /* A frame for the descriptor-based conversions (general table slots 16 to 18):
- * up to four planes, each a pointer to row 0 and a signed byte pitch, then the
- * format code. Packed formats use plane 0 only; planar formats (codes 8 and 9)
- * use planes 0, 1 and 2 for Y, U and V, which need not share one buffer.
- * Codes 0 to 10 are converted; any other code makes the call return 0. */
+ * up to four planes, each a pointer to row 0 and a byte pitch, then the format
+ * code. Packed formats use plane 0 only; planar formats use planes 0, 1 and 2
+ * for Y, U and V, semi-planar ones 0 for Y and 1 for the U V pairs; planes
+ * need not share one buffer. docs/formats.md gives every layout and which
+ * codes convert to which.
+ *
+ * Between codes 0 to 10 the forms route as TCS_ColorConvFrame, _Split and
+ * _Compose do. Any pair with another code converts row by row through the
+ * kernels that join the two layouts, and returns 0 without writing anything
+ * when: either code has no layout (the reserved ones), the destination is
+ * 4:1:1 (a source only), no chain of kernels joins the two (YUVA, packed
+ * 4:4:4 and the key plane meet codes 0 to 10 only; 4:1:1 converts to RGB
+ * only), the chain converts between YUV and RGB and the matrix selector names
+ * no set (0 HD, 1 SD, 3 UHD), a plane is null or its pitch is below its row's
+ * bytes (pitches are positive), the width is not a multiple of each layout's
+ * (V210: 6 pixels; 4:2:2 and 4:2:0: 2; 4:1:1: 4), a 4:2:0 frame has an odd
+ * height, a field form's height is odd (or not a multiple of 4 where a 4:2:0
+ * code is involved: each field holds whole chroma pairs), the two fields'
+ * codes differ, or scratch memory cannot be had. Field buffers hold
+ * height / 2 rows. Flip reads (split) or writes (frame, compose) the frame
+ * bottom-up. 10-bit values become 8-bit ones by truncation (v >> 2). */
 typedef struct TCS_Plane {
   uint8_t *data;
   int64_t pitch;

@@ -62,6 +62,7 @@ struct FormatInfo {
   // Kernel names (`*` for any run of characters) of the families that read or
   // write the layout; every pattern names at least one slot of the kernel table.
   std::array<std::string_view, 4> kernels;
+  bool lowBits = false;  // 16-bit samples hold their 10-bit value in bits 0-9, not 6-15
 };
 
 namespace formats_detail {
@@ -177,9 +178,15 @@ inline constexpr std::array<FormatInfo, 48> kFormats = [] {
       Reserved(TQCS_FORMAT(RESERVED_1032), 0),
       {TQCS_FORMAT(YUV422_10BIT), "Y | U | V", P::Planar, 3, 2, 1, 0, kNo, 2, false, 16,
        kClassDescriptorOnly, "yuv422p16le", {"YUV422_16_2_*", "YUV422_10Bit_2_*",
-      "*_2_YUV422_16_*"}}, Reserved(TQCS_FORMAT(RESERVED_1034), 0),
-      Reserved(TQCS_FORMAT(RESERVED_1035), 0),
-      Reserved(TQCS_FORMAT(RESERVED_1036), 0),
+      "*_2_YUV422_16_*"}},
+      // The 10-bit value in the low bits of each sample: moved to and from the
+      // top bits around the kernels.
+      {TQCS_FORMAT(YUV422_10BIT_LOW), "Y | U | V", P::Planar, 3, 2, 1, 0, kNo, 2, false, 0,
+       kClassNone, "yuv422p10le", {"Y16_2_Y10_Row"}, true},
+      {TQCS_FORMAT(YUV420_10BIT_LOW), "Y | U | V", P::Planar, 3, 2, 1, 1, kFld, 2, false, 0,
+       kClassNone, "yuv420p10le", {"Y16_2_Y10_Row"}, true},
+      {TQCS_FORMAT(YUV420_10BIT_LOW_FRAME), "Y | U | V", P::Planar, 3, 2, 1, 1, kFrm, 2, false, 0,
+       kClassNone, "yuv420p10le", {"Y16_2_Y10_Row"}, true},
   }};
 }();
 // clang-format on

@@ -9,6 +9,7 @@
 namespace tqcs {
 
 class ColorSpace;
+struct ProgressiveChroma;
 
 // The kernel table in use, read afresh by every driver call.
 inline const TCS_KernelTable &Kernels() { return *g_pColorSpaceAPI->pKernel; }
@@ -18,5 +19,9 @@ extern TMP_APIStu *g_pMemProcRoot;
 
 // The kernel object the drivers call through; chosen once at start-up.
 extern ColorSpace *g_pColorSpaceImpl;
+
+// The frame-sited 4:2:0 chroma routines (kernels/chroma_progressive.hpp);
+// chosen once at start-up like the kernel object.
+extern const ProgressiveChroma *g_pProgressiveChroma;
 
 }  // namespace tqcs

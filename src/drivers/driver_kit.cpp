@@ -35,8 +35,6 @@ const Standard *SetOf(int32_t matrix) {
   }
 }
 
-ScratchAllocator g_allocator = &std::malloc;
-
 }  // namespace
 
 bool NamesASet(int32_t matrix) { return SetOf(matrix) != nullptr; }
@@ -63,14 +61,6 @@ YuvToRgbRows YuvToRgb(int32_t matrix) {
   const Standard *s = SetOf(matrix);
   if (!s) return {};
   return {s->rv, s->gu, s->gv, s->bu};
-}
-
-uint8_t *AllocateScratch(size_t bytes) { return static_cast<uint8_t *>(g_allocator(bytes)); }
-void FreeScratch(uint8_t *p) { std::free(p); }
-ScratchAllocator SetScratchAllocatorForTesting(ScratchAllocator allocator) {
-  const ScratchAllocator previous = g_allocator;
-  g_allocator = allocator ? allocator : &std::malloc;
-  return previous;
 }
 
 void WriteRecord(log::Level level, const char16_t *unit, const char16_t *function,

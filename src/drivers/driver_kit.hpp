@@ -23,6 +23,7 @@
 
 #include "base/log.hpp"
 #include "base/plane.hpp"
+#include "base/scratch.hpp"
 #include "base/slot_shape.hpp"
 #include "base/state.hpp"
 #include "base/table_entries.hpp"
@@ -206,13 +207,12 @@ auto WithinOddRow(Row row) {
 }
 
 // ---------------------------------------------------------------------------
-// Working buffers of the 4:2:0 conversions: allocated per call, released on
-// every path. The allocator is replaceable so tests can make it fail.
+// Working buffers of the 4:2:0 conversions (base/scratch.hpp): allocated per
+// call, released on every path.
 
-using ScratchAllocator = void *(*)(size_t bytes);
-uint8_t *AllocateScratch(size_t bytes);
-void FreeScratch(uint8_t *p);
-ScratchAllocator SetScratchAllocatorForTesting(ScratchAllocator allocator);
+using tqcs::AllocateScratch;
+using tqcs::FreeScratch;
+using tqcs::SetScratchAllocatorForTesting;
 
 // ---------------------------------------------------------------------------
 // The checks and walkers.

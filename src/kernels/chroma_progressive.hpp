@@ -63,6 +63,15 @@ TQCS_CHROMA_PROGRESSIVE_ROUTINES(TQCS_DECLARE_CENTRED)
 }
 #undef TQCS_DECLARE_CENTRED
 
+// One tier's routines; start-up stores the best set the processor allows in
+// g_pProgressiveChroma (base/state.hpp).
+struct ProgressiveChroma {
+#define TQCS_CENTRED_MEMBER(name, shape, T, edge) Centred##shape##Fn<T> name;
+  TQCS_CHROMA_PROGRESSIVE_ROUTINES(TQCS_CENTRED_MEMBER)
+#undef TQCS_CENTRED_MEMBER
+};
+extern const ProgressiveChroma kProgressiveChromaPortable, kProgressiveChromaSSE2;
+
 // Defines every routine of the list in a tier's namespace as a call of the
 // tier's templates CentredDown<twin> and CentredUp<twin, edge>, with twin the
 // portable routine of the same name (the SIMD tail; the portable tier itself

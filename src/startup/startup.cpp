@@ -7,6 +7,7 @@
 #include "base/coefficients.hpp"
 #include "base/log.hpp"
 #include "base/state.hpp"
+#include "kernels/chroma_progressive.hpp"
 #include "kernels/colorspace.hpp"
 #include "kernels/kernel_table.hpp"
 #include "startup/api.hpp"
@@ -16,6 +17,7 @@ namespace tqcs {
 
 TMP_APIStu *g_pMemProcRoot = nullptr;
 ColorSpace *g_pColorSpaceImpl = nullptr;
+const ProgressiveChroma *g_pProgressiveChroma = nullptr;
 
 namespace {
 
@@ -60,8 +62,14 @@ bool BuildColorSpaceAPI() {
 
   const uint32_t level = TCB_GetCPUInsHigh();
   for (Tier tier : TiersForLevel(level)) {
-    if (tier == Tier::SSE2 && !g_pColorSpaceImpl) g_pColorSpaceImpl = ColorSpaceSSE2Instance();
-    if (tier == Tier::Portable && !g_pColorSpaceImpl) g_pColorSpaceImpl = ColorSpaceCInstance();
+    if (tier == Tier::SSE2 && !g_pColorSpaceImpl) {
+      g_pColorSpaceImpl = ColorSpaceSSE2Instance();
+      g_pProgressiveChroma = &kProgressiveChromaSSE2;
+    }
+    if (tier == Tier::Portable && !g_pColorSpaceImpl) {
+      g_pColorSpaceImpl = ColorSpaceCInstance();
+      g_pProgressiveChroma = &kProgressiveChromaPortable;
+    }
     FillTier(tier, t.kernel);
   }
   return TCS_CheckAPIStu(&t.root) == TCS_CHECK_OK;
@@ -70,6 +78,7 @@ bool BuildColorSpaceAPI() {
 void ResetForTesting() {
   g_pColorSpaceAPI = nullptr;
   g_pColorSpaceImpl = nullptr;
+  g_pProgressiveChroma = nullptr;
   g_pMemProcRoot = nullptr;
   Tables() = StaticTables{};
 }

@@ -12,6 +12,7 @@
 #include "base/log.hpp"
 #include "base/slot_shape.hpp"
 #include "base/state.hpp"
+#include "video/descriptor_routes.hpp"
 #include "video/general.hpp"
 #include "video/routes.hpp"
 
@@ -369,11 +370,26 @@ uint64_t TCS_ColorConvCompose(uint8_t *dst, int64_t dstPitch, int32_t dstFormat,
                    field2Pitch, srcFormat, matrix, width, height, flip);
 }
 
+namespace {
+
+// Whether a call's codes are both 0 to 10, which route exactly as above; any
+// other code goes to the conversions of the extended format space.
+bool EightBitPair(const TCS_FrameDesc *a, const TCS_FrameDesc *b) {
+  return !a || !b || (Known(a->format) && Known(b->format));
+}
+
+}  // namespace
+
 // The descriptor forms: codes 0 to 10 route exactly as above with the planes
-// taken from the descriptors (planar planes need not share a buffer); every
-// other code, and every failed check, returns 0 silently without writing.
+// taken from the descriptors (planar planes need not share a buffer); pairs
+// with any other code convert through video/descriptor_routes.cpp. Every
+// failed check returns 0 silently without writing.
 uint64_t TCS_ColorConvFrameEx(const TCS_FrameDesc *dst, const TCS_FrameDesc *src, int32_t matrix,
                               int32_t width, int32_t height, uint8_t flip) {
+  if (!EightBitPair(dst, src)) {
+    const TCS_FrameDesc *images[3] = {dst, src, nullptr};
+    return ConvertDescriptors(Form::kFrame, images, matrix, width, height, flip);
+  }
   const auto d = FromDescriptor(dst), s = FromDescriptor(src);
   if (!d || !s || !OptionsPass(matrix, width, height)) return 0;
   return Execute(RouteOf(src->format, dst->format),
@@ -383,6 +399,10 @@ uint64_t TCS_ColorConvFrameEx(const TCS_FrameDesc *dst, const TCS_FrameDesc *src
 uint64_t TCS_ColorConvSplitEx(const TCS_FrameDesc *field1, const TCS_FrameDesc *field2,
                               const TCS_FrameDesc *src, int32_t matrix, int32_t width,
                               int32_t height, uint8_t flip) {
+  if (!EightBitPair(field1, src) || !EightBitPair(field2, src)) {
+    const TCS_FrameDesc *images[3] = {field1, field2, src};
+    return ConvertDescriptors(Form::kSplit, images, matrix, width, height, flip);
+  }
   const auto f1 = FromDescriptor(field1), f2 = FromDescriptor(field2), s = FromDescriptor(src);
   // Both fields are written in one format: the first field's code names it.
   if (!f1 || !f2 || !s || field2->format != field1->format || !OptionsPass(matrix, width, height))
@@ -395,6 +415,10 @@ uint64_t TCS_ColorConvSplitEx(const TCS_FrameDesc *field1, const TCS_FrameDesc *
 uint64_t TCS_ColorConvComposeEx(const TCS_FrameDesc *dst, const TCS_FrameDesc *field1,
                                 const TCS_FrameDesc *field2, int32_t matrix, int32_t width,
                                 int32_t height, uint8_t flip) {
+  if (!EightBitPair(dst, field1) || !EightBitPair(dst, field2)) {
+    const TCS_FrameDesc *images[3] = {dst, field1, field2};
+    return ConvertDescriptors(Form::kCompose, images, matrix, width, height, flip);
+  }
   const auto d = FromDescriptor(dst), f1 = FromDescriptor(field1), f2 = FromDescriptor(field2);
   // Both fields are read in one format: the first field's code names it.
   if (!d || !f1 || !f2 || field2->format != field1->format || !OptionsPass(matrix, width, height))

@@ -203,10 +203,10 @@ struct ScratchCase {
 class FailedScratch : public ::testing::TestWithParam<ScratchCase> {
  protected:
   void SetUp() override {
-    previous_ = drivers::SetScratchAllocatorForTesting([](size_t) -> void * { return nullptr; });
+    previous_ = SetScratchAllocatorForTesting([](size_t) -> void * { return nullptr; });
   }
-  void TearDown() override { drivers::SetScratchAllocatorForTesting(previous_); }
-  drivers::ScratchAllocator previous_ = nullptr;
+  void TearDown() override { SetScratchAllocatorForTesting(previous_); }
+  ScratchAllocator previous_ = nullptr;
 };
 
 TEST_P(FailedScratch, IsRecordedAndConvertsNothing) {

@@ -11,11 +11,13 @@
 #include <random>
 #include <vector>
 
+#include "base/formats.hpp"
 #include "base/state.hpp"
 #include "drivers/driver_harness.hpp"
 #include "drivers/slot_calls.hpp"
 #include "support/kernel_shapes.hpp"
 #include "support/log_capture.hpp"
+#include "video/descriptor_routes.hpp"
 
 namespace tqcs::test {
 namespace {
@@ -70,6 +72,63 @@ TCS_FrameDesc Desc(Buffer &b, int32_t code, int32_t rows) {
   return d;
 }
 
+// The descriptor forms over the extended format space: every pair with a code
+// outside 0 to 11 that converts, each plane in its own buffer, at sizes every
+// layout takes (4:1:1 and V210 widths, field heights of 4:2:0) and some
+// heights the field forms refuse.
+void HashExtended() {
+  const TCS_GeneralTable &g = *g_pColorSpaceAPI->pGeneral;
+  std::vector<int32_t> codes;
+  for (const FormatInfo &f : kFormats)
+    if (f.packing != Packing::Reserved) codes.push_back(f.code);
+  struct Image {
+    std::vector<std::vector<uint8_t>> planes;
+    TCS_FrameDesc desc{};
+    Image(int32_t code, int32_t w, int32_t rows, uint32_t seed) {
+      std::mt19937 rng(seed);
+      desc.format = code;
+      for (int k = 0; k < 3; ++k) {
+        const int64_t pitch = 8 * w + 8 + 2 * k;
+        planes.emplace_back(static_cast<size_t>(pitch * rows));
+        for (uint8_t &b : planes.back()) b = static_cast<uint8_t>(rng());
+        desc.plane[k] = {planes.back().data(), pitch};
+      }
+    }
+    uint64_t Into(uint64_t h) const {
+      for (const auto &p : planes) h = Fnv(h, p);
+      return h;
+    }
+  };
+  for (int32_t s : codes)
+    for (int32_t d : codes) {
+      if ((s <= 11 && d <= 11) || !video::lines::ChainOfCodes(s, d)) continue;
+      char name[64];
+      std::snprintf(name, sizeof name, "descriptor %d>%d", s, d);
+      // Widths of whole V210 groups and 4:1:1 quads; heights of whole 4:2:0
+      // fields and ones that no field form of 4:2:0 takes; every matrix
+      // selector where the chain has a matrix.
+      const bool matrices = video::lines::ChainOfCodes(s, d)->matrix;
+      uint64_t h = kFnvBasis;
+      uint32_t seed = 11;
+      for (int32_t w : {12, 36})
+        for (int32_t rows : {2, 6, 12})
+          for (uint8_t flip = 0; flip < 2; ++flip)
+            for (int32_t matrix : {0, 1, 3, 2}) {
+              if (!matrices && matrix) break;
+              Image src(s, w, rows, seed += 7), dst(d, w, rows, seed + 1);
+              Image f1(d, w, rows / 2, seed + 2), f2(d, w, rows / 2, seed + 3);
+              Image g1(s, w, rows / 2, seed + 4), g2(s, w, rows / 2, seed + 5);
+              h = FnvValue(h, g.TCS_ColorConvFrameEx(&dst.desc, &src.desc, matrix, w, rows, flip));
+              h = FnvValue(
+                  h, g.TCS_ColorConvSplitEx(&f1.desc, &f2.desc, &src.desc, matrix, w, rows, flip));
+              h = FnvValue(h, g.TCS_ColorConvComposeEx(&dst.desc, &g1.desc, &g2.desc, matrix, w,
+                                                       rows, flip));
+              h = f2.Into(f1.Into(dst.Into(h)));
+            }
+      std::printf("general %s %016" PRIx64 "\n", name, h);
+    }
+}
+
 // Every operation of sub-table 0: the dispatchers over every code pair (and
 // unknown codes) in their three forms, plain and by descriptor, the repackers,
 // the field split and compose and the range scaling.
@@ -113,6 +172,7 @@ void HashGeneral() {
         return h;
       });
     }
+  HashExtended();
   // The repack triples: frame, split, compose, with each option value.
   auto triple = [&](const char *name, auto frame, auto split, auto compose,
                     std::vector<std::vector<int64_t>> options) {

@@ -330,10 +330,13 @@ std::vector<Call> RefusedCalls() {
                              {.image = 2, .pitch = -4},
                              {.s = 9, .d = 8, .image = 1, .plane = 2, .null = true},
                              {.s = 8, .d = 9, .image = 0, .plane = 1, .pitch = 0}});
-  for (int code : {11, 23, 1013, 1036, -1, INT32_MIN}) {
+  // Codes that name no layout, and pairs of the extended space without a
+  // conversion (the descriptor forms convert the others).
+  for (int code : {1014, 1024, 1037, -1, INT32_MIN}) {
     calls.push_back({.s = code});
     calls.push_back({.d = code});
   }
+  calls.insert(calls.end(), {{.d = 1013}, {.s = 2, .d = 12}, {.s = 1013, .d = 8}});
   for (int d = 0; d < 10; ++d) calls.push_back({.s = 10, .d = d});
   return calls;
 }
