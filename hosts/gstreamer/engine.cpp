@@ -64,6 +64,9 @@ constexpr Geometry kGeometry[] = {
     {TCS_FORMAT_RGB64, 1, {8}, {1}, false, 1, false},
     {TCS_FORMAT_RGB64_SWAP, 1, {8}, {1}, false, 1, false},
     {TCS_FORMAT_YUV422_10BIT, 3, {2, 1, 1}, {1, 1, 1}, false, 2, false},
+    {TCS_FORMAT_YUV422_10BIT_LOW, 3, {2, 1, 1}, {1, 1, 1}, false, 2, false},
+    {TCS_FORMAT_YUV420_10BIT_LOW, 3, {2, 1, 1}, {1, 1, 1}, true, 2, false},
+    {TCS_FORMAT_YUV420_10BIT_LOW_FRAME, 3, {2, 1, 1}, {1, 1, 1}, true, 2, false},
     {kGrayCode, 1, {1}, {1}, false, 1, true},
 };
 const Geometry &geometry(int32_t code) {
