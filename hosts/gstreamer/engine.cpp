@@ -307,17 +307,35 @@ std::string Plan::build(const Side &in, const Side &out, int32_t width, int32_t 
   // Between two YUV layouts of one range the samples are resampled or
   // repacked as they are: no scaling, so repacks stay lossless.
   const bool scale = !(isYuv(in.layout) && isYuv(out.layout) && in.limited == out.limited);
-  for (int i : {0, 1})
-    if (scale && (i ? out : in).limited && !geometry(images_[i].format).bytes)
-      return "the library scales the range of 8-bit samples only: video-range deep colour "
-             "converts only to another YUV format in video range";
+  const bool deepIn = !geometry(images_[0].format).bytes,
+             deepOut = !geometry(images_[1].format).bytes;
+  const bool scaleIn = scale && in.limited && isYuv(in.layout);
+  const bool scaleOut = scale && out.limited && isYuv(out.layout);
+  // The library's range operations take bytes: video-range deep colour is
+  // scaled in an 8-bit twin of its layout, which costs nothing when the
+  // other side has 8-bit samples.
+  if ((scaleIn && deepIn && deepOut) || (scaleOut && deepOut && deepIn))
+    return "the library scales the range of 8-bit samples only: video-range deep colour converts "
+           "to another YUV format in video range or to and from 8-bit formats";
+  auto byteTwin = [&](const Layout &l) {
+    return l.sampling == Sampling::C420 ? codeFor({TCS_FORMAT_YUV420_FRAME, TCS_FORMAT_YUV420, {}})
+                                        : TCS_FORMAT_YUV422;
+  };
   int cur = 0;
-  if (scale && in.limited && isYuv(in.layout)) {
-    cur = addTemp(images_[0].format);
-    addScale(Op::Expand, cur, 0);
+  if (scaleIn && deepIn) {
+    cur = addTemp(byteTwin(in.layout));
+    if (!addConvert(cur, 0)) return "the library has no route between these formats";
   }
-  if (!addConvert(1, cur)) return "the library has no route between these formats";
-  if (scale && out.limited && isYuv(out.layout)) addScale(Op::Compress, 1, 1);
+  if (scaleIn) {
+    const int full = addTemp(codeOf(cur));
+    addScale(Op::Expand, full, cur);
+    cur = full;
+  }
+  int last = 1;
+  if (scaleOut && deepOut) last = addTemp(byteTwin(out.layout));
+  if (!addConvert(last, cur)) return "the library has no route between these formats";
+  if (scaleOut) addScale(Op::Compress, last, last);
+  if (last != 1 && !addConvert(1, last)) return "the library has no route between these formats";
   return {};
 }
 

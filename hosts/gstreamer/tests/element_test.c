@@ -310,6 +310,43 @@ GST_START_TEST(limited_range_is_expanded) {
 }
 GST_END_TEST;
 
+/* Video-range deep colour reaches 8-bit RGB expanded to full range (scaled in
+ * an 8-bit twin of its layout): white and black of 10-bit samples, held in
+ * the top bits (P010) or the bottom ones (I420_10LE), come out at 255 and 0. */
+static guint8 sample16_fill(int x, int y, int plane, const void *user) {
+  (void)y;
+  const guint16 *samples = user; /* luma, chroma */
+  const guint16 v = samples[plane == 0 ? 0 : 1];
+  return (guint8)(x % 2 ? v >> 8 : v & 0xFF);
+}
+GST_START_TEST(deep_video_range_is_expanded) {
+  static const struct {
+    const char *format;
+    int shift;
+  } formats[] = {{"P010_10LE", 6}, {"I420_10LE", 0}};
+  static const int levels[][2] = {{940, 255}, {64, 0}};
+  for (guint f = 0; f < COUNT(formats); ++f)
+    for (guint l = 0; l < COUNT(levels); ++l) {
+      const guint16 samples[2] = {(guint16)(levels[l][0] << formats[f].shift),
+                                  (guint16)(512 << formats[f].shift)};
+      gchar *in_caps = caps_of(formats[f].format, 64, 8, "colorimetry=bt709");
+      gchar *out_caps = caps_of("BGRA", 64, 8, NULL);
+      GstBuffer *in = make_frame(in_caps, sample16_fill, samples);
+      GstBuffer *out = convert("tqcsconvert", in_caps, out_caps, in, NULL, NULL);
+      fail_unless(out != NULL, "%s in video range refused", formats[f].format);
+      GstMapInfo map;
+      gst_buffer_map(out, &map, GST_MAP_READ);
+      fail_unless(map.data[0] == levels[l][1] && map.data[2] == levels[l][1], "%s: %d became %d",
+                  formats[f].format, levels[l][0], map.data[0]);
+      gst_buffer_unmap(out, &map);
+      gst_buffer_unref(out);
+      gst_buffer_unref(in);
+      g_free(in_caps);
+      g_free(out_caps);
+    }
+}
+GST_END_TEST;
+
 /* The output caps carry the colorimetry written; the properties stand for the
  * caps they override. */
 static gchar *negotiated_colorimetry(const char *launch, const gchar *in_caps,
@@ -491,6 +528,8 @@ GST_START_TEST(bad_caps_are_refused) {
                {"UYVY", 64, 48, "colorimetry=smpte240m", "BGRA", "matrix"},
                {"BGRA", 64, 47, NULL, "I420", "even height"},
                {"I420", 64, 50, "interlace-mode=interleaved", "RGB", "multiple of 4"},
+               {"BGRA64_LE", 96, 48, NULL, "v210", "8-bit samples"},
+               {"v210", 100, 48, "colorimetry=1:3:5:1", "BGRA", "multiple of 6"},
                {"GRAY8", 64, 48, NULL, "BGRA", NULL}};
   for (guint i = 0; i < COUNT(cases); ++i) {
     gchar *in_caps = caps_of(cases[i].in, cases[i].width, cases[i].height, cases[i].in_extra);
@@ -553,6 +592,7 @@ static Suite *tqcsconvert_suite(void) {
   tcase_add_test(tc, same_caps_pass_through);
   tcase_add_test(tc, downstream_first_choice);
   tcase_add_test(tc, limited_range_is_expanded);
+  tcase_add_test(tc, deep_video_range_is_expanded);
   tcase_add_test(tc, colorimetry_written_and_overridden);
   tcase_add_test(tc, fields_keep_their_chroma);
   tcase_add_test(tc, bad_caps_are_refused);
