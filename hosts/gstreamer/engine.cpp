@@ -312,9 +312,9 @@ std::string Plan::build(const Side &in, const Side &out, int32_t width, int32_t 
   const bool scaleIn = scale && in.limited && isYuv(in.layout);
   const bool scaleOut = scale && out.limited && isYuv(out.layout);
   // The library's range operations take bytes: video-range deep colour is
-  // scaled in an 8-bit twin of its layout, which costs nothing when the
-  // other side has 8-bit samples.
-  if ((scaleIn && deepIn && deepOut) || (scaleOut && deepOut && deepIn))
+  // scaled in an 8-bit twin of its layout, which keeps all an 8-bit other
+  // side can hold; between two deep sides that would lose their low bits.
+  if (deepIn && deepOut && (scaleIn || scaleOut))
     return "the library scales the range of 8-bit samples only: video-range deep colour converts "
            "to another YUV format in video range or to and from 8-bit formats";
   auto byteTwin = [&](const Layout &l) {
