@@ -12,10 +12,10 @@ set -euo pipefail
 compare=$1
 out=$(mktemp -d)
 trap 'rm -rf "$out"' EXIT
-formats=(BGRA RGBA BGR RGB YUY2 UYVY Y42B I420 v308)
+formats=(BGRA RGBA BGR RGB YUY2 UYVY Y42B NV16 I420 NV12 v308)
 width=320 height=240 failures=0
 colorimetry() { case $1 in BGRA | RGBA | BGR | RGB) echo sRGB ;; *) echo bt709 ;; esac; }
-family() { case $1 in BGRA | RGBA | BGR | RGB) echo rgb ;; YUY2 | UYVY | Y42B) echo yuv422 ;; *) echo "$1" ;; esac; }
+family() { case $1 in BGRA | RGBA | BGR | RGB) echo rgb ;; YUY2 | UYVY | Y42B | NV16) echo yuv422 ;; I420 | NV12) echo yuv420 ;; *) echo "$1" ;; esac; }
 run() { # element in out file
   gst-launch-1.0 -q videotestsrc num-buffers=2 \
     ! "video/x-raw,format=$2,width=$width,height=$height,colorimetry=$(colorimetry "$2")" \
