@@ -6,7 +6,9 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <cstring>
 #include <deque>
+#include <span>
 
 namespace tqgst {
 
@@ -24,67 +26,85 @@ ScopedCapture::~ScopedCapture() { tlCapture = previous_; }
 
 namespace {
 
-bool isPlanar(int32_t code) { return code == TCS_FORMAT_YUV422 || code == TCS_FORMAT_YUV420; }
-
-int planeCount(int32_t code) { return isPlanar(code) ? 3 : 1; }
-
-int32_t bytesPerPixel(int32_t code) {
-  switch (code) {
-    case TCS_FORMAT_RGB32:
-    case TCS_FORMAT_RGB32_SWAP:
-    case TCS_FORMAT_YUVA:
-      return 4;
-    case TCS_FORMAT_RGB24:
-    case TCS_FORMAT_RGB24_SWAP:
-    case TCS_FORMAT_YUV:
-      return 3;
-    case TCS_FORMAT_YUV16:
-    case TCS_FORMAT_YUV16_SWAP:
-      return 2;
-    default:
-      return 1;
-  }
+// The geometry of a code's planes: how many, the bytes of a row of `width`
+// pixels in each (width * num / den), whether the chroma planes hold half the
+// rows (4:2:0), the widths the code takes and whether its samples are bytes
+// (the library's range operations scale bytes only).
+struct Geometry {
+  int32_t code;
+  int planes;
+  int32_t num[3], den[3];
+  bool halfRows;
+  int32_t widthMultiple;
+  bool bytes;
+};
+constexpr Geometry kGeometry[] = {
+    {TCS_FORMAT_RGB32, 1, {4}, {1}, false, 1, true},
+    {TCS_FORMAT_RGB32_SWAP, 1, {4}, {1}, false, 1, true},
+    {TCS_FORMAT_YUVA, 1, {4}, {1}, false, 1, true},
+    {TCS_FORMAT_RGB24, 1, {3}, {1}, false, 1, true},
+    {TCS_FORMAT_RGB24_SWAP, 1, {3}, {1}, false, 1, true},
+    {TCS_FORMAT_YUV, 1, {3}, {1}, false, 1, true},
+    {TCS_FORMAT_YUV16, 1, {2}, {1}, false, 2, true},
+    {TCS_FORMAT_YUV16_SWAP, 1, {2}, {1}, false, 2, true},
+    {TCS_FORMAT_YUV422, 3, {1, 1, 1}, {1, 2, 2}, false, 2, true},
+    {TCS_FORMAT_YUV420, 3, {1, 1, 1}, {1, 2, 2}, true, 2, true},
+    {TCS_FORMAT_YUV420_FRAME, 3, {1, 1, 1}, {1, 2, 2}, true, 2, true},
+    {TCS_FORMAT_YUV16_10BIT, 1, {4}, {1}, false, 2, false},
+    {TCS_FORMAT_YUV16_10BIT_SWAP, 1, {4}, {1}, false, 2, false},
+    {TCS_FORMAT_V210, 1, {16}, {6}, false, 6, false},
+    {TCS_FORMAT_YUV420_10BIT, 3, {2, 1, 1}, {1, 1, 1}, true, 2, false},
+    {TCS_FORMAT_YUV420_10BIT_FRAME, 3, {2, 1, 1}, {1, 1, 1}, true, 2, false},
+    {TCS_FORMAT_NV16, 2, {1, 1}, {1, 1}, false, 2, true},
+    {TCS_FORMAT_NV12, 2, {1, 1}, {1, 1}, true, 2, true},
+    {TCS_FORMAT_NV12_FRAME, 2, {1, 1}, {1, 1}, true, 2, true},
+    {TCS_FORMAT_P210, 2, {2, 2}, {1, 1}, false, 2, false},
+    {TCS_FORMAT_P010, 2, {2, 2}, {1, 1}, true, 2, false},
+    {TCS_FORMAT_P010_FRAME, 2, {2, 2}, {1, 1}, true, 2, false},
+    {TCS_FORMAT_RGB64, 1, {8}, {1}, false, 1, false},
+    {TCS_FORMAT_RGB64_SWAP, 1, {8}, {1}, false, 1, false},
+    {TCS_FORMAT_YUV422_10BIT, 3, {2, 1, 1}, {1, 1, 1}, false, 2, false},
+    {TCS_FORMAT_YUV422_10BIT_LOW, 3, {2, 1, 1}, {1, 1, 1}, false, 2, false},
+    {TCS_FORMAT_YUV420_10BIT_LOW, 3, {2, 1, 1}, {1, 1, 1}, true, 2, false},
+    {TCS_FORMAT_YUV420_10BIT_LOW_FRAME, 3, {2, 1, 1}, {1, 1, 1}, true, 2, false},
+    {kGrayCode, 1, {1}, {1}, false, 1, true},
+};
+const Geometry &geometry(int32_t code) {
+  for (const Geometry &g : kGeometry)
+    if (g.code == code) return g;
+  return kGeometry[std::size(kGeometry) - 1];
+}
+bool is420(int32_t code) { return geometry(code).halfRows; }
+int planeCount(int32_t code) { return geometry(code).planes; }
+int64_t rowBytes(int32_t code, int plane, int64_t width) {
+  const Geometry &g = geometry(code);
+  return width * g.num[plane] / g.den[plane];
+}
+int64_t planeRows(int32_t code, int plane, int64_t rows) {
+  return plane > 0 && is420(code) ? rows / 2 : rows;
 }
 
-// The chroma row that holds frame row `row` (4:2:0 halves it).
-int64_t chromaRow(int32_t code, int64_t row) { return code == TCS_FORMAT_YUV420 ? row / 2 : row; }
-
 // Rows [row, ...) of an image: each plane moved down by its own rows.
-TCS_FrameDesc band(const TCS_FrameDesc &d, int32_t row) {
+TCS_FrameDesc rowsFrom(const TCS_FrameDesc &d, int64_t row) {
   TCS_FrameDesc b = d;
-  for (int p = 0; p < planeCount(d.format); ++p) {
-    const int64_t r = p == 0 ? row : chromaRow(d.format, row);
-    b.plane[p].data += r * d.plane[p].pitch;
-  }
+  for (int p = 0; p < planeCount(d.format); ++p)
+    b.plane[p].data += planeRows(d.format, p, row) * d.plane[p].pitch;
   return b;
 }
 
-// One field of an interleaved image: every second row of each plane, first
-// (0) or second (1). The chroma rows of an interleaved 4:2:0 frame alternate
-// between the fields as its luma rows do.
-TCS_FrameDesc field(const TCS_FrameDesc &d, int which) {
-  TCS_FrameDesc f = d;
-  for (int p = 0; p < planeCount(d.format); ++p) {
-    f.plane[p].data += which * d.plane[p].pitch;
-    f.plane[p].pitch *= 2;
+// An image of `rows` rows in `bytes`, each plane with the pitch `pitches`
+// gives (tight rows where it gives none); returns the bytes it needs.
+int64_t place(TCS_FrameDesc &d, int32_t code, uint8_t *bytes, int64_t width, int64_t rows,
+              const TCS_FrameDesc *pitches = nullptr) {
+  d = {};
+  d.format = code;
+  int64_t at = 0;
+  for (int p = 0; p < planeCount(code); ++p) {
+    const int64_t pitch = pitches ? pitches->plane[p].pitch : rowBytes(code, p, width);
+    d.plane[p] = {bytes ? bytes + at : nullptr, pitch};
+    at += pitch * planeRows(code, p, rows);
   }
-  return f;
-}
-
-Sampling samplingOf(int32_t code) {
-  switch (code) {
-    case TCS_FORMAT_YUVA:
-    case TCS_FORMAT_YUV:
-      return Sampling::C444;
-    case TCS_FORMAT_YUV16:
-    case TCS_FORMAT_YUV16_SWAP:
-    case TCS_FORMAT_YUV422:
-      return Sampling::C422;
-    case TCS_FORMAT_YUV420:
-      return Sampling::C420;
-    default:
-      return Sampling::Rgb;
-  }
+  return at;
 }
 
 bool rgb32(int32_t code) { return code == TCS_FORMAT_RGB32 || code == TCS_FORMAT_RGB32_SWAP; }
@@ -101,125 +121,101 @@ Scale scaleOf(bool expand, int lane) {
   return {g_sSafe_Gain_YUYV[i], g_sSafe_Offset_YUYV[i]};
 }
 
-// Planar frames (codes 8 and 9), which the library's range operations leave
+// Frames of more than one plane, which the library's range operations leave
 // untouched: each plane scaled with the very gain and offset the library
 // applies to the same sample in packed 4:2:2, through the same TQMemProc
 // routine, so the bytes are those of a round trip through packed 4:2:2.
-void scalePlanar(const TCS_FrameDesc &dst, const TCS_FrameDesc &src, bool expand, int32_t width,
+void scalePlanes(const TCS_FrameDesc &dst, const TCS_FrameDesc &src, bool expand, int32_t width,
                  int32_t rows) {
   const TMP_APIStu *mp = TMP_GetAPIStuPtr();
-  for (int p = 0; p < 3; ++p) {
+  for (int p = 0; p < planeCount(src.format); ++p) {
     const Scale s = scaleOf(expand, p == 0 ? 0 : 1);
-    const int32_t bytes = p == 0 ? width : width / 2;
-    const int64_t n = p == 0 ? rows : chromaRow(src.format, rows);
-    for (int64_t r = 0; r < n; ++r)
+    for (int64_t r = 0; r < planeRows(src.format, p, rows); ++r)
       mp->pPixel->TMP_Scale_Run(dst.plane[p].data + r * dst.plane[p].pitch,
                                 src.plane[p].data + r * src.plane[p].pitch, s.gain, s.offset,
-                                bytes);
+                                int32_t(rowBytes(src.format, p, width)));
   }
 }
 
-// The pairs of format codes the library converts in all three forms, found
-// once by converting a small frame of each pair: a pair it refuses (result 0
-// or a log record) or leaves unwritten (kept for compatibility) is not taken.
-// A pair is converted in bands of rows only where two bands gave the bytes of
-// one call (a frame whose rows touch in memory is one run of pixels to the
-// library, and some kernels read the next pair of pixels across a row end).
-constexpr int kCodes = TCS_FORMAT_ALPHA;  // the colour codes 0 to 9
+// The pairs of format codes the library converts, found once by converting a
+// small frame of each pair: a pair it refuses (result 0 or a log record) or
+// leaves unwritten (kept for compatibility) is not taken.
+// Every code of the geometry table but grey's.
+constexpr int kCodeCount = int(std::size(kGeometry)) - 1;
+int indexOf(int32_t code) {
+  for (int i = 0; i < kCodeCount; ++i)
+    if (kGeometry[i].code == code) return i;
+  return -1;
+}
+
 class Routes {
  public:
   Routes() {
-    for (int s = 0; s < kCodes; ++s)
-      for (int d = 0; d < kCodes; ++d) {
-        ok_[s][d] = probe(s, d);
-        bandable_[s][d] = ok_[s][d] && bandsMatch(s, d);
-      }
+    for (int s = 0; s < kCodeCount; ++s)
+      for (int d = 0; d < kCodeCount; ++d) ok_[s][d] = probe(kGeometry[s].code, kGeometry[d].code);
   }
-  bool bandable(int32_t s, int32_t d) const {
-    return s == d || (s >= 0 && d >= 0 && s < kCodes && d < kCodes && bandable_[s][d]);
+  bool converts(int32_t code) const {
+    const int c = indexOf(code);
+    for (int o = 0; c >= 0 && o < kCodeCount; ++o)
+      if (ok_[c][o] || ok_[o][c]) return true;
+    return false;
   }
-  // The shortest chain of codes from s to d, lossless intermediates first.
+  // The shortest chain of codes from s to d, lossless intermediates first:
+  // of bytes between two formats of bytes, of 16-bit samples otherwise.
   std::vector<int32_t> path(int32_t s, int32_t d) const {
-    static constexpr int32_t kPreferred[] = {
-        TCS_FORMAT_YUVA,  TCS_FORMAT_YUV422,     TCS_FORMAT_YUV16, TCS_FORMAT_YUV16_SWAP,
-        TCS_FORMAT_RGB32, TCS_FORMAT_RGB32_SWAP, TCS_FORMAT_RGB24, TCS_FORMAT_RGB24_SWAP,
-        TCS_FORMAT_YUV,   TCS_FORMAT_YUV420};
-    std::array<int32_t, kCodes> from;
+    static constexpr int32_t kBytes[] = {
+        TCS_FORMAT_YUVA,       TCS_FORMAT_YUV422,     TCS_FORMAT_YUV16,
+        TCS_FORMAT_YUV16_SWAP, TCS_FORMAT_RGB32,      TCS_FORMAT_RGB32_SWAP,
+        TCS_FORMAT_RGB24,      TCS_FORMAT_RGB24_SWAP, TCS_FORMAT_YUV};
+    static constexpr int32_t kDeep[] = {TCS_FORMAT_P210, TCS_FORMAT_YUV422_10BIT,
+                                        TCS_FORMAT_YUV16_10BIT, TCS_FORMAT_RGB64};
+    const bool bytes = geometry(s).bytes && geometry(d).bytes;
+    std::array<int, kCodeCount> from;
     from.fill(-1);
-    from[s] = s;
-    std::deque<int32_t> queue{s};
-    while (!queue.empty() && from[d] < 0) {
-      const int32_t a = queue.front();
+    const int si = indexOf(s), di = indexOf(d);
+    if (si < 0 || di < 0) return {};
+    from[si] = si;
+    std::deque<int> queue{si};
+    while (!queue.empty() && from[di] < 0) {
+      const int a = queue.front();
       queue.pop_front();
-      for (int32_t b : kPreferred)
+      auto visit = [&](int b) {
         if (from[b] < 0 && ok_[a][b]) {
           from[b] = a;
           queue.push_back(b);
         }
+      };
+      visit(di);
+      const std::span<const int32_t> first(kBytes), second(kDeep);
+      for (int32_t code : bytes ? first : second) visit(indexOf(code));
+      for (int32_t code : bytes ? second : first) visit(indexOf(code));
     }
     std::vector<int32_t> chain;
-    if (from[d] < 0) return chain;
-    for (int32_t c = d; c != s; c = from[c]) chain.insert(chain.begin(), c);
+    if (from[di] < 0) return chain;
+    for (int c = di; c != si; c = from[c]) chain.insert(chain.begin(), kGeometry[c].code);
     chain.insert(chain.begin(), s);
     return chain;
   }
 
  private:
-  static TCS_FrameDesc image(std::vector<uint8_t> &bytes, int32_t code) {
-    TCS_FrameDesc d{};
-    d.format = code;
-    uint8_t *p = bytes.data();
-    if (isPlanar(code)) {
-      d.plane[0] = {p, kSize};
-      d.plane[1] = {p + kSize * kSize, kSize / 2};
-      d.plane[2] = {p + kSize * kSize * 3 / 2, kSize / 2};
-    } else {
-      d.plane[0] = {p, kSize * bytesPerPixel(code)};
-    }
-    return d;
-  }
   static bool probe(int32_t s, int32_t d) {
-    const TCS_GeneralTable *g = TCS_GetAPIStuPtr()->pGeneral;
-    for (int form = 0; form < 3; ++form) {
-      std::vector<uint8_t> src(kSize * kSize * 4, 100), dst(kSize * kSize * 4, kCanary);
-      const TCS_FrameDesc sd = image(src, s), dd = image(dst, d);
-      Capture capture;
-      capture.quiet = true;
-      ScopedCapture scope(&capture);
-      uint64_t result;
-      if (form == 0) {
-        result = g->TCS_ColorConvFrameEx(&dd, &sd, TCS_MATRIX_HD, kSize, kSize, 0);
-      } else if (form == 1) {
-        const TCS_FrameDesc f1 = field(dd, 0), f2 = field(dd, 1);
-        result = g->TCS_ColorConvSplitEx(&f1, &f2, &sd, TCS_MATRIX_HD, kSize, kSize, 0);
-      } else {
-        const TCS_FrameDesc f1 = field(sd, 0), f2 = field(sd, 1);
-        result = g->TCS_ColorConvComposeEx(&dd, &f1, &f2, TCS_MATRIX_HD, kSize, kSize, 0);
-      }
-      const bool written =
-          std::any_of(dst.begin(), dst.end(), [](uint8_t b) { return b != kCanary; });
-      if (!result || !capture.reason.empty() || !written) return false;
-    }
-    return true;
+    static constexpr int64_t kWidth = 24, kRows = 16;
+    static constexpr uint8_t kCanary = 0xEE;
+    TCS_FrameDesc sd, dd;
+    std::vector<uint8_t> src(static_cast<size_t>(place(sd, s, nullptr, kWidth, kRows)), 100);
+    std::vector<uint8_t> dst(static_cast<size_t>(place(dd, d, nullptr, kWidth, kRows)), kCanary);
+    place(sd, s, src.data(), kWidth, kRows);
+    place(dd, d, dst.data(), kWidth, kRows);
+    Capture capture;
+    capture.quiet = true;
+    ScopedCapture scope(&capture);
+    const uint64_t result = TCS_GetAPIStuPtr()->pGeneral->TCS_ColorConvFrameEx(
+        &dd, &sd, TCS_MATRIX_HD, kWidth, kRows, 0);
+    const bool written =
+        std::any_of(dst.begin(), dst.end(), [](uint8_t b) { return b != kCanary; });
+    return result && capture.reason.empty() && written;
   }
-  static bool bandsMatch(int32_t s, int32_t d) {
-    const TCS_GeneralTable *g = TCS_GetAPIStuPtr()->pGeneral;
-    std::vector<uint8_t> src(kSize * kSize * 4), one(src.size()), two(src.size());
-    uint32_t seed = 21;
-    for (uint8_t &b : src) b = uint8_t((seed = seed * 1103515245u + 12345u) >> 16);
-    const TCS_FrameDesc sd = image(src, s), od = image(one, d), td = image(two, d);
-    const int32_t half = kSize / 2;
-    g->TCS_ColorConvFrameEx(&od, &sd, TCS_MATRIX_HD, kSize, kSize, 0);
-    for (int32_t row = 0; row < kSize; row += half) {
-      const TCS_FrameDesc bd = band(td, row), bs = band(sd, row);
-      g->TCS_ColorConvFrameEx(&bd, &bs, TCS_MATRIX_HD, kSize, half, 0);
-    }
-    return one == two;
-  }
-  static constexpr int64_t kSize = 16;
-  static constexpr uint8_t kCanary = 0xEE;
-  bool ok_[kCodes][kCodes];
-  bool bandable_[kCodes][kCodes];
+  bool ok_[kCodeCount][kCodeCount];
 };
 
 const Routes &routes() {
@@ -227,26 +223,36 @@ const Routes &routes() {
   return table;
 }
 
-}  // namespace
-
-int Plan::addTemp(Layout layout) {
-  const int64_t w = width_, h = height_;
-  const int64_t size = isPlanar(layout.code) ? w * h * 2 : w * h * bytesPerPixel(layout.code);
-  temps_.push_back({layout, std::vector<uint8_t>(static_cast<size_t>(size))});
-  return 2 + static_cast<int>(temps_.size()) - 1;
+// Bands start on multiples of four rows where 4:2:0 is on either side (a
+// group of two rows of each field), of two otherwise; a seam is converted
+// again from kMargin * 2 rows above it to as many below, and the kMargin rows
+// either side of it are kept.
+constexpr int32_t kMargin = 8;
+constexpr int32_t kMinBand = 4 * kMargin;
+int32_t bandStart(int32_t rows, unsigned part, unsigned parts, bool c420) {
+  if (part >= parts) return rows;
+  return int32_t(int64_t(rows) * part / parts) & (c420 ? ~3 : ~1);
 }
 
-Layout Plan::layoutOf(int image) const {
-  return image == 0 ? in_ : image == 1 ? out_ : temps_[image - 2].layout;
+}  // namespace
+
+bool converts(int32_t code) { return routes().converts(code); }
+
+int Plan::addTemp(int32_t code) {
+  TCS_FrameDesc d;
+  temps_.emplace_back(static_cast<size_t>(place(d, code, nullptr, width_, height_)));
+  place(d, code, temps_.back().data(), width_, height_);
+  images_.push_back(d);
+  return int(images_.size()) - 1;
 }
 
 // Packed 4:4:4, which the range operations leave as it is, is scaled as YUVA.
 void Plan::addScale(Op op, int dst, int src) {
-  if (layoutOf(src).code != TCS_FORMAT_YUV) {
+  if (codeOf(src) != TCS_FORMAT_YUV) {
     steps_.push_back({op, dst, src});
     return;
   }
-  const int t = addTemp({TCS_FORMAT_YUVA, Sampling::C444});
+  const int t = addTemp(TCS_FORMAT_YUVA);
   addConvert(t, src);
   steps_.push_back({op, t, t});
   addConvert(dst, t);
@@ -254,15 +260,15 @@ void Plan::addScale(Op op, int dst, int src) {
 
 // Through intermediates where the library has no direct route.
 bool Plan::addConvert(int dst, int src) {
-  const int32_t d = layoutOf(dst).code;
+  const int32_t d = codeOf(dst);
   if (d == kGrayCode) {
-    steps_.push_back({Op::Convert, dst, src});
+    steps_.push_back({Op::Gray, dst, src});
     return true;
   }
-  const std::vector<int32_t> chain = routes().path(layoutOf(src).code, d);
+  const std::vector<int32_t> chain = routes().path(codeOf(src), d);
   if (chain.empty()) return false;
   for (size_t i = 1; i + 1 < chain.size(); ++i) {
-    const int t = addTemp({chain[i], samplingOf(chain[i])});
+    const int t = addTemp(chain[i]);
     steps_.push_back({Op::Convert, t, src});
     src = t;
   }
@@ -270,107 +276,175 @@ bool Plan::addConvert(int dst, int src) {
   return true;
 }
 
-std::string Plan::build(const Side &in, const Side &out, int32_t width, int32_t height) {
-  in_ = in.layout;
-  out_ = out.layout;
+std::string Plan::build(const Side &in, const Side &out, int32_t width, int32_t height,
+                        bool fields) {
   width_ = width;
   height_ = height;
   temps_.clear();
   steps_.clear();
-  if (in_.sampling == Sampling::Gray) return "the library converts nothing from GRAY8";
-  if (out_.sampling == Sampling::Gray && in_.sampling != Sampling::Rgb)
-    return "the library converts only RGB to GRAY8";
-  if ((isSubsampled(in_) || isSubsampled(out_)) && width % 2)
-    return "4:2:x chroma needs an even width";
-  if ((in_.sampling == Sampling::C420 || out_.sampling == Sampling::C420) && height % 4)
-    return "4:2:0 needs a height that is a multiple of 4 (two fields of whole chroma rows)";
+  // Progressive 4:2:0 is sited on the frame where the library has that code.
+  auto codeFor = [&](const Layout &l) {
+    return fields || !converts(l.code) ? l.fieldCode : l.code;
+  };
+  images_.assign(2, TCS_FrameDesc{});
+  images_[0].format = codeFor(in.layout);
+  images_[1].format = codeFor(out.layout);
+  if (in.layout.sampling == Sampling::Gray) return "the library converts nothing from GRAY8";
+  if (out.layout.sampling == Sampling::Gray && !isByteRgb(in.layout.code))
+    return "the library converts only 8-bit RGB to GRAY8";
+  for (int i : {0, 1}) {
+    const int32_t multiple = geometry(images_[i].format).widthMultiple;
+    if (width % multiple)
+      return (multiple == 2
+                  ? std::string("4:2:x chroma needs an even width")
+                  : "the format needs a width that is a multiple of " + std::to_string(multiple));
+  }
+  const bool c420 = in.layout.sampling == Sampling::C420 || out.layout.sampling == Sampling::C420;
+  if (c420 && height % (fields ? 4 : 2))
+    return fields ? "interlaced 4:2:0 needs a height that is a multiple of 4"
+                  : "4:2:0 needs an even height";
   // Steps run with the source as image 0 and the destination as image 1.
   // Between two YUV layouts of one range the samples are resampled or
   // repacked as they are: no scaling, so repacks stay lossless.
-  const bool scale = !(isYuv(in_) && isYuv(out_) && in.limited == out.limited);
+  const bool scale = !(isYuv(in.layout) && isYuv(out.layout) && in.limited == out.limited);
+  const bool deepIn = !geometry(images_[0].format).bytes,
+             deepOut = !geometry(images_[1].format).bytes;
+  const bool scaleIn = scale && in.limited && isYuv(in.layout);
+  const bool scaleOut = scale && out.limited && isYuv(out.layout);
+  // The library's range operations take bytes: video-range deep colour is
+  // scaled in an 8-bit twin of its layout, which keeps all an 8-bit other
+  // side can hold; between two deep sides that would lose their low bits.
+  if (deepIn && deepOut && (scaleIn || scaleOut))
+    return "the library scales the range of 8-bit samples only: video-range deep colour converts "
+           "to another YUV format in video range or to and from 8-bit formats";
+  auto byteTwin = [&](const Layout &l) {
+    return l.sampling == Sampling::C420 ? codeFor({TCS_FORMAT_YUV420_FRAME, TCS_FORMAT_YUV420, {}})
+                                        : TCS_FORMAT_YUV422;
+  };
   int cur = 0;
-  if (scale && in.limited && isYuv(in_)) {
-    cur = addTemp(in_);
-    addScale(Op::Expand, cur, 0);
+  if (scaleIn && deepIn) {
+    cur = addTemp(byteTwin(in.layout));
+    if (!addConvert(cur, 0)) return "the library has no route between these formats";
   }
-  if (!addConvert(1, cur)) return "the library has no route between these formats";
-  if (scale && out.limited && isYuv(out_)) addScale(Op::Compress, 1, 1);
+  if (scaleIn) {
+    const int full = addTemp(codeOf(cur));
+    addScale(Op::Expand, full, cur);
+    cur = full;
+  }
+  int last = 1;
+  if (scaleOut && deepOut) last = addTemp(byteTwin(out.layout));
+  if (!addConvert(last, cur)) return "the library has no route between these formats";
+  if (scaleOut) addScale(Op::Compress, last, last);
+  if (last != 1 && !addConvert(1, last)) return "the library has no route between these formats";
   return {};
 }
 
-bool Plan::runStep(const Step &step, const std::vector<TCS_FrameDesc> &images,
-                   const Options &options, const Runner &runner) const {
+bool Plan::call(const Step &step, const TCS_FrameDesc &dst, const TCS_FrameDesc &src,
+                int32_t rows) const {
   const TCS_APIStu *api = TCS_GetAPIStuPtr();
-  const TCS_FrameDesc &dst = images[step.dst];
-  const TCS_FrameDesc &src = images[step.src];
-  const int32_t w = width_, h = height_;
-  const bool c420 = dst.format == TCS_FORMAT_YUV420 || src.format == TCS_FORMAT_YUV420;
-  // Field by field where chroma rows are filtered: the split form writes the
-  // two fields of the destination, the compose form reads those of the source.
-  if (step.op == Op::Convert && options.fields && c420 && dst.format != src.format) {
-    if (dst.format == TCS_FORMAT_YUV420) {
-      const TCS_FrameDesc f1 = field(src, 0), f2 = field(src, 1);
-      return api->pGeneral->TCS_ColorConvComposeEx(&dst, &f1, &f2, options.matrix, w, h, 0) != 0;
-    }
-    const TCS_FrameDesc f1 = field(dst, 0), f2 = field(dst, 1);
-    return api->pGeneral->TCS_ColorConvSplitEx(&f1, &f2, &src, options.matrix, w, h, 0) != 0;
-  }
-  // Range scaling and grey treat each pixel on its own; conversions are cut
-  // into bands where that was seen to give the bytes of one call.
-  const bool rowLocal = step.op != Op::Convert || dst.format == kGrayCode ||
-                        (!c420 && routes().bandable(src.format, dst.format));
-  const unsigned parts = rowLocal ? std::max(1u, std::min(options.nThreads, unsigned(h / 2))) : 1;
-  const int32_t rowsPerPart = parts == 1 ? h : ((h + int32_t(parts) - 1) / int32_t(parts) + 1) & ~1;
-  std::atomic<bool> ok{true};
-  auto work = [&](unsigned part) {
-    const int32_t r0 = int32_t(part) * rowsPerPart;
-    const int32_t rows = std::min(h - r0, rowsPerPart);
-    if (rows <= 0) return;
-    const TCS_FrameDesc d = band(dst, r0), s = band(src, r0);
-    uint64_t result = 1;
-    if (step.op != Op::Convert) {
-      const bool expand = step.op == Op::Expand;
-      if (isPlanar(s.format))
-        scalePlanar(d, s, expand, w, rows);
+  switch (step.op) {
+    case Op::Convert:
+      return api->pGeneral->TCS_ColorConvFrameEx(&dst, &src, matrix, width_, rows, 0) != 0;
+    case Op::Gray:
+      (rgb32(src.format) ? api->pRGB32->TCS_RGB32_2_Gray_Frame
+                         : api->pRGB24->TCS_RGB24_2_Gray_Frame)(
+          dst.plane[0].data, dst.plane[0].pitch, src.plane[0].data, src.plane[0].pitch, width_,
+          rows, matrix, bFirst(src.format), 0);
+      return true;
+    case Op::Expand:
+    case Op::Compress:
+      if (planeCount(src.format) > 1)
+        scalePlanes(dst, src, step.op == Op::Expand, width_, rows);
       else
-        (expand ? api->pGeneral->TCS_RangeExpandFrame : api->pGeneral->TCS_RangeCompressFrame)(
-            d.plane[0].data, d.plane[0].pitch, s.plane[0].data, s.plane[0].pitch, s.format, w, rows,
-            0);
-    } else if (d.format == kGrayCode) {
-      (rgb32(s.format) ? api->pRGB32->TCS_RGB32_2_Gray_Frame : api->pRGB24->TCS_RGB24_2_Gray_Frame)(
-          d.plane[0].data, d.plane[0].pitch, s.plane[0].data, s.plane[0].pitch, w, rows,
-          options.matrix, bFirst(s.format), 0);
-    } else {
-      result = api->pGeneral->TCS_ColorConvFrameEx(&d, &s, options.matrix, w, rows, 0);
-    }
-    if (!result) ok = false;
-  };
-  if (parts == 1)
-    work(0);
-  else
-    runner(parts, work);
+        (step.op == Op::Expand ? api->pGeneral->TCS_RangeExpandFrame
+                               : api->pGeneral->TCS_RangeCompressFrame)(
+            dst.plane[0].data, dst.plane[0].pitch, src.plane[0].data, src.plane[0].pitch,
+            src.format, width_, rows, 0);
+      return true;
+  }
+  return false;
+}
+
+bool Plan::runBands(const Step &step, const TCS_FrameDesc &dst, const TCS_FrameDesc &src,
+                    int32_t rows, unsigned parts, Cut cut, const Runner &runner) const {
+  const bool c420 = is420(dst.format) || is420(src.format);
+  std::atomic<bool> ok{true};
+  runner(parts, [&](unsigned part) {
+    const int32_t r0 = bandStart(rows, part, parts, c420),
+                  r1 = bandStart(rows, part + 1, parts, c420);
+    if (!call(step, rowsFrom(dst, r0), rowsFrom(src, r0), r1 - r0)) ok = false;
+  });
+  if (cut != Cut::Seams || parts < 2) return ok;
+  // Each seam again, into scratch rows of the destination's pitches.
+  TCS_FrameDesc window;
+  const int64_t bytes = place(window, dst.format, nullptr, width_, 4 * kMargin, &dst);
+  if (seams_.size() < static_cast<size_t>(bytes) * (parts - 1))
+    seams_.resize(static_cast<size_t>(bytes) * (parts - 1));
+  runner(parts - 1, [&](unsigned seam) {
+    const int32_t at = bandStart(rows, seam + 1, parts, c420);
+    TCS_FrameDesc w;
+    place(w, dst.format, seams_.data() + bytes * seam, width_, 4 * kMargin, &dst);
+    if (!call(step, w, rowsFrom(src, at - 2 * kMargin), 4 * kMargin)) ok = false;
+    const TCS_FrameDesc kept = rowsFrom(w, kMargin), to = rowsFrom(dst, at - kMargin);
+    for (int p = 0; p < planeCount(dst.format); ++p)
+      for (int64_t r = 0; r < planeRows(dst.format, p, 2 * kMargin); ++r)
+        std::memcpy(to.plane[p].data + r * to.plane[p].pitch,
+                    kept.plane[p].data + r * kept.plane[p].pitch,
+                    static_cast<size_t>(rowBytes(dst.format, p, width_)));
+  });
   return ok;
 }
 
-bool Plan::run(const TCS_FrameDesc &dst, const TCS_FrameDesc &src, const Options &options,
-               const Runner &runner) const {
-  std::vector<TCS_FrameDesc> images{src, dst};
-  for (Temp &t : temps_) {
-    TCS_FrameDesc d{};
-    d.format = t.layout.code;
-    uint8_t *base = t.bytes.data();
-    if (isPlanar(t.layout.code)) {
-      const int64_t cw = width_ / 2, ch = chromaRow(t.layout.code, height_);
-      d.plane[0] = {base, width_};
-      d.plane[1] = {base + int64_t(width_) * height_, cw};
-      d.plane[2] = {d.plane[1].data + cw * ch, cw};
-    } else {
-      d.plane[0] = {base, int64_t(width_) * bytesPerPixel(t.layout.code)};
-    }
-    images.push_back(d);
+// Converts a frame of noise on the frames' own pitches in one call and in two
+// bands, then in two bands with the seam again: the first way that gives
+// the bytes of one call is the step's.
+Plan::Cut Plan::probeCut(const Step &step, const TCS_FrameDesc &dst,
+                         const TCS_FrameDesc &src) const {
+  for (const TCS_FrameDesc *d : {&dst, &src})
+    for (int p = 0; p < planeCount(d->format); ++p)
+      if (d->plane[p].pitch < rowBytes(d->format, p, width_)) return Cut::Whole;
+  constexpr int32_t kRows = 2 * kMinBand;
+  TCS_FrameDesc s, one, two;
+  std::vector<uint8_t> in(static_cast<size_t>(place(s, src.format, nullptr, width_, kRows, &src)));
+  uint32_t seed = 21;
+  for (uint8_t &b : in) b = uint8_t((seed = seed * 1103515245u + 12345u) >> 16);
+  place(s, src.format, in.data(), width_, kRows, &src);
+  std::vector<uint8_t> a(static_cast<size_t>(place(one, dst.format, nullptr, width_, kRows, &dst)));
+  place(one, dst.format, a.data(), width_, kRows, &dst);
+  Capture capture;
+  capture.quiet = true;
+  ScopedCapture scope(&capture);
+  if (!call(step, one, s, kRows) || !capture.reason.empty()) return Cut::Whole;
+  const Runner inTurn = [](unsigned parts, const std::function<void(unsigned)> &work) {
+    for (unsigned i = 0; i < parts; ++i) work(i);
+  };
+  // Steps that write over their source keep to plain bands.
+  const Cut tries[] = {Cut::Bands, step.dst == step.src ? Cut::Whole : Cut::Seams};
+  for (Cut cut : tries) {
+    if (cut == Cut::Whole) break;
+    std::vector<uint8_t> b(a.size());
+    place(two, dst.format, b.data(), width_, kRows, &dst);
+    if (runBands(step, two, s, kRows, 2, cut, inTurn) && b == a) return cut;
   }
-  for (const Step &step : steps_)
-    if (!runStep(step, images, options, runner)) return false;
+  return Cut::Whole;
+}
+
+bool Plan::run(const TCS_FrameDesc &dst, const TCS_FrameDesc &src, unsigned parts,
+               const Runner &runner) const {
+  // The frames' planes with the codes the plan chose for them.
+  for (int i : {0, 1}) {
+    const int32_t code = images_[i].format;
+    images_[i] = i == 0 ? src : dst;
+    images_[i].format = code;
+  }
+  for (const Step &step : steps_) {
+    const TCS_FrameDesc &d = images_[step.dst], &s = images_[step.src];
+    const unsigned n = std::min<unsigned>(parts, unsigned(height_ / kMinBand));
+    if (n > 1 && step.cut == Cut::Unknown) step.cut = probeCut(step, d, s);
+    const bool cut = n > 1 && step.cut != Cut::Whole;
+    if (!(cut ? runBands(step, d, s, height_, n, step.cut, runner) : call(step, d, s, height_)))
+      return false;
+  }
   return true;
 }
 

@@ -23,28 +23,53 @@ using tqgst::kGrayCode;
 using tqgst::Layout;
 using tqgst::Sampling;
 
-// Every format the element offers, with the library's layout of it. A format
-// the library learns to convert is one more line here.
+// Every format the element can offer, with the library's layout of it; it is
+// offered where the library converts its code. A format the library learns to
+// convert is one more line here.
 struct FormatEntry {
   GstVideoFormat gst;
   Layout layout;
 };
 constexpr FormatEntry kFormats[] = {
-    {GST_VIDEO_FORMAT_BGRA, {TCS_FORMAT_RGB32, Sampling::Rgb}},
-    {GST_VIDEO_FORMAT_RGBA, {TCS_FORMAT_RGB32_SWAP, Sampling::Rgb}},
-    {GST_VIDEO_FORMAT_BGR, {TCS_FORMAT_RGB24, Sampling::Rgb}},
-    {GST_VIDEO_FORMAT_RGB, {TCS_FORMAT_RGB24_SWAP, Sampling::Rgb}},
-    {GST_VIDEO_FORMAT_YUY2, {TCS_FORMAT_YUV16, Sampling::C422}},
-    {GST_VIDEO_FORMAT_UYVY, {TCS_FORMAT_YUV16_SWAP, Sampling::C422}},
-    {GST_VIDEO_FORMAT_Y42B, {TCS_FORMAT_YUV422, Sampling::C422}},
-    {GST_VIDEO_FORMAT_I420, {TCS_FORMAT_YUV420, Sampling::C420}},
-    {GST_VIDEO_FORMAT_v308, {TCS_FORMAT_YUV, Sampling::C444}},
-    {GST_VIDEO_FORMAT_GRAY8, {kGrayCode, Sampling::Gray}},
+    {GST_VIDEO_FORMAT_BGRA, {TCS_FORMAT_RGB32, TCS_FORMAT_RGB32, Sampling::Rgb}},
+    {GST_VIDEO_FORMAT_RGBA, {TCS_FORMAT_RGB32_SWAP, TCS_FORMAT_RGB32_SWAP, Sampling::Rgb}},
+    {GST_VIDEO_FORMAT_BGR, {TCS_FORMAT_RGB24, TCS_FORMAT_RGB24, Sampling::Rgb}},
+    {GST_VIDEO_FORMAT_RGB, {TCS_FORMAT_RGB24_SWAP, TCS_FORMAT_RGB24_SWAP, Sampling::Rgb}},
+    {GST_VIDEO_FORMAT_YUY2, {TCS_FORMAT_YUV16, TCS_FORMAT_YUV16, Sampling::C422}},
+    {GST_VIDEO_FORMAT_UYVY, {TCS_FORMAT_YUV16_SWAP, TCS_FORMAT_YUV16_SWAP, Sampling::C422}},
+    {GST_VIDEO_FORMAT_Y42B, {TCS_FORMAT_YUV422, TCS_FORMAT_YUV422, Sampling::C422}},
+    {GST_VIDEO_FORMAT_I420, {TCS_FORMAT_YUV420_FRAME, TCS_FORMAT_YUV420, Sampling::C420}},
+    {GST_VIDEO_FORMAT_v308, {TCS_FORMAT_YUV, TCS_FORMAT_YUV, Sampling::C444}},
+    {GST_VIDEO_FORMAT_GRAY8, {kGrayCode, kGrayCode, Sampling::Gray}},
+    {GST_VIDEO_FORMAT_NV12, {TCS_FORMAT_NV12_FRAME, TCS_FORMAT_NV12, Sampling::C420}},
+    {GST_VIDEO_FORMAT_NV16, {TCS_FORMAT_NV16, TCS_FORMAT_NV16, Sampling::C422}},
+    {GST_VIDEO_FORMAT_v210, {TCS_FORMAT_V210, TCS_FORMAT_V210, Sampling::C422}},
+    {GST_VIDEO_FORMAT_Y210, {TCS_FORMAT_YUV16_10BIT, TCS_FORMAT_YUV16_10BIT, Sampling::C422}},
+    {GST_VIDEO_FORMAT_P010_10LE, {TCS_FORMAT_P010_FRAME, TCS_FORMAT_P010, Sampling::C420}},
+    {GST_VIDEO_FORMAT_I420_10LE,
+     {TCS_FORMAT_YUV420_10BIT_LOW_FRAME, TCS_FORMAT_YUV420_10BIT_LOW, Sampling::C420}},
+    {GST_VIDEO_FORMAT_I422_10LE,
+     {TCS_FORMAT_YUV422_10BIT_LOW, TCS_FORMAT_YUV422_10BIT_LOW, Sampling::C422}},
+    {GST_VIDEO_FORMAT_BGRA64_LE, {TCS_FORMAT_RGB64, TCS_FORMAT_RGB64, Sampling::Rgb}},
+    {GST_VIDEO_FORMAT_RGBA64_LE, {TCS_FORMAT_RGB64_SWAP, TCS_FORMAT_RGB64_SWAP, Sampling::Rgb}},
 };
 
+// The formats the element offers: those whose codes the library converts.
+const std::vector<const FormatEntry *> &offered() {
+  static const std::vector<const FormatEntry *> formats = [] {
+    std::vector<const FormatEntry *> out;
+    for (const FormatEntry &e : kFormats)
+      if (e.layout.code == kGrayCode || tqgst::converts(e.layout.code) ||
+          tqgst::converts(e.layout.fieldCode))
+        out.push_back(&e);
+    return out;
+  }();
+  return formats;
+}
+
 const FormatEntry *findFormat(GstVideoFormat f) {
-  for (const FormatEntry &e : kFormats)
-    if (e.gst == f) return &e;
+  for (const FormatEntry *e : offered())
+    if (e->gst == f) return e;
   return nullptr;
 }
 const FormatEntry *findFormat(const gchar *name) {
@@ -52,9 +77,9 @@ const FormatEntry *findFormat(const gchar *name) {
 }
 // The library converts nothing from grey: it is an output only.
 bool acceptedAsInput(const FormatEntry &e) { return e.layout.sampling != Sampling::Gray; }
-// Grey is written from RGB only.
+// Grey is written from 8-bit RGB only.
 bool reachable(const FormatEntry &in, const FormatEntry &out) {
-  return out.layout.sampling != Sampling::Gray || in.layout.sampling == Sampling::Rgb;
+  return out.layout.sampling != Sampling::Gray || tqgst::isByteRgb(in.layout.code);
 }
 
 // Property values.
@@ -70,9 +95,16 @@ std::string utf8(const char16_t *s) {
   return out;
 }
 
+// The sink the process had before the plug-in loaded, which still gets every
+// record the element does not keep to itself.
+struct PreviousSink {
+  TCB_LogSink sink = nullptr;
+  void *context = nullptr;
+} previousSink;
+
 // Every record of the library, whatever its level, reaches the tqcs category.
 void logSink(void *, int32_t level, const char16_t *file, const char16_t *function,
-             const char16_t *, const char16_t *message) {
+             const char16_t *format, const char16_t *message) {
   const std::string text = utf8(file) + ": " + utf8(function) + ": " + utf8(message);
   const GstDebugLevel gstLevel = level == 0   ? GST_LEVEL_INFO
                                  : level == 1 ? GST_LEVEL_WARNING
@@ -82,6 +114,8 @@ void logSink(void *, int32_t level, const char16_t *file, const char16_t *functi
   if (!capture || !capture->quiet)
     GST_CAT_LEVEL_LOG(tqcs_debug, gstLevel, nullptr, "%s", text.c_str());
   if (capture) capture->note(level, text);
+  if (previousSink.sink && (!capture || !capture->quiet))
+    previousSink.sink(previousSink.context, level, file, function, format, message);
 }
 
 }  // namespace
@@ -98,10 +132,12 @@ struct _GstTqcsConvert {
   gint matrixChoice;
   gint inRange, outRange;
   guint nThreads;
-  // Negotiated.
+  // Negotiated: the plans for progressive frames (0) and for interleaved
+  // fields (1), each built when the caps say such frames may come.
   const FormatEntry *in, *out;
-  int32_t matrix;
-  tqgst::Plan *plan;
+  tqgst::Plan *plans[2];
+  bool planned[2];
+  unsigned parts;
   tqcs::ThreadPool *pool;
 };
 
@@ -146,9 +182,9 @@ GstCaps *templateCaps(bool inputs) {
   GValue list = G_VALUE_INIT, item = G_VALUE_INIT;
   g_value_init(&list, GST_TYPE_LIST);
   g_value_init(&item, G_TYPE_STRING);
-  for (const FormatEntry &e : kFormats) {
-    if (inputs && !acceptedAsInput(e)) continue;
-    g_value_set_static_string(&item, gst_video_format_to_string(e.gst));
+  for (const FormatEntry *e : offered()) {
+    if (inputs && !acceptedAsInput(*e)) continue;
+    g_value_set_static_string(&item, gst_video_format_to_string(e->gst));
     gst_value_list_append_value(&list, &item);
   }
   GstCaps *caps = gst_caps_from_string(
@@ -164,7 +200,7 @@ std::vector<const FormatEntry *> formatsOf(const GstStructure *s) {
   std::vector<const FormatEntry *> out;
   const GValue *v = gst_structure_get_value(s, "format");
   if (!v) {
-    for (const FormatEntry &e : kFormats) out.push_back(&e);
+    out = offered();
   } else if (G_VALUE_HOLDS_STRING(v)) {
     if (const FormatEntry *e = findFormat(g_value_get_string(v))) out.push_back(e);
   } else if (GST_VALUE_HOLDS_LIST(v)) {
@@ -197,8 +233,8 @@ void setOtherFormats(GstStructure *s, const std::vector<const FormatEntry *> &kn
   };
   for (const FormatEntry *k : known)
     if (pairs(*k)) append(*k);
-  for (const FormatEntry &e : kFormats)
-    if (std::find(known.begin(), known.end(), &e) == known.end() && pairs(e)) append(e);
+  for (const FormatEntry *e : offered())
+    if (std::find(known.begin(), known.end(), e) == known.end() && pairs(*e)) append(*e);
   gst_structure_take_value(s, "format", &list);
   g_value_unset(&item);
 }
@@ -340,12 +376,24 @@ gboolean setInfo(GstVideoFilter *filter, GstCaps *, GstVideoInfo *inInfo, GstCap
     reason = "fields in separate buffers (interlace-mode alternate) are not converted";
   } else {
     const bool inYuv = tqgst::isYuv(self->in->layout), outYuv = tqgst::isYuv(self->out->layout);
-    self->matrix = self->matrixChoice != MATRIX_AUTO ? matrixByChoice(self->matrixChoice)
-                   : inYuv && !outYuv                ? matrixOf(*inInfo)
-                   : outYuv && !inYuv                ? matrixOf(*outInfo)
-                                      : matrixByChoice(choiceBySize(GST_VIDEO_INFO_WIDTH(inInfo),
-                                                                    GST_VIDEO_INFO_HEIGHT(inInfo)));
-    if (self->matrix < 0) {
+    const int32_t matrix = self->matrixChoice != MATRIX_AUTO ? matrixByChoice(self->matrixChoice)
+                           : inYuv && !outYuv                ? matrixOf(*inInfo)
+                           : outYuv && !inYuv
+                               ? matrixOf(*outInfo)
+                               : matrixByChoice(choiceBySize(GST_VIDEO_INFO_WIDTH(inInfo),
+                                                             GST_VIDEO_INFO_HEIGHT(inInfo)));
+    const GstVideoInterlaceMode mode = GST_VIDEO_INFO_INTERLACE_MODE(inInfo);
+    GST_OBJECT_LOCK(self);
+    const gint fields = self->fields;
+    self->parts = MAX(1u, self->nThreads);
+    GST_OBJECT_UNLOCK(self);
+    // Which kinds of frame the caps let come: progressive, interleaved fields
+    // or (mixed) either, unless a property forces one.
+    self->planned[0] = fields == FIELDS_PROGRESSIVE ||
+                       (fields == FIELDS_AUTO && mode != GST_VIDEO_INTERLACE_MODE_INTERLEAVED);
+    self->planned[1] = fields == FIELDS_INTERLACED ||
+                       (fields == FIELDS_AUTO && mode != GST_VIDEO_INTERLACE_MODE_PROGRESSIVE);
+    if (matrix < 0) {
       reason = "the colorimetry's matrix is none of bt601, bt709 and bt2020";
     } else {
       const tqgst::Side in{self->in->layout, limitedOf(*inInfo, *self->in, self->inRange)};
@@ -353,9 +401,16 @@ gboolean setInfo(GstVideoFilter *filter, GstCaps *, GstVideoInfo *inInfo, GstCap
       // The same format in the same range passes through, whatever its size.
       const bool same = self->in == self->out && in.limited == out.limited;
       gst_base_transform_set_passthrough(GST_BASE_TRANSFORM(filter), same);
-      if (!same)
-        reason =
-            self->plan->build(in, out, GST_VIDEO_INFO_WIDTH(inInfo), GST_VIDEO_INFO_HEIGHT(inInfo));
+      for (int f = 0; f < 2 && !same && reason.empty(); ++f)
+        if (self->planned[f]) {
+          self->plans[f]->matrix = matrix;
+          reason = self->plans[f]->build(in, out, GST_VIDEO_INFO_WIDTH(inInfo),
+                                         GST_VIDEO_INFO_HEIGHT(inInfo), f == 1);
+        }
+    }
+    if (self->parts > 1 && (!self->pool || unsigned(self->pool->Size()) != self->parts)) {
+      delete self->pool;
+      self->pool = new tqcs::ThreadPool(int(self->parts));
     }
   }
   if (!reason.empty()) {
@@ -365,8 +420,9 @@ gboolean setInfo(GstVideoFilter *filter, GstCaps *, GstVideoInfo *inInfo, GstCap
                       ("%s", reason.c_str()));
     return FALSE;
   }
-  GST_INFO_OBJECT(self, "%s to %s: %zu library steps, matrix %d", nameOf(self->in),
-                  nameOf(self->out), self->plan->stepCount(), self->matrix);
+  GST_INFO_OBJECT(self, "%s to %s: %zu library steps%s", nameOf(self->in), nameOf(self->out),
+                  self->plans[self->planned[0] ? 0 : 1]->stepCount(),
+                  self->planned[0] && self->planned[1] ? ", progressive and interlaced" : "");
   return TRUE;
 }
 
@@ -382,22 +438,16 @@ TCS_FrameDesc describe(GstVideoFrame *frame, const FormatEntry &f) {
 GstFlowReturn transformFrame(GstVideoFilter *filter, GstVideoFrame *inFrame,
                              GstVideoFrame *outFrame) {
   GstTqcsConvert *self = GST_TQCS_CONVERT(filter);
-  GST_OBJECT_LOCK(self);
-  const gint fieldsChoice = self->fields;
-  const guint nThreads = MAX(1u, self->nThreads);
-  GST_OBJECT_UNLOCK(self);
-  // The field order says which field comes first in time; the rows of each
-  // field, and so where its chroma sits, are the same either way.
-  const bool fields = fieldsChoice == FIELDS_AUTO ? GST_VIDEO_FRAME_IS_INTERLACED(inFrame)
-                                                  : fieldsChoice == FIELDS_INTERLACED;
+  // Interleaved fields where the caps or, with mixed caps, the buffer say so
+  // (or the property forced them). The field order says which field comes
+  // first in time; the rows of each field, and so where its chroma sits, are
+  // the same either way.
+  const int kind = self->planned[0] && self->planned[1] ? GST_VIDEO_FRAME_IS_INTERLACED(inFrame)
+                   : self->planned[1]                   ? 1
+                                                        : 0;
   GST_LOG_OBJECT(
-      self, "%s frame%s", fields ? "interlaced" : "progressive",
-      fields ? (GST_VIDEO_FRAME_IS_TFF(inFrame) ? ", top field first" : ", bottom field first")
-             : "");
-  if (nThreads > 1 && (!self->pool || guint(self->pool->Size()) != nThreads)) {
-    delete self->pool;
-    self->pool = new tqcs::ThreadPool(int(nThreads));
-  }
+      self, "%s frame%s", kind ? "interlaced" : "progressive",
+      kind ? (GST_VIDEO_FRAME_IS_TFF(inFrame) ? ", top field first" : ", bottom field first") : "");
   tqgst::Capture capture;
   bool ok;
   {
@@ -408,8 +458,8 @@ GstFlowReturn transformFrame(GstVideoFilter *filter, GstVideoFrame *inFrame,
         work(unsigned(part));
       });
     };
-    ok = self->plan->run(describe(outFrame, *self->out), describe(inFrame, *self->in),
-                         {self->matrix, fields, nThreads}, runner);
+    ok = self->plans[kind]->run(describe(outFrame, *self->out), describe(inFrame, *self->in),
+                                self->parts, runner);
   }
   if (!ok || !capture.reason.empty()) {
     GST_ELEMENT_ERROR(self, STREAM, FAILED,
@@ -474,7 +524,7 @@ void getProperty(GObject *object, guint id, GValue *value, GParamSpec *pspec) {
 void finalize(GObject *object) {
   GstTqcsConvert *self = GST_TQCS_CONVERT(object);
   delete self->pool;
-  delete self->plan;
+  for (tqgst::Plan *plan : self->plans) delete plan;
   G_OBJECT_CLASS(gst_tqcs_convert_parent_class)->finalize(object);
 }
 
@@ -510,8 +560,8 @@ static void gst_tqcs_convert_class_init(GstTqcsConvertClass *klass) {
   g_object_class_install_property(
       object, PROP_N_THREADS,
       g_param_spec_uint("n-threads", "Threads",
-                        "Threads converting parts of a frame where that gives the bytes of one "
-                        "call (bands of rows without 4:2:0 filtering)",
+                        "Threads converting bands of rows of a frame at once (where, seen on a "
+                        "test frame, the bands give the bytes of one call)",
                         1, 64, 1, rw));
   for (const bool sink : {true, false}) {
     GstCaps *caps = templateCaps(sink);
@@ -536,7 +586,9 @@ static void gst_tqcs_convert_init(GstTqcsConvert *self) {
   self->matrixChoice = MATRIX_AUTO;
   self->inRange = self->outRange = RANGE_AUTO;
   self->nThreads = 1;
-  self->plan = new tqgst::Plan;
+  for (tqgst::Plan *&plan : self->plans) plan = new tqgst::Plan;
+  self->planned[0] = self->planned[1] = false;
+  self->parts = 1;
   self->pool = nullptr;
 }
 
@@ -547,7 +599,8 @@ static gboolean pluginInit(GstPlugin *plugin) {
     GST_ERROR("the TQColorSpace tables are incomplete");
     return FALSE;
   }
-  TCB_SetLogSink(logSink, nullptr);
+  TCB_GetLogSink(&previousSink.sink, &previousSink.context);
+  if (previousSink.sink != logSink) TCB_SetLogSink(logSink, nullptr);
   return gst_element_register(plugin, "tqcsconvert", GST_RANK_NONE, GST_TYPE_TQCS_CONVERT);
 }
 

@@ -103,6 +103,12 @@ extern "C" void TCB_SetLogSink(TCB_LogSink sink, void *context) {
   g_sink = Sink{sink, context};
 }
 
+extern "C" void TCB_GetLogSink(TCB_LogSink *sink, void **context) {
+  std::lock_guard<std::mutex> lock(g_sinkLock);
+  if (sink) *sink = g_sink.fn;
+  if (context) *context = g_sink.context;
+}
+
 extern "C" void TCB_WriteLog(int32_t level, const char16_t *file, const char16_t *function,
                              const char16_t *format, ...) {
   va_list args;

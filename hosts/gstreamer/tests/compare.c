@@ -11,11 +11,11 @@ typedef struct {
   int red, green, blue;             /* RGB: byte of each channel; -1 for YUV */
 } Format;
 
-static const Format kFormats[] = {{"BGRA", 4, 0, 2, 1, 0},  {"RGBA", 4, 0, 0, 1, 2},
-                                  {"BGR", 3, 0, 2, 1, 0},   {"RGB", 3, 0, 0, 1, 2},
-                                  {"YUY2", 2, 0, -1, 0, 0}, {"UYVY", 2, 1, -1, 0, 0},
-                                  {"v308", 3, 0, -1, 0, 0}, {"Y42B", 1, 0, -1, 0, 0},
-                                  {"I420", 1, 0, -1, 0, 0}, {"GRAY8", 1, 0, -1, 0, 0}};
+static const Format kFormats[] = {
+    {"BGRA", 4, 0, 2, 1, 0},  {"RGBA", 4, 0, 0, 1, 2},  {"BGR", 3, 0, 2, 1, 0},
+    {"RGB", 3, 0, 0, 1, 2},   {"YUY2", 2, 0, -1, 0, 0}, {"UYVY", 2, 1, -1, 0, 0},
+    {"v308", 3, 0, -1, 0, 0}, {"Y42B", 1, 0, -1, 0, 0}, {"I420", 1, 0, -1, 0, 0},
+    {"NV12", 1, 0, -1, 0, 0}, {"NV16", 1, 0, -1, 0, 0}, {"GRAY8", 1, 0, -1, 0, 0}};
 
 static unsigned char *load(const char *path, long *size) {
   FILE *f = fopen(path, "rb");

@@ -52,6 +52,10 @@ typedef void (*TCB_LogSink)(void *context, int32_t level, const char16_t *file,
 /* Installs a sink; null restores the stderr writer. */
 TCB_API void TCB_SetLogSink(TCB_LogSink sink, void *context);
 
+/* The sink installed now (null: the stderr writer) and its context, so that
+ * a host installing its own can pass every record on to the one it found. */
+TCB_API void TCB_GetLogSink(TCB_LogSink *sink, void **context);
+
 #ifdef __cplusplus
 }
 #endif
