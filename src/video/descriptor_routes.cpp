@@ -125,24 +125,40 @@ CentredSet<T> CentredOf(const ProgressiveChroma &pc) {
             pc.YUV420_16_2_YUV422_16_UV_Centred_LastRow, pc.YUV420_16_2_YUV422_16_UV_Centred_Row};
 }
 
-// Frame-sited chroma, row by row through the routines start-up chose. A plane
-// of one chroma row has no neighbour on either side.
+// Chroma row c of `chromaRows` in frame-sited planes (`narrow`: planes 1 and
+// 2) and its two rows in 4:2:2 planes (`wide`: planes 1 and 2 at the first of
+// the two rows, the pitch leading to the second), through the routines
+// start-up chose. A plane of one chroma row has no neighbour on either side.
 template <class T>
-void ResampleCentred(bool up, const Plane *wide, const Plane *narrow, int64_t rows, int32_t width) {
+void CentredRow(bool up, int64_t c, int64_t chromaRows, const Plane *wide, const Plane *narrow,
+                int32_t width) {
   const CentredSet<T> set = CentredOf<T>(*g_pProgressiveChroma);
   auto at = [](const Plane &pl, int64_t r) { return reinterpret_cast<T *>(pl.Row(r)); };
   const int32_t half = width / 2;
-  const int64_t chromaRows = rows / 2;
-  for (int64_t c = 0; c < chromaRows; ++c) {
-    if (!up) {
-      set.down(at(narrow[1], c), at(narrow[2], c), at(wide[1], 2 * c), wide[1].pitch,
-               at(wide[2], 2 * c), wide[2].pitch, half);
-      continue;
-    }
-    const auto row = c == 0 ? set.first : c == chromaRows - 1 ? set.last : set.interior;
-    const bool alone = chromaRows == 1;
-    row(at(wide[1], 2 * c), wide[1].pitch, at(wide[2], 2 * c), wide[2].pitch, at(narrow[1], c),
-        alone ? 0 : narrow[1].pitch, at(narrow[2], c), alone ? 0 : narrow[2].pitch, half);
+  if (!up) {
+    set.down(at(narrow[1], c), at(narrow[2], c), at(wide[1], 0), wide[1].pitch, at(wide[2], 0),
+             wide[2].pitch, half);
+    return;
+  }
+  const auto row = c == 0 ? set.first : c == chromaRows - 1 ? set.last : set.interior;
+  const bool alone = chromaRows == 1;
+  row(at(wide[1], 0), wide[1].pitch, at(wide[2], 0), wide[2].pitch, at(narrow[1], c),
+      alone ? 0 : narrow[1].pitch, at(narrow[2], c), alone ? 0 : narrow[2].pitch, half);
+}
+
+void CentredRow(bool deep, bool up, int64_t c, int64_t chromaRows, const Plane *wide,
+                const Plane *narrow, int32_t width) {
+  deep ? CentredRow<uint16_t>(up, c, chromaRows, wide, narrow, width)
+       : CentredRow<uint8_t>(up, c, chromaRows, wide, narrow, width);
+}
+
+// Frame-sited chroma of whole planes, row by row.
+void ResampleCentred(bool deep, bool up, const Plane *wide, const Plane *narrow, int64_t rows,
+                     int32_t width) {
+  for (int64_t c = 0; c < rows / 2; ++c) {
+    const Plane at[3] = {
+        {}, {wide[1].Row(2 * c), wide[1].pitch}, {wide[2].Row(2 * c), wide[2].pitch}};
+    CentredRow(deep, up, c, rows / 2, at, narrow, width);
   }
 }
 
@@ -158,8 +174,7 @@ void Resample(const Job &j, bool up, const Side &wide, const Side &narrow) {
   for (int b = 0; b < Buffers(narrow); ++b) {
     const Plane *w = wide.buf[b].data(), *n = narrow.buf[b].data();
     if (centred) {
-      Deep(narrow) ? ResampleCentred<uint16_t>(up, w, n, rows, j.width)
-                   : ResampleCentred<uint8_t>(up, w, n, rows, j.width);
+      ResampleCentred(Deep(narrow), up, w, n, rows, j.width);
       continue;
     }
     auto u16 = [](const Plane &pl) { return reinterpret_cast<uint16_t *>(pl.p); };
@@ -208,6 +223,36 @@ bool ResampleOnly(Job &j, const Side &dst, const Side &src) {
   return true;
 }
 
+// Frame-sited planar 4:2:0 (`narrow`, a frame read or written top-down)
+// against a frame of full chroma height, two rows at a time: the pair's chroma
+// widened into two scratch rows before the rows convert, or merged from them
+// after, so chroma is resampled while it is in cache.
+bool InPairs(const Side &narrow, const Side &other) {
+  return narrow.f->siting == Siting::Frame && narrow.f->code == Canonical(narrow, true) &&
+         !narrow.fields && !narrow.flip && !other.fields && !Sub(other);
+}
+
+void WalkInPairs(Job &j, const Side &dst, const Side &src) {
+  const bool up = Sub(src);
+  const Side &narrow = up ? src : dst;
+  const lines::Chain &chain = *lines::ChainOf(src.line, dst.line);
+  const int64_t pitch = (PlaneRowBytes(*narrow.f, 1, j.width) + 63) & ~int64_t{63};
+  uint8_t *chroma = j.Take(static_cast<size_t>(4 * pitch));
+  uint8_t *scratch = j.Take(lines::ChainScratchBytes(chain, j.width));
+  if (j.dry) return;
+  const Plane wide[3] = {{}, {chroma, pitch}, {chroma + 2 * pitch, pitch}};
+  const int64_t chromaRows = j.height / 2;
+  for (int64_t c = 0; c < chromaRows; ++c) {
+    if (up) CentredRow(Deep(narrow), true, c, chromaRows, wide, narrow.buf[0].data(), j.width);
+    for (int64_t y = 2 * c; y < 2 * c + 2; ++y) {
+      const Row pair = {narrow.buf[0][0].Row(y), wide[1].Row(y & 1), wide[2].Row(y & 1)};
+      lines::RunChain(chain, src.line, up ? RowsAt(j, dst, y) : pair, up ? pair : RowsAt(j, src, y),
+                      j.width, j.coef, scratch);
+    }
+    if (!up) CentredRow(Deep(narrow), false, c, chromaRows, wide, narrow.buf[0].data(), j.width);
+  }
+}
+
 // The conversion of one side to the other. A 4:2:0 side whose chroma rows do
 // not match the other side's goes through its planar form at full chroma
 // height (scratch planes); the rest is the row walk.
@@ -221,6 +266,7 @@ void Convert(Job &j, const Side &dst, const Side &src) {
       a.flip = b.flip = false;
       Walk(j, a, b);
     }
+    if (InPairs(narrow, dst)) return WalkInPairs(j, dst, narrow);
     const Side wide = ScratchSide(j, narrow, Canonical(src, false), &narrow);
     Resample(j, true, wide, narrow);
     Convert(j, dst, wide);
@@ -229,9 +275,13 @@ void Convert(Job &j, const Side &dst, const Side &src) {
   if (Sub(dst) && !ChromaRowForRow(j, dst, src)) {
     const bool planar = dst.f->code == Canonical(dst, true);
     const Side narrow = planar ? dst : ScratchSide(j, dst, Canonical(dst, true));
-    const Side wide = ScratchSide(j, narrow, Canonical(dst, false), &narrow);
-    Convert(j, wide, src);
-    Resample(j, false, wide, narrow);
+    if (InPairs(narrow, src)) {
+      WalkInPairs(j, narrow, src);
+    } else {
+      const Side wide = ScratchSide(j, narrow, Canonical(dst, false), &narrow);
+      Convert(j, wide, src);
+      Resample(j, false, wide, narrow);
+    }
     if (!planar) {
       Side a = dst, b = narrow;
       a.flip = b.flip = false;
