@@ -1,0 +1,63 @@
+// Exact Q14 products in 16-bit lanes for the SIMD tiers. Private to
+// src/kernels/{sse2,ssse3,sse41}; internal linkage like row.hpp.
+//
+// The portable kernels compute floor(x * c / 2^s), with or without 2^(s-1)
+// added first, on 32-bit ints. For a small x (a centred 8-bit sample, or the
+// sum of two) and any int16 weight c, the same value comes out of one 16-bit
+// multiply when x is scaled by 2^(16 - s) first: the high half of a 16 by 16
+// product is floor(product / 2^16) exactly, and the top bit of the low half
+// is the rounding carry. Where two products are summed before the shift,
+// _mm_madd_epi16 forms the exact 32-bit sum of the same scaled inputs.
+// tests/kernels/exact_products_test.cpp proves each form over the kernels'
+// whole input range and every int16 weight.
+#pragma once
+
+#include <emmintrin.h>
+
+namespace tqcs::x86 {
+namespace {
+
+// x * 2^(16 - kShift) per 16-bit lane: the scaled input of the forms below
+// for a shift of kShift (14 or 15). Exact while the result fits int16.
+template <int kShift>
+inline __m128i ScaleFor(__m128i x) {
+  static_assert(kShift >= 1 && kShift <= 16);
+  if constexpr (kShift == 16) {
+    return x;
+  } else {
+    return _mm_slli_epi16(x, 16 - kShift);
+  }
+}
+
+// floor(scaled * c / 2^16) per 16-bit lane, truncating or (kRound) with 2^15
+// added first: floor(x * c / 2^s), or floor((x * c + 2^(s-1)) / 2^s), of the
+// unscaled x.
+template <bool kRound>
+inline __m128i ProductHigh(__m128i scaled, __m128i c) {
+  const __m128i high = _mm_mulhi_epi16(scaled, c);
+  if constexpr (kRound) {
+    return _mm_add_epi16(high, _mm_srli_epi16(_mm_mullo_epi16(scaled, c), 15));
+  } else {
+    return high;
+  }
+}
+
+// floor(sum / 2^16) per 32-bit lane, with 2^15 added first when kRound: the
+// step of PairSumHigh after the madd.
+template <bool kRound>
+inline __m128i SumHigh(__m128i sum) {
+  if constexpr (kRound) sum = _mm_add_epi32(sum, _mm_set1_epi32(1 << 15));
+  return _mm_srai_epi32(sum, 16);
+}
+
+// floor((x0 * c0 + x1 * c1) / 2^16) per 32-bit lane holding the scaled pair
+// (x0, x1) and the weights (c0, c1), with 2^15 added first when kRound: the
+// two-product form of ProductHigh, in 32-bit lanes. The madd sum is exact for
+// scaled inputs of at most 2^15 - 1 in magnitude.
+template <bool kRound>
+inline __m128i PairSumHigh(__m128i scaled, __m128i c) {
+  return SumHigh<kRound>(_mm_madd_epi16(scaled, c));
+}
+
+}  // namespace
+}  // namespace tqcs::x86
