@@ -27,6 +27,8 @@ using x86::Load;
 using x86::Load32;
 using x86::Load64;
 using x86::Store;
+using x86::Store64;
+using x86::StoreHigh64;
 
 // Sixteen source pixels: luma of pixels 0-7 and 8-15, the scaled chroma pairs
 // of pixels 4i to 4i + 3 in c[i], and the source's own alpha bytes where it
@@ -232,16 +234,16 @@ struct Rgb32 {
   }
 };
 
-// Four pixels of 4 bytes with a zero fourth byte to 12 bytes at bytes 0-11
-// (bytes 12-15 zero).
-inline __m128i Compact(__m128i p) {
-  // Within each 64-bit half: the second pixel moves down next to the first.
-  const __m128i pairs = _mm_or_si128(_mm_and_si128(p, _mm_set1_epi64x(0xFFFFFFFF)),
-                                     _mm_slli_epi64(_mm_srli_epi64(p, 32), 24));
-  // The upper six bytes move down next to the lower six.
-  return _mm_or_si128(_mm_move_epi64(pairs), _mm_slli_si128(_mm_srli_si128(pairs, 8), 6));
+// Four pixels of 4 bytes with a zero fourth byte as two pairs of 3-byte
+// pixels, at bytes 0-5 and 8-13 (the rest zero).
+inline __m128i PairUp(__m128i p) {
+  return _mm_or_si128(_mm_and_si128(p, _mm_set1_epi64x(0xFFFFFF)),
+                      _mm_and_si128(_mm_srli_epi64(p, 8), _mm_set1_epi64x(0xFFFFFF000000)));
 }
 
+// Each pair is stored as 8 bytes whose last two the next store overwrites;
+// the last pair of the block is stored with the two bytes before it, so
+// nothing past the block's 48 bytes is written.
 template <bool kBlueFirst>
 struct Rgb24 {
   static constexpr int kBytes = 3;
@@ -249,13 +251,17 @@ struct Rgb24 {
   static void Store16(uint8_t *d, const Channels &c, __m128i) {
     const __m128i zero = _mm_setzero_si128();
     const __m128i g0[2] = {_mm_unpacklo_epi8(c.g, zero), _mm_unpackhi_epi8(c.g, zero)};
-    const __m128i p0 = Compact(_mm_unpacklo_epi8(c.outer[0], g0[0])),
-                  p1 = Compact(_mm_unpackhi_epi8(c.outer[0], g0[0])),
-                  p2 = Compact(_mm_unpacklo_epi8(c.outer[1], g0[1])),
-                  p3 = Compact(_mm_unpackhi_epi8(c.outer[1], g0[1]));
-    Store(d, _mm_or_si128(p0, _mm_slli_si128(p1, 12)));
-    Store(d + 16, _mm_or_si128(_mm_srli_si128(p1, 4), _mm_slli_si128(p2, 8)));
-    Store(d + 32, _mm_or_si128(_mm_srli_si128(p2, 8), _mm_slli_si128(p3, 4)));
+    __m128i q[4];
+    for (int k = 0; k < 2; ++k) {
+      q[2 * k] = PairUp(_mm_unpacklo_epi8(c.outer[k], g0[k]));
+      q[2 * k + 1] = PairUp(_mm_unpackhi_epi8(c.outer[k], g0[k]));
+    }
+    for (int k = 0; k < 4; ++k) {
+      Store64(d + 12 * k, q[k]);
+      if (k < 3) StoreHigh64(d + 12 * k + 6, q[k]);
+    }
+    Store64(d + 40, _mm_or_si128(_mm_srli_epi64(q[3], 32),
+                                 _mm_slli_epi64(_mm_unpackhi_epi64(q[3], q[3]), 16)));
   }
 };
 
