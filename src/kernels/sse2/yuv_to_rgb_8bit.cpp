@@ -57,11 +57,19 @@ inline __m128i InOrder(__m128i uv) {
 // The even pixel takes its pair's centred chroma with a shift of 14, the odd
 // pixel the sum of its pair's and the next pair's with a shift of 15, both
 // truncating.
+//
+// The readers hold a pair's chroma x - 128 as (x - 128) * 256: the sample in
+// the high byte of its 16-bit lane with its top bit flipped. An arithmetic
+// shift by 7 gives 2 (x - 128), the scaled input of a shift of 15; twice that
+// is the scaled input of a shift of 14.
+inline __m128i Centred256(__m128i high) { return _mm_xor_si128(high, _mm_set1_epi16(-0x8000)); }
 
-// Pairs p to p + 3 as centred chroma lanes c and those of pairs p + 1 to
-// p + 4 as next: the scaled inputs of pixels 2p to 2p + 7.
+// Pairs p to p + 3 as centred chroma lanes c (times 256) and those of pairs
+// p + 1 to p + 4 as next: the scaled inputs of pixels 2p to 2p + 7.
 inline void PairsToPixels(__m128i c, __m128i next, __m128i *out) {
-  const __m128i even = x86::ScaleFor<14>(c), odd = x86::ScaleFor<15>(_mm_add_epi16(c, next));
+  const __m128i twice = _mm_srai_epi16(c, 7);
+  const __m128i even = _mm_add_epi16(twice, twice),
+                odd = _mm_add_epi16(twice, _mm_srai_epi16(next, 7));
   out[0] = _mm_unpacklo_epi32(even, odd);
   out[1] = _mm_unpackhi_epi32(even, odd);
 }
@@ -70,13 +78,14 @@ inline void PairsToPixels(__m128i c, __m128i next, __m128i *out) {
 // pixels) is left to the portable routine.
 constexpr int kKeep422 = 2;
 
+// Luma in 16-bit lanes; chroma in the high byte of 16-bit lanes.
 struct YUYV {
   static __m128i Luma(__m128i x) { return _mm_and_si128(x, _mm_set1_epi16(0xFF)); }
-  static __m128i Chroma(__m128i x) { return _mm_srli_epi16(x, 8); }
+  static __m128i Chroma(__m128i x) { return _mm_and_si128(x, _mm_set1_epi16(-0x100)); }
 };
 struct UYVY {
   static __m128i Luma(__m128i x) { return _mm_srli_epi16(x, 8); }
-  static __m128i Chroma(__m128i x) { return _mm_and_si128(x, _mm_set1_epi16(0xFF)); }
+  static __m128i Chroma(__m128i x) { return _mm_slli_epi16(x, 8); }
 };
 
 template <class Order, bool kVFirst>
@@ -84,7 +93,7 @@ struct PackedReader {
   static constexpr int kKeep = kKeep422;
   static constexpr bool kRound = false;
   const uint8_t *src;
-  static __m128i Pairs(__m128i x) { return Centre(InOrder<kVFirst>(Order::Chroma(x))); }
+  static __m128i Pairs(__m128i x) { return Centred256(InOrder<kVFirst>(Order::Chroma(x))); }
   Block Read() const {
     const uint8_t *s = src;
     const __m128i x0 = Load(s), x1 = Load(s + 16);
@@ -103,14 +112,16 @@ struct PlanarReader {
   static constexpr int kKeep = kKeep422;
   static constexpr bool kRound = false;
   const uint8_t *y, *u, *v;
-  // Eight pairs from pair p as centred chroma lanes, pairs p to p + 3 in
-  // out[0] and p + 4 to p + 7 in out[1].
+  // Eight pairs from pair p as centred chroma lanes (times 256), pairs p to
+  // p + 3 in out[0] and p + 4 to p + 7 in out[1]: the top bit of each byte is
+  // flipped, and the byte goes to the high half of its lane.
   void Chroma(Index p, __m128i *out) const {
     const uint8_t *first = kVFirst ? v : u, *second = kVFirst ? u : v;
-    const __m128i pairs = _mm_unpacklo_epi8(Load64(first + p), Load64(second + p));
+    const __m128i pairs = _mm_xor_si128(_mm_unpacklo_epi8(Load64(first + p), Load64(second + p)),
+                                        _mm_set1_epi8(-0x80));
     const __m128i zero = _mm_setzero_si128();
-    out[0] = Centre(_mm_unpacklo_epi8(pairs, zero));
-    out[1] = Centre(_mm_unpackhi_epi8(pairs, zero));
+    out[0] = _mm_unpacklo_epi8(zero, pairs);
+    out[1] = _mm_unpackhi_epi8(zero, pairs);
   }
   Block Read() const {
     const __m128i luma = Load(y), zero = _mm_setzero_si128();
