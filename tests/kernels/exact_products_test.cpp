@@ -1,14 +1,16 @@
 // The 16-bit product forms of kernels/x86/exact_products.hpp against the
 // portable arithmetic they stand for, (x * c + add) >> s with add 0 or
 // 2^(s-1), over the whole input range the matrix kernels give them and every
-// int16 weight: one product in 16-bit lanes, and the sum of two in 32-bit
-// lanes (the shift over every sum the range can reach, the madd at the
-// extremes of its inputs).
+// int16 weight: the centring and scaling of every sample, one product in
+// 16-bit lanes, and the sum of two in 32-bit lanes (the shift over every sum
+// the range can reach, the madd at every pair of inputs against the extreme
+// weights).
 #include "kernels/x86/exact_products.hpp"
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <ostream>
 #include <string>
 
 namespace {
@@ -30,9 +32,10 @@ struct Form {
   std::string Name() const {
     return "shift" + std::to_string(shift) + (round ? "_rounded" : "_truncated");
   }
-  __m128i Scale(__m128i x) const {
-    return shift == 14 ? x86::ScaleFor<14>(x) : x86::ScaleFor<15>(x);
-  }
+  // x * 2^(16 - shift): the scaled input (ExactScaling shows the kernels
+  // form exactly this).
+  int16_t Scaled(int x) const { return static_cast<int16_t>(x * (1 << (16 - shift))); }
+  __m128i Scale(__m128i x) const { return _mm_mullo_epi16(x, _mm_set1_epi16(Scaled(1))); }
   __m128i Product(__m128i scaled, __m128i c) const {
     return round ? x86::ProductHigh<true>(scaled, c) : x86::ProductHigh<false>(scaled, c);
   }
@@ -43,6 +46,8 @@ struct Form {
     return round ? x86::PairSumHigh<true>(scaled, c) : x86::PairSumHigh<false>(scaled, c);
   }
 };
+
+void PrintTo(const Form &f, std::ostream *os) { *os << f.Name(); }
 
 const Form kForms[] = {
     {14, false, -128, 127},
@@ -58,12 +63,28 @@ __m128i Pair(int32_t lo, int32_t hi) {
 
 class ExactProducts : public testing::TestWithParam<Form> {};
 
+// Every byte b in the high half of a lane centres to (b - 128) * 256, and
+// scales to (b - 128) * 2^(16 - s) at both shifts; the sum of two scaled
+// centred samples is the scaled sum.
+TEST(ExactScaling, EveryCentredSampleAndSum) {
+  for (int b = 0; b < 256; ++b) {
+    const __m128i c = x86::Centred256(_mm_set1_epi16(static_cast<int16_t>(b << 8)));
+    ASSERT_EQ(static_cast<int16_t>(_mm_cvtsi128_si32(c)), (b - 128) * 256) << b;
+    ASSERT_EQ(static_cast<int16_t>(_mm_cvtsi128_si32(x86::ScaleFrom256<14>(c))), (b - 128) * 4);
+    for (int n = 0; n < 256; ++n) {
+      const __m128i d = x86::Centred256(_mm_set1_epi16(static_cast<int16_t>(n << 8)));
+      const __m128i sum = _mm_add_epi16(x86::ScaleFrom256<15>(c), x86::ScaleFrom256<15>(d));
+      ASSERT_EQ(static_cast<int16_t>(_mm_cvtsi128_si32(sum)), (b - 128 + n - 128) * 2);
+    }
+  }
+}
+
 // Every x of the range against every int16 weight, eight weights a register.
 TEST_P(ExactProducts, OneProductInSixteenBitLanes) {
   const Form &f = GetParam();
   alignas(16) int16_t got[8], weights[8];
   for (int x = f.lo; x <= f.hi; ++x) {
-    const __m128i scaled = f.Scale(_mm_set1_epi16(static_cast<int16_t>(x)));
+    const __m128i scaled = _mm_set1_epi16(f.Scaled(x));
     for (int32_t c0 = INT16_MIN; c0 <= INT16_MAX; c0 += 8) {
       for (int k = 0; k < 8; ++k) weights[k] = static_cast<int16_t>(c0 + k);
       const __m128i c = _mm_load_si128(reinterpret_cast<const __m128i *>(weights));

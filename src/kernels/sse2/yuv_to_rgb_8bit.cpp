@@ -39,7 +39,8 @@ struct Block {
   __m128i a;
 };
 
-inline __m128i Centre(__m128i c) { return _mm_sub_epi16(c, _mm_set1_epi16(128)); }
+using x86::Centred256;
+using x86::ScaleFrom256;
 
 // (U, V) pairs of 16-bit lanes in the order a layout wants: (V, U) when
 // kVFirst.
@@ -57,19 +58,13 @@ inline __m128i InOrder(__m128i uv) {
 // The even pixel takes its pair's centred chroma with a shift of 14, the odd
 // pixel the sum of its pair's and the next pair's with a shift of 15, both
 // truncating.
-//
-// The readers hold a pair's chroma x - 128 as (x - 128) * 256: the sample in
-// the high byte of its 16-bit lane with its top bit flipped. An arithmetic
-// shift by 7 gives 2 (x - 128), the scaled input of a shift of 15; twice that
-// is the scaled input of a shift of 14.
-inline __m128i Centred256(__m128i high) { return _mm_xor_si128(high, _mm_set1_epi16(-0x8000)); }
+// The readers hold a pair's centred chroma times 256 (Centred256).
 
 // Pairs p to p + 3 as centred chroma lanes c (times 256) and those of pairs
 // p + 1 to p + 4 as next: the scaled inputs of pixels 2p to 2p + 7.
 inline void PairsToPixels(__m128i c, __m128i next, __m128i *out) {
-  const __m128i twice = _mm_srai_epi16(c, 7);
-  const __m128i even = _mm_add_epi16(twice, twice),
-                odd = _mm_add_epi16(twice, _mm_srai_epi16(next, 7));
+  const __m128i even = ScaleFrom256<14>(c),
+                odd = _mm_add_epi16(ScaleFrom256<15>(c), ScaleFrom256<15>(next));
   out[0] = _mm_unpacklo_epi32(even, odd);
   out[1] = _mm_unpackhi_epi32(even, odd);
 }
@@ -146,17 +141,18 @@ struct YuvaReader {
   static constexpr bool kRound = true;
   const uint8_t *src;
   Block Read() const {
-    const __m128i low = _mm_set1_epi32(0xFF), third = _mm_set1_epi32(0xFF0000);
+    const __m128i low = _mm_set1_epi32(0xFF), high = _mm_set1_epi16(-0x100);
+    // Y U V A as 16-bit lanes (Y | U << 8, V | A << 8), or swapped within
+    // each pixel when V comes first: multiplying the lane that holds the
+    // wanted sample in its low byte by 256 moves it to the high byte, where
+    // the other lane has its own.
+    const __m128i up = kVFirst ? _mm_set1_epi32(0x00010100) : _mm_set1_epi32(0x01000001);
     __m128i x[4], luma[4], alpha[4];
     Block b{};
     for (int i = 0; i < 4; ++i) x[i] = Load(src + 16 * i);
     for (int i = 0; i < 4; ++i) {
-      // Y U V A -> (U, V) or (V, U) in 16-bit lanes.
-      const __m128i pair = kVFirst ? _mm_or_si128(_mm_and_si128(_mm_srli_epi32(x[i], 16), low),
-                                                  _mm_and_si128(_mm_slli_epi32(x[i], 8), third))
-                                   : _mm_or_si128(_mm_and_si128(_mm_srli_epi32(x[i], 8), low),
-                                                  _mm_and_si128(x[i], third));
-      b.c[i] = x86::ScaleFor<14>(Centre(pair));
+      const __m128i pair = _mm_and_si128(_mm_mullo_epi16(InOrder<kVFirst>(x[i]), up), high);
+      b.c[i] = ScaleFrom256<14>(Centred256(pair));
       luma[i] = _mm_and_si128(x[i], low);
       alpha[i] = _mm_srli_epi32(x[i], 24);
     }

@@ -6,7 +6,8 @@
 // sum of two) and any int16 weight c, the same value comes out of one 16-bit
 // multiply when x is scaled by 2^(16 - s) first: the high half of a 16 by 16
 // product is floor(product / 2^16) exactly, and the top bit of the low half
-// is the rounding carry. Where two products are summed before the shift,
+// is the rounding carry. The sum of two centred samples at a shift of 15 is
+// the sum of their scaled inputs. Where two products are summed before the shift,
 // _mm_madd_epi16 forms the exact 32-bit sum of the same scaled inputs.
 // tests/kernels/exact_products_test.cpp proves each form over the kernels'
 // whole input range and every int16 weight.
@@ -17,16 +18,16 @@
 namespace tqcs::x86 {
 namespace {
 
-// x * 2^(16 - kShift) per 16-bit lane: the scaled input of the forms below
-// for a shift of kShift (14 or 15). Exact while the result fits int16.
+// An 8-bit sample x held in the high byte of a 16-bit lane (low byte zero)
+// as (x - 128) * 256: its top bit flipped.
+inline __m128i Centred256(__m128i high) { return _mm_xor_si128(high, _mm_set1_epi16(-0x8000)); }
+
+// x * 2^(16 - kShift) per 16-bit lane from x * 256 (|x| <= 128): the scaled
+// input of the forms below for a shift of kShift (14 or 15).
 template <int kShift>
-inline __m128i ScaleFor(__m128i x) {
-  static_assert(kShift >= 1 && kShift <= 16);
-  if constexpr (kShift == 16) {
-    return x;
-  } else {
-    return _mm_slli_epi16(x, 16 - kShift);
-  }
+inline __m128i ScaleFrom256(__m128i x256) {
+  static_assert(kShift >= 9 && kShift <= 16);
+  return _mm_srai_epi16(x256, kShift - 8);
 }
 
 // floor(scaled * c / 2^16) per 16-bit lane, truncating or (kRound) with 2^15
