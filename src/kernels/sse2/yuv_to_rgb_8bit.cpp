@@ -242,10 +242,11 @@ struct Rgb32 {
 };
 
 // Four pixels of 4 bytes with a zero fourth byte as two pairs of 3-byte
-// pixels, at bytes 0-5 and 8-13 (the rest zero).
+// pixels, at bytes 0-5 and 8-13 (the rest zero): in each 64-bit half a + b
+// 2^32 becomes a + b 2^24 by subtracting b (2^32 - 2^24), one unsigned 32 by
+// 32 multiply of b (below 2^24), exact in 64 bits.
 inline __m128i PairUp(__m128i p) {
-  return _mm_or_si128(_mm_and_si128(p, _mm_set1_epi64x(0xFFFFFF)),
-                      _mm_and_si128(_mm_srli_epi64(p, 8), _mm_set1_epi64x(0xFFFFFF000000)));
+  return _mm_sub_epi64(p, _mm_mul_epu32(_mm_srli_epi64(p, 32), _mm_set1_epi64x(0xFF000000)));
 }
 
 // Each pair is stored as 8 bytes whose last two the next store overwrites;
