@@ -10,10 +10,11 @@
 // only sum of two products). Luma is added, the unsigned pack clamps, and the
 // layout interleaves (first, third) pairs with (green, alpha) pairs.
 //
-// Ranges: every scaled chroma input is at most 512 in magnitude, so a product
-// with an int16 weight is below 2^24, a sum of two below 2^25, and every
-// delta within +-512; the 16-bit luma adds and the signed 32-to-16 pack are
-// exact, and the unsigned pack clamps to 0..255 as the portable code does.
+// Ranges: every scaled chroma input is at most 1024 in magnitude, so a
+// product with an int16 weight is below 2^25, a sum of two below 2^26, and
+// every truncated delta within +-1024; the 16-bit luma adds (2y + 1 at most
+// 511) and the signed 32-to-16 pack are exact, and the unsigned pack clamps
+// to 0..255 as the portable code does.
 #include "kernels/kernel_slots.hpp"
 #include "kernels/x86/exact_products.hpp"
 #include "kernels/x86/in_blocks.hpp"
@@ -133,7 +134,8 @@ struct PlanarReader {
 };
 
 // ---- 4:4:4 ------------------------------------------------------------------
-// Each pixel's own chroma with a shift of 14, rounding.
+// Each pixel's own chroma with a shift of 14, rounding: scaled for a shift of
+// 13, truncated, then halved with the luma (x86::Halve).
 
 template <bool kVFirst>
 struct YuvaReader {
@@ -152,7 +154,7 @@ struct YuvaReader {
     for (int i = 0; i < 4; ++i) x[i] = Load(src + 16 * i);
     for (int i = 0; i < 4; ++i) {
       const __m128i pair = _mm_and_si128(_mm_mullo_epi16(InOrder<kVFirst>(x[i]), up), high);
-      b.c[i] = ScaleFrom256<14>(Centred256(pair));
+      b.c[i] = ScaleFrom256<13>(Centred256(pair));
       luma[i] = _mm_and_si128(x[i], low);
       alpha[i] = _mm_srli_epi32(x[i], 24);
     }
@@ -202,23 +204,28 @@ inline Weights LoadWeights(const int16_t *rv, const int16_t *gu, const int16_t *
 
 // Sixteen pixels as two registers of (first, third) byte pairs, pixels 0-7
 // and 8-15, and one register of green bytes: luma plus the deltas, clamped.
+// The rounding readers scale for a shift of 13; their luma enters as 2y + 1
+// and every sum is halved (x86::Halve).
 struct Channels {
   __m128i outer[2], g;
 };
+template <bool kRound>
+inline __m128i Finish(__m128i sum) {
+  if constexpr (kRound) return x86::Halve(sum);
+  return sum;
+}
 template <bool kRound>
 inline Channels ToChannels(const Block &b, const Weights &w) {
   Channels out;
   __m128i g[2];
   for (int k = 0; k < 2; ++k) {
     const __m128i *c = b.c + 2 * k;
-    const __m128i lo =
-        _mm_add_epi16(x86::ProductHigh<kRound>(c[0], w.outer), _mm_unpacklo_epi16(b.y[k], b.y[k]));
-    const __m128i hi =
-        _mm_add_epi16(x86::ProductHigh<kRound>(c[1], w.outer), _mm_unpackhi_epi16(b.y[k], b.y[k]));
-    out.outer[k] = _mm_packus_epi16(lo, hi);
-    g[k] = _mm_add_epi16(
-        _mm_packs_epi32(x86::PairSumHigh<kRound>(c[0], w.g), x86::PairSumHigh<kRound>(c[1], w.g)),
-        b.y[k]);
+    const __m128i y = kRound ? x86::TwicePlusOne(b.y[k]) : b.y[k];
+    const __m128i lo = _mm_add_epi16(x86::ProductHigh(c[0], w.outer), _mm_unpacklo_epi16(y, y));
+    const __m128i hi = _mm_add_epi16(x86::ProductHigh(c[1], w.outer), _mm_unpackhi_epi16(y, y));
+    out.outer[k] = _mm_packus_epi16(Finish<kRound>(lo), Finish<kRound>(hi));
+    g[k] = Finish<kRound>(_mm_add_epi16(
+        _mm_packs_epi32(x86::PairSumHigh(c[0], w.g), x86::PairSumHigh(c[1], w.g)), y));
   }
   out.g = _mm_packus_epi16(g[0], g[1]);
   return out;
