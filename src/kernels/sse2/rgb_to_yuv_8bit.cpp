@@ -2,8 +2,9 @@
 // pixels: the source (3 or 4 bytes a pixel) is brought to one pixel per 32-bit
 // lane, each output is a pair of _mm_madd_epi16 dot products on the zero-
 // extended bytes (exact in int32 for any int16 weights, as the portable sums
-// are), the term added before the arithmetic shift by 14 (the chroma centre
-// folded in as 128 << 14, which commutes with the shift), and a signed then an
+// are) whose second pair carries the term added before the arithmetic shift
+// by 14 (the chroma centre folded in as 128 << 14, which commutes with the
+// shift) as a product of a constant lane, and a signed then an
 // unsigned saturating pack, which together clamp to 0..255. The destination
 // layout is a writer policy; the rest of a row goes to the portable routine.
 #include "kernels/sse2/rgb_to_yuv_8bit.hpp"
@@ -11,6 +12,7 @@
 #include <emmintrin.h>
 
 #include <cstddef>
+#include <cstdint>
 
 #include "kernels/kernel_slots.hpp"
 #include "kernels/x86/in_blocks.hpp"
@@ -36,18 +38,24 @@ inline __m128i WeightPair(int16_t lo, int16_t hi) {
       static_cast<uint16_t>(lo) | static_cast<uint32_t>(static_cast<uint16_t>(hi)) << 16));
 }
 
-// One output: the weights of source bytes 0 and 2, of byte 1 (byte 3 weighs
-// nothing), and the term added before the shift.
+// The lane that pairs with byte 1 holds kTermLane for every pixel, so the
+// term added before the shift (a multiple of it) is the third product of the
+// second madd.
+constexpr int32_t kTermLane = 128;
+
+// One output: the weights of source bytes 0 and 2, and of byte 1 with the
+// term added before the shift.
 struct Output {
-  __m128i w02, w1, add;
+  __m128i w02, w1;
 };
 
 inline Output MakeOutput(int16_t w0, int16_t w1, int16_t w2, int32_t add) {
-  return {WeightPair(w0, w2), WeightPair(w1, 0), _mm_set1_epi32(add)};
+  return {WeightPair(w0, w2), WeightPair(w1, static_cast<int16_t>(add / kTermLane))};
 }
 
 constexpr int32_t kRound = 8192;
 constexpr int32_t kCentre = 128 << 14;
+static_assert(kRound % kTermLane == 0 && (kRound + kCentre) / kTermLane <= INT16_MAX);
 
 struct Matrix {
   Output y, u, v;
@@ -74,19 +82,21 @@ Matrix LumaMatrix(const int16_t *coef) {
 // ---------------------------------------------------------------- pixels
 
 // Four pixels, one per 32-bit lane, as 16-bit lanes: bytes 0 and 2 of each
-// pixel, and bytes 1 and 3.
+// pixel, and byte 1 with kTermLane (the high half of byte 1's lane times 256,
+// whatever the fourth byte is).
 struct Split {
-  __m128i b02, b13;
+  __m128i b02, b1t;
 };
 
 inline Split SplitPixels(__m128i p) {
-  return {_mm_and_si128(p, _mm_set1_epi16(0xFF)), _mm_srli_epi16(p, 8)};
+  return {_mm_and_si128(p, _mm_set1_epi16(0xFF)),
+          _mm_or_si128(_mm_mulhi_epu16(p, _mm_set1_epi32(0x100)), _mm_set1_epi32(kTermLane << 16))};
 }
 
 // One output of four pixels: (dot + add) >> 14 in int32 lanes.
 inline __m128i Apply(const Output &o, const Split &s) {
-  const __m128i dot = _mm_add_epi32(_mm_madd_epi16(s.b02, o.w02), _mm_madd_epi16(s.b13, o.w1));
-  return _mm_srai_epi32(_mm_add_epi32(dot, o.add), 14);
+  return _mm_srai_epi32(_mm_add_epi32(_mm_madd_epi16(s.b02, o.w02), _mm_madd_epi16(s.b1t, o.w1)),
+                        14);
 }
 
 // Eight int32 results to eight int16 lanes; a later _mm_packus_epi16 makes the
@@ -134,7 +144,7 @@ inline __m128i EvenLanes(__m128i a, __m128i b) {
       _mm_shuffle_ps(_mm_castsi128_ps(a), _mm_castsi128_ps(b), _MM_SHUFFLE(2, 0, 2, 0)));
 }
 inline Split EvenPixels(const Block &b) {
-  return {EvenLanes(b.s0.b02, b.s1.b02), EvenLanes(b.s0.b13, b.s1.b13)};
+  return {EvenLanes(b.s0.b02, b.s1.b02), EvenLanes(b.s0.b1t, b.s1.b1t)};
 }
 
 // Chroma of the even pixels as int16 lanes U0..U3, V0..V3.

@@ -30,6 +30,10 @@ inline void Store(void *p, __m128i v) { _mm_storeu_si128(static_cast<__m128i *>(
 // The low 8 bytes, the rest zero.
 inline __m128i Load64(const void *p) { return _mm_loadl_epi64(static_cast<const __m128i *>(p)); }
 inline void Store64(void *p, __m128i v) { _mm_storel_epi64(static_cast<__m128i *>(p), v); }
+// The high 8 bytes.
+inline void StoreHigh64(void *p, __m128i v) {
+  _mm_storeh_pi(static_cast<__m64 *>(p), _mm_castsi128_ps(v));
+}
 // 4 bytes in lane 0, the rest zero.
 inline __m128i Load32(const void *p) {
   int32_t v;
