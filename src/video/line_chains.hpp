@@ -180,7 +180,9 @@ inline constexpr Coef N = Coef::kNone, D = Coef::kDeep, T8 = Coef::kToRgb8, Y8 =
   X(kPlanar16, kYUYV8, N, K(YUV422_16_2_YUYV_Row))                                         \
   X(kPlanar16, kUYVY8, N, K(YUV422_16_2_UYVY_Row))                                         \
   X(kPlanar8, kYUYV16, N, K(YUV422_2_YUYV16_Row))                                          \
-  X(kPlanar8, kUYVY16, N, K(YUV422_2_UYVY16_Row))                                          \
+  X(kPlanar8, kUYVY16, N, K(YUV422_2_UYVY16_Row)) \
+  X(kV210, kYUYV8, N, K(V210_2_YUV8_Row)) X(kV210, kUYVY8, N, K(V210_2_YUV8_B_Row))        \
+  X(kYUYV8, kV210, N, K(YUV8_2_V210_Row)) X(kUYVY8, kV210, N, K(YUV8_2_V210_B_Row)) \
   /* YUV to RGB, 10-bit arithmetic */                                                          \
   X(kYUYV16, kRGBA16, D, K(YUYV16_2_RGB64_Row)) X(kYUYV16, kBGRA16, D, K(YUYV16_2_BGR64_Row)) \
   X(kUYVY16, kRGBA16, D, K(UYVY16_2_RGB64_Row)) X(kUYVY16, kBGRA16, D, K(UYVY16_2_BGR64_Row)) \
