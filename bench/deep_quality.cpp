@@ -9,6 +9,7 @@
 // Writes markdown tables to stdout.
 #include <TQColorSpace/TQColorSpace.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -71,18 +72,53 @@ TCS_FrameDesc RgbDesc(const std::vector<uint8_t> &rgb, int w) {
   return d;
 }
 
+bool Convert(const TCS_FrameDesc &dst, const TCS_FrameDesc &src, Matrix m, int w, int h) {
+  return TCS_GetAPIStuPtr()->pGeneral->TCS_ColorConvFrameEx(
+             &dst, &src, m == kHD ? TCS_MATRIX_HD : TCS_MATRIX_SD, w, h, 0) != 0;
+}
+
 Way Library(const char *name, int32_t code) {
-  auto conv = [](const TCS_FrameDesc &dst, const TCS_FrameDesc &src, Matrix m, int w, int h) {
-    return TCS_GetAPIStuPtr()->pGeneral->TCS_ColorConvFrameEx(
-               &dst, &src, m == kHD ? TCS_MATRIX_HD : TCS_MATRIX_SD, w, h, 0) != 0;
-  };
   return {name, true,
           [=](const Picture &p, Yuv420 &out, Matrix m) {
-            return conv(YuvDesc(out, code), RgbDesc(p.rgb, p.w), m, p.w, p.h);
+            return Convert(YuvDesc(out, code), RgbDesc(p.rgb, p.w), m, p.w, p.h);
           },
           [=](const Yuv420 &in, std::vector<uint8_t> &rgb, Matrix m) {
-            return conv(RgbDesc(rgb, in.w), YuvDesc(in, code), m, in.w, in.h);
+            return Convert(RgbDesc(rgb, in.w), YuvDesc(in, code), m, in.w, in.h);
           }};
+}
+
+// Experiments on the way down, not what the library does: every pixel's Y,
+// U and V through the library's rounded 4:4:4 conversion (code 4 to code 2),
+// then each 4:2:0 chroma sample the mean of its two rows, taken either from
+// the even column alone or through the co-sited [1 2 1] / 4 filter over
+// columns 2i - 1, 2i and 2i + 1 (the edge repeats), rounded. The way back is
+// code 11's.
+Way Experiment(const char *name, bool filter) {
+  return {name, true,
+          [=](const Picture &p, Yuv420 &out, Matrix m) {
+            std::vector<uint8_t> yuv(size_t(p.w) * p.h * 4);
+            TCS_FrameDesc dst{};
+            dst.plane[0] = {yuv.data(), int64_t{p.w} * 4};
+            dst.format = TCS_FORMAT_YUVA;
+            if (!Convert(dst, RgbDesc(p.rgb, p.w), m, p.w, p.h)) return false;
+            auto at = [&](int x, int y, int c) {
+              return int(yuv[(size_t(y) * p.w + std::clamp(x, 0, p.w - 1)) * 4 + c]);
+            };
+            for (int y = 0; y < p.h; ++y)
+              for (int x = 0; x < p.w; ++x) out.y[size_t(y) * p.w + x] = uint8_t(at(x, y, 0));
+            const int total = filter ? 8 : 2;
+            for (int j = 0; j < p.h / 2; ++j)
+              for (int i = 0; i < p.w / 2; ++i)
+                for (int c = 1; c < 3; ++c) {
+                  int sum = total / 2;
+                  for (int y = 2 * j; y < 2 * j + 2; ++y)
+                    sum += filter ? at(2 * i - 1, y, c) + 2 * at(2 * i, y, c) + at(2 * i + 1, y, c)
+                                  : at(2 * i, y, c);
+                  (c == 1 ? out.u : out.v)[size_t(j) * (p.w / 2) + i] = uint8_t(sum / total);
+                }
+            return true;
+          },
+          Library("", TCS_FORMAT_YUV420_FRAME).up};
 }
 
 #if TQCS_HAVE_FFMPEG
@@ -254,5 +290,13 @@ int main(int argc, char **argv) {
   SameWayTable(pics, ways, kSD);
   std::printf("Every way down with every way back, BT.601, mean PSNR over the pictures:\n\n");
   CrossTable(pics, ways, kSD);
+  std::printf(
+      "Code 11's way back after other ways down (experiments, BT.601): `rounded even` "
+      "takes each chroma pair's even pixel of a rounded 4:4:4 conversion, `rounded [1 2 "
+      "1]` filters it across three columns first:\n\n");
+  std::vector<Way> trial = {ways[0], Experiment("rounded even", false),
+                            Experiment("rounded [1 2 1]", true)};
+  trial.insert(trial.end(), ways.begin() + 2, ways.end());
+  SameWayTable(pics, trial, kSD);
   return 0;
 }

@@ -33,7 +33,7 @@ common=(--benchmark_repetitions="${TQCS_BENCH_REPETITIONS:-7}" --benchmark_repor
         --benchmark_format=json --benchmark_min_time="${TQCS_BENCH_MIN_TIME:-0.3}")
 "${pin[@]}" ./build/release/bench/tqcs_deep_bench "${common[@]}" >"$out/deep.json"
 TCB_CPU_LEVEL=0 "${pin[@]}" ./build/release/bench/tqcs_deep_bench "${common[@]}" \
-  --benchmark_filter='/tqcs$' >"$out/portable.json"
+  --benchmark_filter='/tqcs/' >"$out/portable.json"
 
 # The photographs: crops from the top left to a width of whole 16-pixel groups
 # (libswscale's fast rows leave a ragged tail unconverted) and an even height,
@@ -75,7 +75,7 @@ lines = ["<!-- deep colour: begin -->", "## Deep-colour frames", "",
          "`scripts/bench_deep.sh`: `TCS_ColorConvFrameEx` at the level start-up chose (`tqcs`) "
          "and forced to level 0 (`portable`), beside the best peer conversion of the same work "
          "and memcpy of half the bytes read and written, in one run pinned to one core; "
-         f"Google Benchmark medians of {context.get('num_cpus')}-core runs, ms per frame. "
+         f"Google Benchmark medians on {context.get('num_cpus')} cores, ms per frame. "
          "Peers: `libyuv` (its 10-bit planar source, values in the low bits, BT.709 full "
          "range), `swscale` (libswscale, bilinear, BT.709 full range), `ffmpeg` (libavcodec's "
          "v210 decoder or encoder at one thread, with libswscale where a second step is "
