@@ -34,4 +34,5 @@ fi
 scripts/bench_gst.sh >"$out/gst.md"
 python3 scripts/perf_report.py "$out/frames.json" "$out/frames_portable.json" "$out/kernels.json" \
   docs/performance_notes.md "$out/gst.md" "${baseline[@]}" >docs/performance.md
+scripts/bench_deep.sh --into docs/performance.md  # the deep-colour frames and 4:2:0 quality
 echo "wrote docs/performance.md"
