@@ -74,9 +74,9 @@ void Walk(Job &j, const Side &dst, const Side &src) {
   const lines::Chain &chain = *lines::ChainOf(src.line, dst.line);
   uint8_t *scratch = j.Take(lines::ChainScratchBytes(chain, j.width));
   if (j.dry) return;
+  const auto run = lines::PrepareChain(chain, src.line, j.width, scratch);
   for (int64_t y = 0; y < j.height; ++y)
-    lines::RunChain(chain, src.line, RowsAt(j, dst, y), RowsAt(j, src, y), j.width, j.coef,
-                    scratch);
+    lines::RunChain(run, RowsAt(j, dst, y), RowsAt(j, src, y), j.coef);
 }
 
 // A side in format `code` laid out like `like`, its planes in scratch memory.
@@ -240,14 +240,14 @@ void WalkInPairs(Job &j, const Side &dst, const Side &src) {
   uint8_t *chroma = j.Take(static_cast<size_t>(4 * pitch));
   uint8_t *scratch = j.Take(lines::ChainScratchBytes(chain, j.width));
   if (j.dry) return;
+  const auto run = lines::PrepareChain(chain, src.line, j.width, scratch);
   const Plane wide[3] = {{}, {chroma, pitch}, {chroma + 2 * pitch, pitch}};
   const int64_t chromaRows = j.height / 2;
   for (int64_t c = 0; c < chromaRows; ++c) {
     if (up) CentredRow(Deep(narrow), true, c, chromaRows, wide, narrow.buf[0].data(), j.width);
     for (int64_t y = 2 * c; y < 2 * c + 2; ++y) {
       const Row pair = {narrow.buf[0][0].Row(y), wide[1].Row(y & 1), wide[2].Row(y & 1)};
-      lines::RunChain(chain, src.line, up ? RowsAt(j, dst, y) : pair, up ? pair : RowsAt(j, src, y),
-                      j.width, j.coef, scratch);
+      lines::RunChain(run, up ? RowsAt(j, dst, y) : pair, up ? pair : RowsAt(j, src, y), j.coef);
     }
     if (!up) CentredRow(Deep(narrow), false, c, chromaRows, wide, narrow.buf[0].data(), j.width);
   }

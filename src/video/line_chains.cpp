@@ -105,16 +105,11 @@ void Whole(const Edge &e, const Row &d, const Row &s, int32_t width, const Coeff
   Call<kFn>(ArgsOf(e, d, s, width * kPer, c));
 }
 
-// Bytes of plane k of a layout's row.
-int64_t PlaneBytes(Line l, int k, int32_t width) {
-  return PlaneRowBytes(*FindFormat(InfoOf(l).code), k, width);
-}
-
 // Luma copied; the chroma planes joined or split by a routine taking
 // width / 2 samples a plane.
 template <auto kFn>
 void ChromaOnly(const Edge &e, const Row &d, const Row &s, int32_t width, const Coefficients &c) {
-  std::memcpy(d[0], s[0], static_cast<size_t>(PlaneBytes(e.from, 0, width)));
+  std::memcpy(d[0], s[0], static_cast<size_t>(PlaneRowBytes(FormatOf(e.from), 0, width)));
   Call<kFn>(ArgsOf(e, {d[1], d[2], nullptr}, {s[1], s[2], nullptr}, width / 2, c));
 }
 
@@ -150,52 +145,46 @@ constexpr Run kRuns[] = {TQCS_LINE_EDGES(TQCS_LINE_EDGE_RUN)};
 #undef Each
 static_assert(std::size(kRuns) == kEdgeCount);
 
-// Bytes of one row of a layout, every plane, rounded up to 64.
-size_t LineBytes(Line l, int32_t width) {
-  size_t bytes = 0;
-  const FormatInfo &f = *FindFormat(InfoOf(l).code);
-  for (int k = 0; k < f.planes; ++k)
-    bytes += (static_cast<size_t>(PlaneRowBytes(f, k, width)) + 63) & ~size_t{63};
-  return bytes;
-}
-
-// A scratch row of a layout at `base`: its planes one after another.
-Row LineAt(Line l, int32_t width, uint8_t *base) {
-  Row row{};
-  const FormatInfo &f = *FindFormat(InfoOf(l).code);
-  for (int k = 0; k < f.planes; ++k) {
-    row[k] = base;
-    base += (static_cast<size_t>(PlaneRowBytes(f, k, width)) + 63) & ~size_t{63};
-  }
-  return row;
+// Bytes of plane k of a layout's scratch row, rounded up to 64.
+size_t ScratchPlaneBytes(Line l, int k, int32_t width) {
+  return (static_cast<size_t>(PlaneRowBytes(FormatOf(l), k, width)) + 63) & ~size_t{63};
 }
 
 }  // namespace
 
 size_t ChainScratchBytes(const Chain &chain, int32_t width) {
   size_t bytes = 0;
-  for (int i = 0; i + 1 < chain.length; ++i) bytes += LineBytes(kEdges[chain.edges[i]].to, width);
+  for (int i = 0; i + 1 < chain.length; ++i) {
+    const Line l = kEdges[chain.edges[i]].to;
+    for (int k = 0; k < FormatOf(l).planes; ++k) bytes += ScratchPlaneBytes(l, k, width);
+  }
   return bytes;
 }
 
-void RunChain(const Chain &chain, Line layout, const Row &dst, const Row &src, int32_t width,
-              const Coefficients &c, uint8_t *scratch) {
+PreparedChain PrepareChain(const Chain &chain, Line layout, int32_t width, uint8_t *scratch) {
+  PreparedChain p{&chain, layout, width, {}};
+  for (int i = 0; i + 1 < chain.length; ++i) {
+    const Line l = kEdges[chain.edges[i]].to;
+    for (int k = 0; k < FormatOf(l).planes; ++k) {
+      p.between[i][k] = scratch;
+      scratch += ScratchPlaneBytes(l, k, width);
+    }
+  }
+  return p;
+}
+
+void RunChain(const PreparedChain &p, const Row &dst, const Row &src, const Coefficients &c) {
+  const Chain &chain = *p.chain;
   if (chain.length == 0) {
-    const FormatInfo &f = *FindFormat(InfoOf(layout).code);
+    const FormatInfo &f = FormatOf(p.layout);
     for (int k = 0; k < f.planes; ++k)
-      std::memcpy(dst[k], src[k], static_cast<size_t>(PlaneRowBytes(f, k, width)));
+      std::memcpy(dst[k], src[k], static_cast<size_t>(PlaneRowBytes(f, k, p.width)));
     return;
   }
-  Row in = src;
   for (int i = 0; i < chain.length; ++i) {
-    const Edge &e = kEdges[chain.edges[i]];
-    Row out = dst;
-    if (i + 1 < chain.length) {
-      out = LineAt(e.to, width, scratch);
-      scratch += LineBytes(e.to, width);
-    }
-    kRuns[chain.edges[i]](e, out, in, width, c);
-    in = out;
+    const int16_t id = chain.edges[i];
+    kRuns[id](kEdges[id], i + 1 < chain.length ? p.between[i] : dst, i ? p.between[i - 1] : src,
+              p.width, c);
   }
 }
 

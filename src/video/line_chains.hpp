@@ -78,6 +78,14 @@ inline constexpr std::array<LineInfo, kLineCount> kLines{{
 
 constexpr const LineInfo &InfoOf(Line l) { return kLines[static_cast<size_t>(l)]; }
 
+// The format entry whose rows have a layout.
+inline constexpr auto kLineFormats = [] {
+  std::array<const FormatInfo *, kLineCount> formats{};
+  for (size_t i = 0; i < formats.size(); ++i) formats[i] = FindFormat(kLines[i].code);
+  return formats;
+}();
+constexpr const FormatInfo &FormatOf(Line l) { return *kLineFormats[static_cast<size_t>(l)]; }
+
 // The row layout of a format code; none for the codes that only the 8-bit
 // dispatcher converts (YUVA, packed 4:4:4, the key plane) and reserved codes.
 constexpr std::optional<Line> LineOf(int32_t code) {

@@ -31,14 +31,20 @@ struct Coefficients {
 // that names no set.
 bool CoefficientsOf(int32_t matrix, Coefficients &out);
 
-// Bytes of the scratch rows a chain needs between its edges for `width`
-// pixels, and their place in one buffer.
-size_t ChainScratchBytes(const Chain &chain, int32_t width);
+// A chain ready to run at one width: its scratch rows placed once, in a
+// buffer of ChainScratchBytes.
+struct PreparedChain {
+  const Chain *chain = nullptr;
+  Line layout{};  // the first layout (what a chain of no edges copies)
+  int32_t width = 0;
+  std::array<Row, kMaxChain - 1> between{};
+};
 
-// Converts one row: `src` in the chain's first layout to `dst` in its last,
-// through scratch rows in `scratch` (ChainScratchBytes of them). A chain of no
-// edges copies the rows of `layout`.
-void RunChain(const Chain &chain, Line layout, const Row &dst, const Row &src, int32_t width,
-              const Coefficients &c, uint8_t *scratch);
+size_t ChainScratchBytes(const Chain &chain, int32_t width);
+PreparedChain PrepareChain(const Chain &chain, Line layout, int32_t width, uint8_t *scratch);
+
+// Converts one row: `src` in the chain's first layout to `dst` in its last. A
+// chain of no edges copies the rows.
+void RunChain(const PreparedChain &p, const Row &dst, const Row &src, const Coefficients &c);
 
 }  // namespace tqcs::video::lines
